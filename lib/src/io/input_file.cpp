@@ -1,0 +1,322 @@
+#include "io/input_file.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "io/fatal.hpp"
+#include "io/text.hpp"
+#include "io/values.hpp"
+
+namespace io {
+
+namespace {
+
+constexpr std::size_t block_size = std::size_t{256} * 1024;
+// How far a window loaded for reading backwards reaches beyond the point it is loaded for, so that
+// the line there can be read forwards without loading again.
+constexpr std::int64_t forward_reach = block_size / 4;
+// A free-form record must lie in memory whole, and so must what comes through a pipe.
+constexpr std::size_t largest_held = std::size_t{64} * 1024 * 1024;
+
+std::string_view without_line_end(std::string_view record) {
+  if (!record.empty() && record.back() == '\n') {
+    record.remove_suffix(1);
+    if (!record.empty() && record.back() == '\r') record.remove_suffix(1);
+  }
+  return record;
+}
+
+long long count_line_ends(std::string_view text) {
+  return std::count(text.begin(), text.end(), '\n');
+}
+
+}  // namespace
+
+int InputFile::open(const std::string& name) {
+  // Without O_NONBLOCK a named pipe that nobody writes to would hang the run here.
+  const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return errno;
+  struct stat status {};
+  int error = ::fstat(descriptor, &status) == 0 ? 0 : errno;
+  if (error == 0 && S_ISDIR(status.st_mode)) error = EISDIR;
+  if (error != 0) {
+    ::close(descriptor);
+    return error;
+  }
+  attach(descriptor, name);
+  owned_ = true;
+  seekable_ = S_ISREG(status.st_mode);
+  if (!seekable_) ::fcntl(descriptor, F_SETFL, 0);
+  return 0;
+}
+
+void InputFile::attach(int descriptor, const std::string& name) {
+  descriptor_ = descriptor;
+  owned_ = false;
+  seekable_ = false;
+  name_ = name;
+  used_ = 0;
+  start_ = next_ = 0;
+  at_end_ = hit_end_ = counted_from_end_ = false;
+  passed_ = 0;
+}
+
+void InputFile::close() {
+  if (owned_) ::close(descriptor_);
+  descriptor_ = -1;
+}
+
+void InputFile::reserve(std::size_t size) {
+  if (buffer_.size() < size) buffer_.resize(size);
+}
+
+// One read of up to `size` bytes to the given place in the buffer.
+std::size_t InputFile::read_into(std::size_t place, std::size_t size, std::int64_t offset) {
+  for (;;) {
+    char* const to = buffer_.data() + place;
+    const ssize_t got = seekable_ ? ::pread(descriptor_, to, size, static_cast<off_t>(offset))
+                                  : ::read(descriptor_, to, size);
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (errno != EINTR) fatal_stop({name_}, std::string("cannot read: ") + strerror(errno));
+  }
+}
+
+// Loads a window that begins at `offset`. What is no regular file is never dropped from the buffer.
+void InputFile::load(std::int64_t offset) {
+  if (!seekable_) return;
+  reserve(block_size);
+  start_ = offset;
+  used_ = read_into(0, buffer_.size(), offset);
+  // A regular file gives less than was asked for only at its end.
+  at_end_ = used_ < buffer_.size();
+}
+
+// Brings more of the file behind the unread part of the window, unless its end is there.
+void InputFile::load_more() {
+  if (at_end_) return;
+  if (seekable_) {
+    const std::size_t kept = ahead().size();
+    std::copy_n(buffer_.begin() + static_cast<std::ptrdiff_t>(used_ - kept), kept, buffer_.begin());
+    start_ = next_;
+    used_ = kept;
+  } else if (used_ > largest_held) {
+    fatal_stop({name_}, "expected a regular file or at most 64 MiB from a pipe, found more");
+  }
+  reserve(std::max(block_size, 2 * used_));
+  const std::size_t wanted = buffer_.size() - used_;
+  const std::size_t got = read_into(used_, wanted, start_ + static_cast<std::int64_t>(used_));
+  used_ += got;
+  at_end_ = seekable_ ? got < wanted : got == 0;
+}
+
+void InputFile::stop_at_long_record() {
+  fatal_stop({name_, line_number() + 1}, "expected a line of at most 64 MiB, found a longer one");
+}
+
+int InputFile::read_record(std::string_view& record) {
+  std::size_t searched = 0;
+  for (;;) {
+    const std::string_view text = ahead();
+    const std::size_t line_end = text.find('\n', searched);
+    if (line_end != std::string_view::npos || (at_end_ && !text.empty())) {
+      const std::string_view whole =
+          text.substr(0, line_end == std::string_view::npos ? text.size() : line_end + 1);
+      next_ += static_cast<std::int64_t>(whole.size());
+      ++passed_;
+      record = without_line_end(whole);
+      return read_ok;
+    }
+    if (at_end_) {
+      hit_end_ = true;
+      return end_of_file;
+    }
+    if (text.size() > largest_held) stop_at_long_record();
+    searched = text.size();
+    load_more();
+  }
+}
+
+// Goes on to the next record start without holding the record; 0 at the end of the file.
+std::size_t InputFile::pass_record() {
+  std::size_t passed = 0;
+  for (;;) {
+    const std::string_view text = ahead();
+    const std::size_t line_end = text.find('\n');
+    const std::size_t size = line_end == std::string_view::npos ? text.size() : line_end + 1;
+    next_ += static_cast<std::int64_t>(size);
+    passed += size;
+    if (line_end != std::string_view::npos || (at_end_ && passed > 0)) {
+      ++passed_;
+      return passed;
+    }
+    if (at_end_) {
+      hit_end_ = true;
+      return 0;
+    }
+    load_more();
+  }
+}
+
+int InputFile::read_line(std::span<char> line) {
+  // Two characters more than the line takes tell a line end of two bytes apart from content.
+  while (ahead().size() < line.size() + 2 && !at_end_ &&
+         ahead().find('\n') == std::string_view::npos) {
+    load_more();
+  }
+  const std::string_view text = ahead();
+  const std::string_view head = text.substr(0, std::min(text.size(), line.size() + 2));
+  const std::size_t line_end = head.find('\n');
+  if (line_end != std::string_view::npos) {
+    assign(line, without_line_end(head.substr(0, line_end + 1)));
+    next_ += static_cast<std::int64_t>(line_end) + 1;
+    ++passed_;
+    return read_ok;
+  }
+  if (text.empty()) {
+    hit_end_ = true;
+    return end_of_file;
+  }
+  assign(line, head);
+  pass_record();
+  return read_ok;
+}
+
+bool InputFile::step_back() {
+  if (hit_end_) {
+    hit_end_ = false;
+    return true;
+  }
+  if (next_ == 0) return false;
+  next_ = record_start_before(next_);
+  --passed_;
+  if (next_ < start_ || next_ > start_ + static_cast<std::int64_t>(used_)) load(next_);
+  return true;
+}
+
+// The start of the record that ends at `offset`.
+std::int64_t InputFile::record_start_before(std::int64_t offset) {
+  std::int64_t end = offset - 1;  // the record's own line end is not the one looked for
+  for (;;) {
+    if (end < start_ || end > start_ + static_cast<std::int64_t>(used_)) {
+      const std::int64_t size = static_cast<std::int64_t>(std::max(buffer_.size(), block_size));
+      load(std::max<std::int64_t>(0, end - (size - forward_reach)));
+    }
+    const std::string_view before = window().substr(0, static_cast<std::size_t>(end - start_));
+    const std::size_t line_end = before.rfind('\n');
+    if (line_end != std::string_view::npos) {
+      return start_ + static_cast<std::int64_t>(line_end) + 1;
+    }
+    if (start_ == 0) return 0;
+    end = start_;
+    load(std::max<std::int64_t>(0, end - static_cast<std::int64_t>(buffer_.size())));
+  }
+}
+
+void InputFile::rewind() {
+  next_ = 0;
+  passed_ = 0;
+  hit_end_ = counted_from_end_ = false;
+  if (start_ != 0) load(0);
+}
+
+void InputFile::go_to_end() {
+  while (!seekable_ && !at_end_) load_more();
+  const std::int64_t end =
+      seekable_ ? ::lseek(descriptor_, 0, SEEK_END) : static_cast<std::int64_t>(used_);
+  next_ = end;
+  passed_ = 0;
+  counted_from_end_ = true;
+  hit_end_ = false;
+  load(std::max<std::int64_t>(0, end - (static_cast<std::int64_t>(block_size) - forward_reach)));
+}
+
+// The part of the window ahead that ends with a whole record; loads more until there is one or
+// the window has no room for it (then the part is empty, as it is at the end of the file).
+std::string_view InputFile::complete_records() {
+  for (;;) {
+    const std::string_view text = ahead();
+    if (at_end_) return text;
+    const std::size_t line_end = text.rfind('\n');
+    if (line_end != std::string_view::npos) return text.substr(0, line_end + 1);
+    if (text.size() >= block_size) return {};
+    load_more();
+  }
+}
+
+// Looks for `word` within the first `capacity` characters of a record; `begin` becomes the place
+// in `records` where the first such record starts.
+bool InputFile::find_in_records(std::string_view records, std::string_view word, bool any_case,
+                                std::size_t capacity, std::size_t& begin) {
+  std::string_view text = records;
+  if (any_case) {
+    lowered_.resize(records.size());
+    std::transform(records.begin(), records.end(), lowered_.begin(), lowered);
+    text = {lowered_.data(), lowered_.size()};
+  }
+  std::size_t from = 0;
+  while (from < text.size()) {
+    const void* const hit =
+        ::memmem(text.data() + from, text.size() - from, word.data(), word.size());
+    if (hit == nullptr) return false;
+    const auto place = static_cast<std::size_t>(static_cast<const char*>(hit) - text.data());
+    const std::size_t line_end = text.substr(0, place).rfind('\n');
+    begin = line_end == std::string_view::npos ? 0 : line_end + 1;
+    if (place - begin + word.size() <= capacity) return true;
+    from = std::min(text.find('\n', place), text.size());
+  }
+  return false;
+}
+
+// Moves behind `records`, which lie ahead, and leaves their last one in `last`.
+void InputFile::pass_records(std::string_view records, std::span<char> last) {
+  if (records.empty()) return;
+  const bool ended = records.back() == '\n';
+  const std::string_view body = ended ? records.substr(0, records.size() - 1) : records;
+  const std::size_t line_end = body.rfind('\n');
+  const std::size_t begin = line_end == std::string_view::npos ? 0 : line_end + 1;
+  assign(last, without_line_end(records.substr(begin)));
+  next_ += static_cast<std::int64_t>(records.size());
+  passed_ += count_line_ends(records) + (ended ? 0 : 1);
+}
+
+int InputFile::read_line_holding(std::string_view word, bool any_case, std::span<char> line) {
+  for (;;) {
+    const std::string_view records = complete_records();
+    if (records.empty()) {
+      // The end of the file, or a record too long for the window: read it by itself.
+      if (read_line(line) != read_ok) return end_of_file;
+      std::string text(view(line));
+      if (any_case) std::transform(text.begin(), text.end(), text.begin(), lowered);
+      if (text.find(word) != std::string::npos) return read_ok;
+      continue;
+    }
+    std::size_t begin = 0;
+    if (find_in_records(records, word, any_case, line.size(), begin)) {
+      if (begin > 0) pass_records(records.substr(0, begin), line);
+      return read_line(line);
+    }
+    pass_records(records, line);
+  }
+}
+
+long long InputFile::line_number() {
+  if (!counted_from_end_) return passed_;
+  const std::int64_t position = next_;
+  const long long behind = passed_;
+  rewind();
+  while (next_ < position && pass_record() > 0) {
+  }
+  const long long number = passed_;
+  next_ = position;
+  load(position);
+  passed_ = behind;
+  counted_from_end_ = true;
+  return number;
+}
+
+}  // namespace io

@@ -1,0 +1,86 @@
+// A sequential text file being read: records (lines without their ends), a step back, a search.
+// The file is held in one window of bounded size; a log of several GB is never in memory whole.
+// A regular file may be of any size; a pipe or device is taken in at once and limited.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace io {
+
+// Read status: success, or nothing left to read. A failing device is a fatal stop.
+inline constexpr int read_ok = 0;
+inline constexpr int end_of_file = -1;
+
+class InputFile {
+ public:
+  InputFile() = default;
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
+  ~InputFile() { close(); }
+
+  // Opens an existing file; the result is 0 or the error number (EISDIR for a directory).
+  int open(const std::string& name);
+  // Takes over an open descriptor, which stays open after close().
+  void attach(int descriptor, const std::string& name);
+  void close();
+  bool is_open() const { return descriptor_ >= 0; }
+
+  // Places the file behind its last record.
+  void go_to_end();
+  void rewind();
+
+  // Reads a record into `line` (cut or padded with blanks); unchanged at the end of the file.
+  int read_line(std::span<char> line);
+  // Delivers a whole record; the view holds until the next call on this file.
+  int read_record(std::string_view& record);
+  // Goes back by one record. After a read that hit the end it only clears that condition; at the
+  // first record it changes nothing. False when there was no record to go back to.
+  bool step_back();
+
+  // Reads on to the next record that holds `word` within its first line.size() characters, as
+  // repeated read_line() calls would; with `any_case` the word is given in small letters and
+  // matches either case. The status is that of the last read.
+  int read_line_holding(std::string_view word, bool any_case, std::span<char> line);
+
+  const std::string& name() const { return name_; }
+  // The number of the record that was read last. May read the file to find it out.
+  long long line_number();
+
+ private:
+  std::string_view window() const { return {buffer_.data(), used_}; }
+  std::string_view ahead() const {
+    return window().substr(static_cast<std::size_t>(next_ - start_));
+  }
+  void load(std::int64_t offset);
+  void load_more();
+  std::size_t read_into(std::size_t place, std::size_t size, std::int64_t offset);
+  void reserve(std::size_t size);
+  std::string_view complete_records();
+  std::size_t pass_record();
+  std::int64_t record_start_before(std::int64_t offset);
+  bool find_in_records(std::string_view records, std::string_view word, bool any_case,
+                       std::size_t capacity, std::size_t& begin);
+  void pass_records(std::string_view records, std::span<char> last);
+  [[noreturn]] void stop_at_long_record();
+
+  int descriptor_ = -1;
+  bool owned_ = false;
+  bool seekable_ = false;
+  std::string name_;
+  std::vector<char> buffer_;   // kept from one file to the next
+  std::vector<char> lowered_;  // a copy of the records being searched in any case
+  std::size_t used_ = 0;       // bytes of the file in the buffer
+  std::int64_t start_ = 0;     // file offset of the first byte in the buffer
+  std::int64_t next_ = 0;      // file offset of the next record
+  bool at_end_ = false;        // no byte of the file lies behind the window
+  bool hit_end_ = false;       // the last read found nothing left
+  // Records before next_; counted from the end of the file (0 or less) after go_to_end().
+  long long passed_ = 0;
+  bool counted_from_end_ = false;
+};
+
+}  // namespace io

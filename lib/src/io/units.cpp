@@ -1,0 +1,131 @@
+#include "io/units.hpp"
+
+#include <unistd.h>
+
+#include <cstring>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "io/text.hpp"
+
+namespace io {
+
+namespace {
+
+struct Table {
+  std::map<int, std::unique_ptr<InputFile>> inputs;
+  std::map<int, OutputFile> outputs;
+  // A closed input file, kept for the next open so that its buffer need not be obtained again.
+  std::unique_ptr<InputFile> spare;
+};
+
+Table& table() {
+  static Table units;
+  return units;
+}
+
+std::string unit_name(int fid) { return "unit " + std::to_string(fid); }
+
+InputFile& input(int fid) {
+  auto& inputs = table().inputs;
+  const auto found = inputs.find(fid);
+  if (found != inputs.end()) return *found->second;
+  if (fid != standard_input) fatal_stop({unit_name(fid)}, "expected an open file, found none");
+  auto& file = inputs[fid] = std::make_unique<InputFile>();
+  file->attach(STDIN_FILENO, "standard input");
+  return *file;
+}
+
+int connect_input(int fid, std::string_view name) {
+  // A name with a NUL byte would reach the system cut short and open some other file.
+  if (name.find('\0') != std::string_view::npos) return ENOENT;
+  Table& units = table();
+  auto file = units.spare ? std::move(units.spare) : std::make_unique<InputFile>();
+  const int error = file->open(std::string(trimmed(name)));
+  if (error != 0) {
+    units.spare = std::move(file);
+  } else {
+    units.inputs[fid] = std::move(file);
+  }
+  return error;
+}
+
+[[noreturn]] void stop_at_open(std::string_view name, const char* wanted, int error) {
+  const std::string_view shown = trimmed(name);
+  fatal_stop({shown.empty() ? std::string_view("''") : shown},
+             std::string("expected ") + wanted + ", found: " + strerror(error));
+}
+
+void connect_output(int fid, std::string_view name, bool keep_content) {
+  const int error = table().outputs[fid].open(std::string(trimmed(name)), keep_content);
+  if (error != 0) stop_at_open(name, "a file that can be written", error);
+}
+
+}  // namespace
+
+void open_existing(int fid, std::string_view name, Position position) {
+  const int error = connect_input(fid, name);
+  if (error != 0) stop_at_open(name, "a file that can be read", error);
+  if (position == Position::behind_last_record) input(fid).go_to_end();
+}
+
+int try_open_existing(int fid, std::string_view name) { return connect_input(fid, name); }
+
+void open_replaced(int fid, std::string_view name) { connect_output(fid, name, false); }
+
+void open_kept(int fid, std::string_view name) { connect_output(fid, name, true); }
+
+void close(int fid) {
+  Table& units = table();
+  if (const auto found = units.inputs.find(fid); found != units.inputs.end()) {
+    found->second->close();
+    units.spare = std::move(found->second);
+    units.inputs.erase(found);
+  }
+  if (const auto found = units.outputs.find(fid); found != units.outputs.end()) {
+    if (found->second.is_open()) found->second.close();
+    units.outputs.erase(found);
+  }
+}
+
+bool is_open(int fid) { return table().inputs.count(fid) != 0 || table().outputs.count(fid) != 0; }
+
+int read_line(int fid, std::span<char> line) { return input(fid).read_line(line); }
+
+int read_line_holding(int fid, std::string_view word, bool any_case, std::span<char> line) {
+  return input(fid).read_line_holding(word, any_case, line);
+}
+
+int read_record(int fid, std::string_view& record) { return input(fid).read_record(record); }
+
+void pass_over_lines(int fid, int count, std::string_view what) {
+  Text<1> discarded;
+  for (int i = 0; i < count; ++i) {
+    if (read_line(fid, discarded) != read_ok) {
+      fatal_stop(next_place(fid), "expected " + std::string(what) + ", found the end of the file");
+    }
+  }
+}
+
+bool step_back(int fid) { return input(fid).step_back(); }
+
+void rewind(int fid) { input(fid).rewind(); }
+
+std::string_view name(int fid) { return input(fid).name(); }
+
+long long line_number(int fid) { return input(fid).line_number(); }
+
+Place place(int fid) { return {name(fid), line_number(fid)}; }
+
+Place next_place(int fid) { return {name(fid), line_number(fid) + 1}; }
+
+OutputFile& output(int fid) {
+  const auto found = table().outputs.find(fid);
+  if (found == table().outputs.end()) {
+    fatal_stop({unit_name(fid)}, "expected a file open for writing, found none");
+  }
+  return found->second;
+}
+
+}  // namespace io

@@ -1,0 +1,67 @@
+// The table of units: integer handles of open sequential text files. It is the only state that
+// the library keeps between calls.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "io/fatal.hpp"
+#include "io/input_file.hpp"
+#include "io/output_file.hpp"
+
+namespace io {
+
+// The unit of standard input: always connected, read from where its last reader left it.
+inline constexpr int standard_input = 5;
+
+enum class Position { first_record, behind_last_record };
+
+// Opens a file that must exist for reading. Trailing blanks of a name are not part of it. A file
+// that cannot be opened, or a directory, is a fatal stop with the system's reason.
+void open_existing(int fid, std::string_view name, Position position = Position::first_record);
+
+// The same, but the result says how it went: 0 or the system's error number. Nothing is open then.
+int try_open_existing(int fid, std::string_view name);
+
+// Opens a file for writing: created or replaced, or (open_kept) created if absent and otherwise
+// left as it is. Failure is a fatal stop.
+void open_replaced(int fid, std::string_view name);
+void open_kept(int fid, std::string_view name);
+
+// Closes a unit; one that is not open is left alone. A failure to write is a fatal stop.
+void close(int fid);
+
+bool is_open(int fid);
+
+// Reads a line into the buffer, cut or padded with blanks; at the end of the file the buffer keeps
+// what it held. The result is read_ok or end_of_file.
+int read_line(int fid, std::span<char> line);
+
+// Reads on to the next line that holds `word` within the buffer's capacity; see InputFile.
+int read_line_holding(int fid, std::string_view word, bool any_case, std::span<char> line);
+
+// Delivers a whole record; the view holds until the next call on this unit.
+int read_record(int fid, std::string_view& record);
+
+// Reads `count` records whatever they hold. A file that ends before is a fatal stop that names
+// `what` was expected.
+void pass_over_lines(int fid, int count, std::string_view what);
+
+// Steps back by one record. False at the first record, where nothing changes.
+bool step_back(int fid);
+
+void rewind(int fid);
+
+// The file's name, and the number of the record that was read last.
+std::string_view name(int fid);
+long long line_number(int fid);
+
+// File name and number of the record read last, for messages.
+Place place(int fid);
+// The same with the record behind it: where a file ended too early.
+Place next_place(int fid);
+
+// The file behind a unit that is open for writing.
+OutputFile& output(int fid);
+
+}  // namespace io

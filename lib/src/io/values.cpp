@@ -1,0 +1,146 @@
+#include "io/values.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string>
+
+namespace io {
+
+namespace {
+
+// The pieces of a real number: [sign] mantissa [exponent].
+struct RealParts {
+  bool negative = false;
+  std::string_view mantissa;  // digits with an optional point, at least one digit
+  std::string_view exponent;  // with its sign; empty where there is none
+};
+
+bool all_digits(std::string_view text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), is_digit);
+}
+
+bool is_sign(char c) { return c == '+' || c == '-'; }
+
+bool split_real(std::string_view token, RealParts& parts) {
+  if (!token.empty() && is_sign(token.front())) {
+    parts.negative = token.front() == '-';
+    token.remove_prefix(1);
+  }
+  std::size_t end = 0;
+  std::size_t digits = 0;
+  bool point = false;
+  for (; end < token.size(); ++end) {
+    if (is_digit(token[end])) {
+      ++digits;
+    } else if (token[end] == '.' && !point) {
+      point = true;
+    } else {
+      break;
+    }
+  }
+  if (digits == 0) return false;
+  parts.mantissa = token.substr(0, end);
+  token.remove_prefix(end);
+  if (token.empty()) return true;
+  if (!is_sign(token.front())) {
+    const char letter = lowered(token.front());
+    if (letter != 'e' && letter != 'd' && letter != 'q') return false;
+    token.remove_prefix(1);
+  }
+  parts.exponent = token;
+  if (!token.empty() && is_sign(token.front())) token.remove_prefix(1);
+  return all_digits(token);
+}
+
+// The power of ten of the first digit that is not zero; 0 for a mantissa of zeros.
+long long leading_power(std::string_view mantissa) {
+  const auto whole = static_cast<long long>(std::min(mantissa.find('.'), mantissa.size()));
+  const std::size_t first = mantissa.find_first_not_of("0.");
+  if (first == std::string_view::npos) return 0;
+  const auto place = static_cast<long long>(first);
+  return place < whole ? whole - place - 1 : whole - place;
+}
+
+// Whether a value beyond the range of a double is too large, not too small.
+bool is_overflow(const RealParts& parts) {
+  std::string_view digits = parts.exponent;
+  const bool negative = !digits.empty() && digits.front() == '-';
+  if (!digits.empty() && is_sign(digits.front())) digits.remove_prefix(1);
+  long long exponent = 0;
+  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
+  if (result.ec == std::errc::result_out_of_range) return !negative;
+  return leading_power(parts.mantissa) + (negative ? -exponent : exponent) > 0;
+}
+
+bool parse_split_real(const RealParts& parts, double& value) {
+  std::string text(parts.mantissa);
+  if (!parts.exponent.empty()) {
+    text += 'e';
+    text += parts.exponent;
+  }
+  double magnitude = 0.0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), magnitude);
+  if (result.ec == std::errc::result_out_of_range) {
+    const bool zero = parts.mantissa.find_first_not_of("0.") == std::string_view::npos;
+    magnitude = !zero && is_overflow(parts) ? std::numeric_limits<double>::infinity() : 0.0;
+  }
+  value = parts.negative ? -magnitude : magnitude;
+  return true;
+}
+
+bool parse_named_real(std::string_view token, double& value) {
+  const bool negative = !token.empty() && token.front() == '-';
+  if (!token.empty() && is_sign(token.front())) token.remove_prefix(1);
+  std::string name(token.substr(0, 9));
+  std::transform(name.begin(), name.end(), name.begin(), lowered);
+  double magnitude = 0.0;
+  if (name == "nan") {
+    magnitude = std::numeric_limits<double>::quiet_NaN();
+  } else if (name == "inf" || name == "infinity") {
+    magnitude = std::numeric_limits<double>::infinity();
+  } else {
+    return false;
+  }
+  value = negative ? -magnitude : magnitude;
+  return true;
+}
+
+}  // namespace
+
+bool parse_integer(std::string_view token, int& value) {
+  if (token.size() > 1 && token.front() == '+' && is_digit(token[1])) token.remove_prefix(1);
+  int parsed = 0;
+  const char* const end = token.data() + token.size();
+  const auto result = std::from_chars(token.data(), end, parsed);
+  if (result.ec != std::errc{} || result.ptr != end) return false;
+  value = parsed;
+  return true;
+}
+
+bool parse_real(std::string_view token, double& value) {
+  // Nearly every number is spelled as from_chars wants it: one pass decides.
+  const std::size_t digit = !token.empty() && token.front() == '-' ? 1 : 0;
+  if (token.size() > digit && (is_digit(token[digit]) || token[digit] == '.')) {
+    double parsed = 0.0;
+    const char* const end = token.data() + token.size();
+    const auto result = std::from_chars(token.data(), end, parsed);
+    if (result.ec == std::errc{} && result.ptr == end) {
+      value = parsed;
+      return true;
+    }
+  }
+  RealParts parts;
+  return split_real(token, parts) ? parse_split_real(parts, value) : parse_named_real(token, value);
+}
+
+bool parse_logical(std::string_view token, bool& value) {
+  if (!token.empty() && token.front() == '.') token.remove_prefix(1);
+  if (token.empty()) return false;
+  const char letter = lowered(token.front());
+  if (letter != 't' && letter != 'f') return false;
+  value = letter == 't';
+  return true;
+}
+
+}  // namespace io

@@ -1,0 +1,125 @@
+#include "io/fields.hpp"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <random>
+#include <string>
+
+namespace {
+
+constexpr double inf = std::numeric_limits<double>::infinity();
+
+std::string fixed(double value, int width, int decimals) {
+  char out[io::widest_field];
+  return {out, io::fixed_field(out, value, width, decimals)};
+}
+
+std::string sci(double value, int width, int decimals) {
+  char out[io::widest_field];
+  return {out, io::sci_field(out, value, width, decimals)};
+}
+
+TEST(fields, rounds_pads_and_overflows_fixed_numbers) {
+  const struct {
+    double value;
+    int width, decimals;
+    const char* field;
+  } cases[] = {
+      {0.5291772490, 16, 10, "    0.5291772490"},
+      {-109.7373, 11, 2, "    -109.74"},
+      {0.125, 6, 2, "  0.12"},
+      {0.375, 6, 2, "  0.38"},
+      {99.996, 6, 2, "100.00"},
+      {-0.001, 6, 2, " -0.00"},
+      {-0.0, 6, 2, " -0.00"},
+      {0.0, 4, 2, "0.00"},
+      {1.005, 5, 2, " 1.00"},
+      {99.996, 5, 2, "*****"},
+      {-9.99, 4, 2, "****"},
+      {1e300, 15, 8, "***************"},
+      {9.9999999999, 8, 2, "   10.00"},
+      {5e-324, 8, 3, "   0.000"},
+      {std::nan(""), 6, 2, "   NaN"},
+      {inf, 8, 2, "Infinity"},
+      {inf, 7, 2, "    Inf"},
+      {-inf, 9, 2, "-Infinity"},
+      {-inf, 8, 2, "    -Inf"},
+      {-inf, 3, 1, "***"},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(fixed(test.value, test.width, test.decimals), test.field) << test.value;
+  }
+}
+
+TEST(fields, writes_scientific_numbers_with_two_or_three_exponent_digits) {
+  const struct {
+    double value;
+    int width, decimals;
+    const char* field;
+  } cases[] = {
+      {0.1234567, 15, 6, "   1.234567E-01"},
+      {1234567.5, 15, 6, "   1.234568E+06"},
+      {0.0, 15, 6, "   0.000000E+00"},
+      {-0.0, 15, 6, "  -0.000000E+00"},
+      {1e-120, 15, 6, "   1.000000-120"},
+      {-9.9999999e99, 15, 6, "  -1.000000+100"},
+      {9.99999951, 15, 6, "   1.000000E+01"},
+      {9.9999994, 15, 6, "   9.999999E+00"},
+      {1.5, 11, 6, "***********"},
+      {std::nan(""), 15, 6, "            NaN"},
+      {5e-324, 15, 7, "  4.9406565-324"},
+      {-1.0, 13, 6, "-1.000000E+00"},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(sci(test.value, test.width, test.decimals), test.field) << test.value;
+  }
+}
+
+// snprintf of the C library rounds the exact value, ties to even, and so must the fields.
+TEST(fields, round_as_the_exact_value_says) {
+  std::mt19937_64 random(1);
+  const auto compare = [](double value) {
+    char expected[512];
+    std::snprintf(expected, sizeof expected, "%63.10f", value);
+    if (std::string(expected).size() == 63) {
+      ASSERT_EQ(fixed(value, 63, 10), expected);
+    }
+    std::snprintf(expected, sizeof expected, "%30.6E", value);
+    std::string shown = expected;
+    if (shown[shown.size() - 5] == 'E') shown = " " + shown.erase(shown.size() - 5, 1);
+    ASSERT_EQ(sci(value, 30, 6), shown);
+  };
+  for (int i = 0; i < 100000; ++i) {
+    const auto bits = static_cast<std::uint64_t>(random());
+    const double any = std::bit_cast<double>(bits);
+    if (std::isfinite(any)) compare(any);
+    // Numbers of the size that reports hold, and halves of the last digit.
+    const double usual =
+        std::ldexp(static_cast<double>(bits >> 11), -53 - static_cast<int>(bits % 60));
+    compare((bits & 1024) != 0 ? usual : -usual);
+    const double tie = (static_cast<double>(bits % 100000) + 0.5) / 1024.0;
+    compare(tie);
+    compare(std::round(usual * 1e7) / 1e7 + 5e-8);
+  }
+}
+
+TEST(fields, justify_integers_and_text) {
+  char out[io::widest_field];
+  const auto integer = [&](long long v, int w) {
+    return std::string(out, io::int_field(out, v, w));
+  };
+  EXPECT_EQ(integer(-42, 5), "  -42");
+  EXPECT_EQ(integer(12345, 4), "****");
+  const auto text = [&](const char* v, int w) {
+    return std::string(out, io::text_field(out, v, w));
+  };
+  EXPECT_EQ(text("H ", 4), "  H ");
+  EXPECT_EQ(text("abcdef", 4), "abcd");
+}
+
+}  // namespace

@@ -1,0 +1,44 @@
+#include "io/output_file.hpp"
+
+#include <gtest/gtest.h>
+
+#include "io/units.hpp"
+#include "support/support.hpp"
+
+namespace {
+
+constexpr int unit = 30;
+
+TEST(output_file, writes_more_than_its_buffer_and_replaces_or_keeps) {
+  support::TempFolder folder;
+  support::write_file("out", "before");
+  io::open_kept(unit, "out ");
+  io::close(unit);
+  EXPECT_EQ(support::read_file("out"), "before");
+  io::open_replaced(unit, "out");
+  std::string expected;
+  const std::string text(300000, 'x');
+  io::output(unit).text(text);
+  for (int i = 0; i < 50000; ++i) {
+    io::output(unit).integer(i, 7).end_line();
+    std::string line = std::to_string(i) + "\n";
+    expected += std::string(8 - line.size(), ' ') + line;
+  }
+  io::close(unit);
+  EXPECT_EQ(support::read_file("out"), text + expected);
+}
+
+TEST(output_file, stops_at_a_full_disk_and_an_unwritable_name) {
+  support::TempFolder folder;
+  const auto write_to = [](const char* name) {
+    io::open_replaced(unit, name);
+    io::output(unit).text("x");
+    io::close(unit);
+  };
+  EXPECT_EXIT(write_to("/dev/full"), testing::ExitedWithCode(2),
+              "test: /dev/full: cannot write: No space left on device");
+  EXPECT_EXIT(write_to("no/such/folder"), testing::ExitedWithCode(2),
+              "no/such/folder: expected a file that can be written, found: No such file");
+}
+
+}  // namespace
