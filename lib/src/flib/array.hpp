@@ -1,0 +1,113 @@
+// Arrays as the formulas of the field write them: indices from 1 (the last one from a stated lower
+// bound, so that job 0 is the reference), the first index varying fastest. Every access through an
+// index is checked; hot loops take column() and run on the raw contiguous elements.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <string>
+
+#include "io/fatal.hpp"
+
+namespace flib {
+
+// A view of elements that somebody else owns.
+template <class T, std::size_t rank>
+class ArrayView {
+ public:
+  using Extents = std::array<long long, rank>;
+
+  ArrayView() = default;
+  ArrayView(T* data, const Extents& extents, long long last_lower_bound = 1)
+      : data_(data), extents_(extents) {
+    lower_bounds_.fill(1);
+    lower_bounds_[rank - 1] = last_lower_bound;
+  }
+
+  template <class... Index>
+  T& operator()(Index... index) const {
+    static_assert(sizeof...(Index) == rank);
+    return data_[offset({static_cast<long long>(index)...})];
+  }
+
+  // The first element of the column that the trailing indices name.
+  template <class... Index>
+  T* column(Index... index) const {
+    static_assert(sizeof...(Index) == rank - 1);
+    return data_ + offset({1, static_cast<long long>(index)...});
+  }
+
+  T* data() const { return data_; }
+
+  std::size_t size() const {
+    std::size_t count = 1;
+    for (const long long extent : extents_) count *= static_cast<std::size_t>(extent);
+    return count;
+  }
+
+ private:
+  std::size_t offset(const Extents& index) const {
+    std::size_t place = 0;
+    std::size_t stride = 1;
+    for (std::size_t k = 0; k < rank; ++k) {
+      const long long from_zero = index[k] - lower_bounds_[k];
+      if (from_zero < 0 || from_zero >= extents_[k]) {
+        io::fatal_stop("expected array index " + std::to_string(k + 1) + " within " +
+                       std::to_string(lower_bounds_[k]) + ".." +
+                       std::to_string(lower_bounds_[k] + extents_[k] - 1) + ", found " +
+                       std::to_string(index[k]));
+      }
+      place += static_cast<std::size_t>(from_zero) * stride;
+      stride *= static_cast<std::size_t>(extents_[k]);
+    }
+    return place;
+  }
+
+  T* data_ = nullptr;
+  Extents extents_{};
+  Extents lower_bounds_{};
+};
+
+// Zeroed memory for the product of the extents; a fatal stop with its size when it cannot be had.
+template <class T, std::size_t rank>
+T* obtain_elements(const char* name, const std::array<long long, rank>& extents) {
+  std::size_t bytes = sizeof(T);
+  bool fits = true;
+  for (const long long extent : extents) {
+    const auto count = static_cast<std::size_t>(extent);
+    fits = fits && (count == 0 || bytes <= std::numeric_limits<std::size_t>::max() / count);
+    bytes *= count;
+  }
+  void* const memory = fits ? std::calloc(bytes > 0 ? bytes : 1, 1) : nullptr;
+  if (memory == nullptr) {
+    io::fatal_stop(std::string("expected memory for the array '") + name + "', found none: " +
+                   (fits ? std::to_string(bytes) : "more than 2**64") + " bytes");
+  }
+  return static_cast<T*>(memory);
+}
+
+// An array that owns its elements, zero at first.
+template <class T, std::size_t rank>
+class Array : public ArrayView<T, rank> {
+ public:
+  using Extents = typename ArrayView<T, rank>::Extents;
+
+  Array() = default;
+  // A fatal stop with the size in bytes when the memory cannot be had. `name` is for that message.
+  Array(const char* name, const Extents& extents, long long last_lower_bound = 1)
+      : Array(obtain_elements<T, rank>(name, extents), extents, last_lower_bound) {}
+
+ private:
+  Array(T* memory, const Extents& extents, long long last_lower_bound)
+      : ArrayView<T, rank>(memory, extents, last_lower_bound), elements_(memory) {}
+
+  struct Free {
+    void operator()(void* memory) const { std::free(memory); }
+  };
+  std::unique_ptr<T[], Free> elements_;
+};
+
+}  // namespace flib

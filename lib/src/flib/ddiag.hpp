@@ -1,0 +1,25 @@
+// Eigenvalues and eigenvectors of a real symmetric matrix: reduction to tridiagonal form by
+// Householder transformations (tred2e) and the QL method (tql2e), after the EISPACK routines tred2
+// and tql2 with a fixed machine epsilon. Matrices are stored by columns, indices run from 1.
+#pragma once
+
+namespace flib {
+
+// Reduces a symmetric matrix to tridiagonal form and accumulates the transformation.
+//   nm  rows of the arrays a and z as stored, nm >= n (in)
+//   n   order of the matrix (in)
+//   a   nm x n; only the lower triangle is read (in)
+//   d   n values: the diagonal (out)
+//   e   n values: the subdiagonal in e(2..n), e(1) = 0 (out)
+//   z   nm x n: the orthogonal transformation; must not overlap a (out)
+void tred2e(const int& nm, const int& n, const double* a, double* d, double* e, double* z);
+
+// Finds the eigenvalues and eigenvectors of the tridiagonal matrix that tred2e left in d, e and z.
+//   d     n values: the eigenvalues in ascending order (in/out)
+//   e     n values: destroyed (in/out)
+//   z     nm x n: column k is the eigenvector of d(k), of length 1 (in/out)
+//   ierr  0, or the index of the eigenvalue that did not converge in 30 iterations: the ones before
+//         it are right but not sorted (out)
+void tql2e(const int& nm, const int& n, double* d, double* e, double* z, int& ierr);
+
+}  // namespace flib
