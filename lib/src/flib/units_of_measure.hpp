@@ -1,0 +1,13 @@
+// Conversion factors, exactly as the workflow's programs use them.
+#pragma once
+
+namespace flib {
+
+inline constexpr double angstrom_per_bohr = 0.529177249;
+inline constexpr double electron_masses_per_amu = 1822.88853;
+inline constexpr double wavenumbers_per_au = 219474.6307;  // cm-1 per atomic unit of frequency
+inline constexpr double debye_per_au = 2.541580252938;
+// debye_per_au / angstrom_per_bohr, with the digits that reports print.
+inline constexpr double debye_per_angstrom_per_au = 4.802890256035933;
+
+}  // namespace flib

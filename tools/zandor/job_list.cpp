@@ -1,0 +1,207 @@
+#include "job_list.hpp"
+
+#include <limits>
+#include <string>
+
+#include "flib/search_word.hpp"
+#include "flib/units_of_measure.hpp"
+#include "io/free_form.hpp"
+#include "io/units.hpp"
+
+namespace zandor {
+
+namespace {
+
+constexpr const char* section_marker = "Begin_zand_info";
+
+[[noreturn]] void stop_at_line(long long line, const std::string& message) {
+  io::fatal_stop({job_list_name, line}, message);
+}
+
+void read_sizes(RunData& run) {
+  io::FreeForm first(input_unit);
+  first.skip_words(3, {"the number of atoms"});
+  first.integer(run.natom, {"the number of atoms"});
+  if (run.natom < 1 || run.natom > std::numeric_limits<int>::max() / 6) {
+    io::fatal_stop(io::place(input_unit), "expected a number of atoms from 1 to " +
+                                              std::to_string(std::numeric_limits<int>::max() / 6) +
+                                              ", found " + std::to_string(run.natom));
+  }
+  run.n3 = 3 * run.natom;
+  run.n6 = 6 * run.natom;
+
+  io::FreeForm second(input_unit);
+  second.skip_words(3, {"the number of files"});
+  second.integer(run.nfile, {"the number of files"});
+
+  io::FreeForm third(input_unit);
+  third.skip_words(1, {"the displacement step"});
+  third.finite_real(run.dx, {"the displacement step"});
+  if (run.dx == 0.0) {
+    io::fatal_stop(io::place(input_unit), "expected a displacement step other than 0, found 0");
+  }
+  run.dx /= flib::angstrom_per_bohr;
+}
+
+void find_job_section() {
+  const long long line_before = io::line_number(input_unit);
+  io::Line line;
+  if (!flib::search_word(input_unit, 1, 15, section_marker, line)) {
+    io::fatal_stop({job_list_name}, "no line holds '" + std::string(section_marker) +
+                                        "' in columns 1-15 after line " +
+                                        std::to_string(line_before));
+  }
+}
+
+void read_operations(RunData& run) {
+  io::pass_over_lines(input_unit, 1, "a line before the number of operations");
+  io::FreeForm count(input_unit);
+  count.skip_words(3, {"the number of operations"});
+  count.integer(run.nop, {"the number of operations"});
+  if (run.nop < 0) {
+    io::fatal_stop(io::place(input_unit), "expected a number of operations of 0 or more, found " +
+                                              std::to_string(run.nop));
+  }
+  io::pass_over_lines(input_unit, 1, "a line before the operations");
+  std::vector<double> rows;
+  for (int k = 1; k <= run.nop; ++k) {
+    io::pass_over_lines(input_unit, 1, "the caption of operation " + std::to_string(k));
+    for (int j = 1; j <= 3; ++j) {
+      io::FreeForm row(input_unit);
+      for (int i = 1; i <= 3; ++i) {
+        row.finite_real(rows.emplace_back(), {"a matrix element of operation", k});
+      }
+    }
+  }
+  run.op = {"op", {3, 3, run.nop}};
+  std::size_t next = 0;
+  for (int k = 1; k <= run.nop; ++k) {
+    for (int j = 1; j <= 3; ++j) {
+      for (int i = 1; i <= 3; ++i) run.op(j, i, k) = rows[next++];
+    }
+  }
+}
+
+void read_atom_table(RunData& run) {
+  io::pass_over_lines(input_unit, 2, "two lines before the atom table");
+  std::vector<int> images;
+  for (int a = 1; a <= run.natom; ++a) {
+    io::FreeForm row(input_unit);
+    io::Text<2> symbol;  // this and the atomic number come from the reference sign file
+    int nat = 0;
+    row.skip_words(1, {"the table entry of atom", a});
+    row.text(symbol, {"the symbol of atom", a});
+    row.optional_integer(nat, {"the atomic number of atom", a});
+    for (int k = 1; k <= run.nop; ++k) {
+      row.optional_integer(images.emplace_back(), {"an image of atom", a});
+    }
+    run.atom_line.push_back(io::line_number(input_unit));
+  }
+  run.atom_m = {"atom_m", {run.natom, run.nop}};
+  std::size_t next = 0;
+  for (int a = 1; a <= run.natom; ++a) {
+    for (int k = 1; k <= run.nop; ++k) run.atom_m(a, k) = images[next++];
+  }
+}
+
+void read_jobs(RunData& run) {
+  io::pass_over_lines(input_unit, 3, "three lines before the jobs");
+  for (int i = 0; i <= run.n6; ++i) {
+    io::FreeForm row(input_unit);
+    Job& job = run.jobs.emplace_back();
+    io::Line name;
+    row.skip_words(1, {"the name of job", i});
+    row.text(name, {"the name of job", i});
+    row.logical(job.is_calc, {"the computed flag of job", i});
+    const bool has_job = row.optional_integer(job.calc_m, {"the source of job", i});
+    const bool has_operation = row.optional_integer(job.iops, {"the operation of job", i});
+    job.has_source = has_job && has_operation;
+    job.list_line = io::line_number(input_unit);
+    const std::string base(io::trimmed(io::without_leading_blanks(name.padded())));
+    job.log_name = "coord-" + base + ".log";
+    job.sgn_name = "coord-" + base + ".sgn";
+    if (i == 0) run.com_name = "coord-" + base + ".com";
+  }
+}
+
+std::string range_text(int first, int last) {
+  return std::to_string(first) + ".." + std::to_string(last);
+}
+
+void check_sources(const RunData& run, std::vector<char>& operation_used) {
+  for (int i = 1; i <= run.n6; ++i) {
+    const Job& job = run.jobs[static_cast<std::size_t>(i)];
+    if (job.is_calc) continue;
+    const std::string which = " for the derived job " + std::to_string(i);
+    if (!job.has_source) {
+      stop_at_line(job.list_line, "expected a source job and an operation" + which +
+                                      ", found no value between separators");
+    }
+    if (job.iops < 1 || job.iops > run.nop) {
+      stop_at_line(job.list_line, "expected an operation within " + range_text(1, run.nop) + which +
+                                      ", found " + std::to_string(job.iops));
+    }
+    if (job.calc_m < 0 || job.calc_m > run.n6) {
+      stop_at_line(job.list_line, "expected a source job within " + range_text(0, run.n6) + which +
+                                      ", found " + std::to_string(job.calc_m));
+    }
+    operation_used[static_cast<std::size_t>(job.iops)] = 1;
+  }
+}
+
+void check_images(const RunData& run, const std::vector<char>& operation_used) {
+  for (int a = 1; a <= run.natom; ++a) {
+    for (int k = 1; k <= run.nop; ++k) {
+      const int image = run.atom_m(a, k);
+      if (operation_used[static_cast<std::size_t>(k)] == 0 || (image >= 1 && image <= run.natom)) {
+        continue;
+      }
+      stop_at_line(run.atom_line[static_cast<std::size_t>(a - 1)],
+                   "expected an atom within " + range_text(1, run.natom) +
+                       " as the image of atom " + std::to_string(a) + " under operation " +
+                       std::to_string(k) + ", found " + std::to_string(image));
+    }
+  }
+}
+
+void warn_of_zeros(const RunData& run) {
+  const Job* first_derived = nullptr;
+  int derived = 0;
+  for (int i = 1; i <= run.n6; ++i) {
+    const Job& job = run.jobs[static_cast<std::size_t>(i)];
+    if (job.is_calc) continue;
+    ++derived;
+    if (first_derived == nullptr) first_derived = &job;
+    const bool later_derived =
+        job.calc_m >= i && !run.jobs[static_cast<std::size_t>(job.calc_m)].is_calc;
+    if (job.calc_m == 0 || later_derived) {
+      io::warn({job_list_name, job.list_line},
+               "the forces of job " + std::to_string(i) + " are zero: its source, job " +
+                   std::to_string(job.calc_m) + ", holds none when it is derived");
+    }
+  }
+  if (derived > 0 && !run.symm) {
+    io::warn({job_list_name, first_derived->list_line},
+             "symm is false, but " + std::to_string(derived) +
+                 " jobs are derived: their transition dipoles are zero and the derivatives rest on "
+                 "them");
+  }
+}
+
+}  // namespace
+
+void read_job_list(RunData& run) {
+  io::open_existing(input_unit, job_list_name);
+  read_sizes(run);
+  find_job_section();
+  read_operations(run);
+  read_atom_table(run);
+  read_jobs(run);
+  io::close(input_unit);
+  std::vector<char> operation_used(static_cast<std::size_t>(run.nop) + 1);
+  check_sources(run, operation_used);
+  check_images(run, operation_used);
+  warn_of_zeros(run);
+}
+
+}  // namespace zandor

@@ -1,0 +1,22 @@
+// First phase: the log file, the command line and the control file; and the run's arrays.
+#pragma once
+
+#include "run_data.hpp"
+
+namespace zandor {
+
+// Opens "result.log", created if absent and never emptied; it stays open for the whole run.
+void open_run_log();
+void close_run_log();
+
+// The control file's name: the first command-line argument. None, or a blank one, is a fatal stop.
+io::Line control_file_name(int argc, const char* const* argv);
+
+// Reads the control group: symm, disp_a (Angstrom in the file, Bohr afterwards) and disp_sign; the
+// other keys are accepted and ignored.
+void read_control_file(const io::Line& name, RunData& run);
+
+// Obtains the arrays of the run, zero at first.
+void allocate_run_arrays(RunData& run);
+
+}  // namespace zandor

@@ -1,0 +1,80 @@
+// Everything that one run reads, computes and writes. Filled phase by phase; nothing outlives it.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "flib/array.hpp"
+#include "io/text.hpp"
+
+namespace zandor {
+
+// Units of the main program: one input file is open at a time.
+inline constexpr int log_unit = 10;
+inline constexpr int input_unit = 11;
+inline constexpr int output_unit = 12;
+
+inline constexpr const char* job_list_name = "files.out";
+inline constexpr const char* report_name = "zandor-es.out";
+
+// One line of the job list. Job 0 is the reference geometry, job 2 ih - 1 the negative and job 2 ih
+// the positive step of coordinate ih.
+struct Job {
+  io::Line log_name;        // coord-NAME.log
+  io::Line sgn_name;        // coord-NAME.sgn
+  bool is_calc = false;     // computed, with a sign file of its own; otherwise derived
+  int calc_m = 0;           // of a derived job: the job whose forces are carried over
+  int iops = 0;             // of a derived job: the operation that carries them
+  bool has_source = false;  // calc_m and iops were given
+  long long list_line = 0;  // its line in the job list
+};
+
+// Atomic units throughout unless said; atoms, coordinates and modes count from 1.
+struct RunData {
+  // Run control.
+  bool symm = true;     // symmetry was used; transition dipoles are left out of the report
+  double disp_a = 1.0;  // amplitude of the modes: Angstrom as read, Bohr from then on
+  int disp_sign = 1;    // 1: the positive step of a coordinate comes first in its difference
+
+  // Sizes.
+  int natom = 0;    // atoms
+  int nfile = 0;    // read and not used
+  int n3 = 0;       // Cartesian coordinates, 3 natom
+  int n6 = 0;       // displaced jobs, 6 natom
+  int nop = 0;      // symmetry operations
+  double dx = 0.0;  // displacement step, Bohr
+
+  // Job list.
+  std::vector<Job> jobs;             // 0..n6
+  io::Line com_name;                 // reference input, coord-NAME.com
+  flib::Array<double, 3> op;         // 3 x 3 x nop, op(row, col, k)
+  flib::Array<int, 2> atom_m;        // natom x nop: the atom onto which operation k carries atom a
+  std::vector<long long> atom_line;  // line of atom a in the job list at [a - 1]
+
+  // Reference geometry.
+  std::vector<io::Text<2>> symbol;  // element symbol of atom a at [a - 1]
+  flib::Array<int, 1> nat;          // atomic numbers
+  flib::Array<double, 1> mass;      // natom, electron masses
+  flib::Array<double, 1> sqtmass;   // n3: square root of the mass that owns the coordinate
+  flib::Array<double, 2> x;         // 3 x natom, Bohr
+  flib::Array<double, 2> xa;        // 3 x natom, Angstrom
+  std::array<double, 3> dipole0{};  // transition dipole
+
+  // Results of the jobs.
+  flib::Array<double, 3> force;  // 3 x natom x 0..n6; job 0 stays zero
+  flib::Array<double, 2> tdip;   // 3 x 0..n6; zero for job 0 and for derived jobs
+
+  // Transition dipole derivatives, 3 x 3 x natom: tddip(dipole component, coordinate, atom).
+  flib::Array<double, 3> tddip;
+
+  // Force constants and normal modes; names that end in p belong to the projected set.
+  flib::Array<double, 2> hess, hessp;    // n3 x n3, Hartree/Bohr**2; hessp is a copy of hess
+  flib::Array<double, 2> mhess, mhessp;  // n3 x n3, mass-weighted
+  flib::Array<double, 1> eval, evalp;    // n3, eigenvalues in ascending order
+  flib::Array<double, 2> c, cp;          // n3 x n3, eigenvectors in columns
+  flib::Array<double, 1> wk, wkp;        // n3, work vectors of the eigensolver
+  flib::Array<double, 1> freq, freqp;    // n3, signed frequencies
+  flib::Array<double, 3> disp, dispp;    // 3 x natom x n3, displacements scaled to disp_a
+};
+
+}  // namespace zandor

@@ -1,0 +1,131 @@
+#include "vibrational_analysis.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "flib/ddiag.hpp"
+#include "flib/fc_to_fcm.hpp"
+#include "flib/projtrm_rot.hpp"
+
+namespace zandor {
+
+namespace {
+
+using Matrix = flib::ArrayView<double, 2>;
+using Vector = flib::ArrayView<double, 1>;
+
+// Added to the diagonal before and subtracted after the diagonalisation: part of the numerical
+// procedure, published numbers rest on its exact value.
+constexpr double diagonal_shift = 100000.0;
+
+void differentiate_forces(RunData& run) {
+  for (int ih = 1; ih <= run.n3; ++ih) {
+    const int first = run.disp_sign == 1 ? 2 * ih : 2 * ih - 1;
+    const int second = run.disp_sign == 1 ? 2 * ih - 1 : 2 * ih;
+    const double* const f1 = run.force.column(1, first);
+    const double* const f2 = run.force.column(1, second);
+    double* const column = run.hess.column(ih);
+    for (int jh = 0; jh < run.n3; ++jh) column[jh] = (f1[jh] - f2[jh]) / run.dx / 2.0;
+  }
+}
+
+void symmetrise(const Matrix& hess, int n3) {
+  for (int ih = 1; ih <= n3; ++ih) {
+    for (int jh = 1; jh <= ih; ++jh) {
+      const double average = (hess(jh, ih) + hess(ih, jh)) / 2.0;
+      hess(jh, ih) = average;
+      hess(ih, jh) = average;
+    }
+  }
+}
+
+void require_finite(const Matrix& matrix, int n3, const char* what) {
+  for (int i = 1; i <= n3; ++i) {
+    const double* const column = matrix.column(i);
+    for (int j = 1; j <= n3; ++j) {
+      if (std::isfinite(column[j - 1])) continue;
+      io::fatal_stop("expected finite " + std::string(what) + ", found " +
+                     std::to_string(column[j - 1]) + " between coordinates " + std::to_string(j) +
+                     " and " + std::to_string(i));
+    }
+  }
+}
+
+void shift_diagonal(const Matrix& matrix, int n3, double shift) {
+  for (int i = 1; i <= n3; ++i) matrix(i, i) += shift;
+}
+
+void diagonalise(const Matrix& matrix, int n3, const Vector& eval, const Vector& wk,
+                 const Matrix& c, const char* what) {
+  shift_diagonal(matrix, n3, diagonal_shift);
+  flib::tred2e(n3, n3, matrix.data(), eval.data(), wk.data(), c.data());
+  int ier = 0;
+  flib::tql2e(n3, n3, eval.data(), wk.data(), c.data(), ier);
+  if (ier != 0) {
+    io::fatal_stop("expected every " + std::string(what) +
+                   " eigenvalue to converge, found number " + std::to_string(ier) +
+                   " not converged after 30 iterations");
+  }
+  shift_diagonal(matrix, n3, -diagonal_shift);
+  for (int i = 1; i <= n3; ++i) {
+    eval(i) -= diagonal_shift;
+    if (!std::isfinite(eval(i))) {
+      io::fatal_stop("expected finite " + std::string(what) + " eigenvalues, found " +
+                     std::to_string(eval(i)) + " for number " + std::to_string(i));
+    }
+  }
+}
+
+void form_frequencies(const Vector& eval, const Vector& freq, int n3) {
+  for (int i = 1; i <= n3; ++i) freq(i) = std::copysign(std::sqrt(std::fabs(eval(i))), eval(i));
+}
+
+// Cartesian displacements of every mode, its largest component scaled to disp_a. With disp_a = 0
+// they are not a number; that is no fault.
+void form_displacements(const RunData& run, const Matrix& c, double* disp) {
+  const double* const root = run.sqtmass.data();
+  for (int i = 1; i <= run.n3; ++i) {
+    const double* const vector = c.column(i);
+    double* const mode = disp + static_cast<std::size_t>(i - 1) * static_cast<std::size_t>(run.n3);
+    double disp_max = 0.0;
+    for (int j = 0; j < run.n3; ++j) {
+      mode[j] = vector[j] / root[j];
+      if (std::fabs(mode[j]) > disp_max) disp_max = std::fabs(mode[j]);
+    }
+    for (int j = 0; j < run.n3; ++j) mode[j] = mode[j] * run.disp_a / disp_max;
+  }
+}
+
+}  // namespace
+
+void assemble_force_constants(RunData& run) {
+  differentiate_forces(run);
+  symmetrise(run.hess, run.n3);
+  double* const hess = run.hess.data();
+  for (std::size_t i = 0; i < run.hess.size(); ++i) hess[i] = -hess[i];
+  require_finite(run.hess, run.n3, "force constants");
+  std::copy_n(hess, run.hess.size(), run.hessp.data());
+}
+
+void analyse_vibrations(RunData& run) {
+  const int n3 = run.n3;
+  const int to_mass_weighted = 1;
+  int info = 0;
+  assemble_force_constants(run);
+  flib::fc_to_fcm(n3, run.sqtmass.data(), run.hess.data(), run.mhess.data(), to_mass_weighted,
+                  info);
+  flib::fc_to_fcm(n3, run.sqtmass.data(), run.hessp.data(), run.mhessp.data(), to_mass_weighted,
+                  info);
+  flib::projtrm_rot(run.natom, run.x.data(), run.mass.data(), run.mhessp.data(), info);
+  require_finite(run.mhess, n3, "mass-weighted force constants");
+  require_finite(run.mhessp, n3, "projected force constants");
+  diagonalise(run.mhess, n3, run.eval, run.wk, run.c, "unprojected");
+  diagonalise(run.mhessp, n3, run.evalp, run.wkp, run.cp, "projected");
+  form_frequencies(run.eval, run.freq, n3);
+  form_frequencies(run.evalp, run.freqp, n3);
+  form_displacements(run, run.c, run.disp.data());
+  form_displacements(run, run.cp, run.dispp.data());
+}
+
+}  // namespace zandor

@@ -1,0 +1,16 @@
+// Fourth phase: force constants, frequencies and normal modes.
+#pragma once
+
+#include "run_data.hpp"
+
+namespace zandor {
+
+// Builds hess and hessp by central differences of the forces, mass-weights them, projects the rigid
+// motions out of one copy, diagonalises both and fills eval, c, freq, disp (and evalp, cp, freqp,
+// dispp). A number that is not finite or an eigenvalue that does not converge is a fatal stop.
+void analyse_vibrations(RunData& run);
+
+// The step of analyse_vibrations that builds hess and hessp.
+void assemble_force_constants(RunData& run);
+
+}  // namespace zandor

@@ -1,0 +1,28 @@
+// zandor_gather: numerical vibrational analysis of an excited state from one gradient calculation
+// per displaced geometry. Runs in the job directory; the first argument names the control file.
+#include "dipole_derivatives.hpp"
+#include "io/fatal.hpp"
+#include "job_list.hpp"
+#include "job_results.hpp"
+#include "report.hpp"
+#include "run_control.hpp"
+#include "vibrational_analysis.hpp"
+
+const char* const io::program_name = "zandor_gather";
+
+int main(int argc, char** argv) {
+  using namespace zandor;
+  io::report_exhausted_resources();
+  open_run_log();
+  RunData run;
+  read_control_file(control_file_name(argc, argv), run);
+  read_job_list(run);
+  allocate_run_arrays(run);
+  read_job_results(run);
+  differentiate_transition_dipoles(run);
+  analyse_vibrations(run);
+  write_report(run);
+  write_animations(run);
+  close_run_log();
+  return 0;
+}
