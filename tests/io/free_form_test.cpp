@@ -120,7 +120,7 @@ TEST(free_form, does_not_leave_a_line_buffer) {
   EXPECT_EQ(read_items(items, "wwI"), "nato|=|12");
   EXPECT_EXIT(read_items(items, "I"), testing::ExitedWithCode(2),
               "in:1: expected item 3 \\(integer\\), found the end of the line");
-  for (const char* missing : {"a b", "a b 'open", "a b,,", "a b/c"}) {
+  for (const char* missing : {"a b", "a b 'open", "a b,,", "a b/c", "a 'b'c d"}) {
     io::FreeForm words(unit, missing);
     io::Line word;
     for (int i = 0; i < 3; ++i) words.text_or_blank(word);

@@ -52,4 +52,27 @@ TEST(get_sgn_param, stops_at_missing_keywords_and_values) {
   EXPECT_EQ(read_header(edited("mi = 12", "nmiss 1 2\nmi = 12")).mi, 2) << "a longer word holds it";
 }
 
+TEST(get_sgn_param, asks_the_outputs_of_the_job_without_a_reference) {
+  support::TempFolder folder;
+  const std::filesystem::path corpus = PROJECT_FOLDER "/tests/flib/corpus";
+  const auto probe = [&](const char* log) {
+    std::filesystem::copy_file(corpus / log, "job.log",
+                               std::filesystem::copy_options::overwrite_existing);
+    Header h;
+    h.loc = {5, 5};
+    h.value = 5;
+    zandor::get_sgn_param(false, "run/job.sgn", h.natom, h.nbasis, h.nbsuse, h.mi, h.ma, h.mci,
+                          h.nfc, h.nfv, h.loc, h.value);
+    EXPECT_EQ(h.loc, (std::array<int, 2>{0, 0}));
+    EXPECT_EQ(h.value, 0.0);
+    return std::array<int, 8>{h.natom, h.nbasis, h.nbsuse, h.mi, h.ma, h.mci, h.nfc, h.nfv};
+  };
+  std::filesystem::copy_file(corpus / "cclib-FChk-Gaussian09-dvb_td.fchk", "job.fchk");
+  EXPECT_EQ(probe("cclib-Gaussian-Gaussian16-dvb_td.out"),
+            (std::array<int, 8>{20, 60, 60, 25, 25, 20, 10, 0}));
+  // An ONIOM job takes its atoms from the log; this one prints no roots.
+  EXPECT_EQ(probe("chemsmart-GaussianTests-CH3CH3_qmmm.log"),
+            (std::array<int, 8>{4, 60, 60, 4, 12, 0, 1, 0}));
+}
+
 }  // namespace

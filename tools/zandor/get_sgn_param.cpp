@@ -2,8 +2,14 @@
 
 #include <string>
 
+#include "flib/file.hpp"
 #include "flib/get_free_fid.hpp"
 #include "flib/miss_keyword.hpp"
+#include "flib/qm_file.hpp"
+#include "flib/qm_file_ifoniom.hpp"
+#include "flib/qm_file_natom.hpp"
+#include "flib/qm_file_natom_oniom_qm.hpp"
+#include "flib/qm_file_nbasis_nbsuse.hpp"
 #include "flib/search_word.hpp"
 #include "io/free_form.hpp"
 #include "io/text.hpp"
@@ -32,27 +38,62 @@ void read_count(int fid, std::string_view keyword, int& value) {
   values_of(fid, keyword, line).integer(value, {keyword});
 }
 
-}  // namespace
+// The variables of the caller.
+struct SignParameters {
+  int &natom, &nbasis, &nbsuse, &mi, &ma, &mci, &nfc, &nfv;
+  std::array<int, 2>& tden_maxloc;
+  double& tden_maxval;
+};
 
-void get_sgn_param(const bool& /*ref*/, std::string_view finp, int& natom, int& nbasis,
-                   int& /*nbsuse*/, int& mi, int& ma, int& mci, int& nfc, int& nfv,
-                   std::array<int, 2>& tden_maxloc, double& tden_maxval) {
+void read_header(std::string_view finp, const SignParameters& to) {
   const io::Line name(finp);
   int fid = 0;
   flib::get_free_fid(fid);
   io::open_existing(fid, name.content());
-  read_count(fid, "natom", natom);
-  read_count(fid, "nmo", nbasis);
-  read_count(fid, "mi", mi);
-  read_count(fid, "ma", ma);
-  read_count(fid, "mci", mci);
-  read_count(fid, "NFC", nfc);
-  read_count(fid, "NFV", nfv);
+  read_count(fid, "natom", to.natom);
+  read_count(fid, "nmo", to.nbasis);
+  read_count(fid, "mi", to.mi);
+  read_count(fid, "ma", to.ma);
+  read_count(fid, "mci", to.mci);
+  read_count(fid, "NFC", to.nfc);
+  read_count(fid, "NFV", to.nfv);
   io::Line line;
   io::FreeForm location = values_of(fid, "tden_maxloc", line);
-  for (int& index : tden_maxloc) location.integer(index, {"tden_maxloc"});
-  values_of(fid, "tden_maxval", line).real(tden_maxval, {"tden_maxval"});
+  for (int& index : to.tden_maxloc) location.integer(index, {"tden_maxloc"});
+  values_of(fid, "tden_maxval", line).real(to.tden_maxval, {"tden_maxval"});
   io::close(fid);
+}
+
+void ask_outputs(std::string_view finp, const SignParameters& to) {
+  const std::string main_name(io::trimmed(flib::name_main(finp)));
+  const io::Line flog(main_name + ".log");
+  const io::Line ffch(main_name + ".fchk");
+  int info = 0;  // what a probe does not find stays as it was
+  int na = 0, nb = 0, nae = 0, nqmmm = 0;
+  bool ifoniom = false;
+  flib::qm_file_ifoniom(flog.padded(), ifoniom, info);
+  if (ifoniom) {
+    flib::qm_file_natom_oniom_qm(flog.padded(), to.natom, nqmmm, info);
+  } else {
+    flib::qm_file_natom(ffch.padded(), to.natom, info);
+  }
+  flib::qm_file_nbasis_nbsuse(ffch.padded(), na, nb, to.nbasis, to.nbsuse, info);
+  flib::qm_file_nci(flog.padded(), to.mi, to.ma, to.mci, nae, to.nfc, to.nfv, info);
+  to.tden_maxloc = {0, 0};
+  to.tden_maxval = 0.0;
+}
+
+}  // namespace
+
+void get_sgn_param(const bool& ref, std::string_view finp, int& natom, int& nbasis, int& nbsuse,
+                   int& mi, int& ma, int& mci, int& nfc, int& nfv, std::array<int, 2>& tden_maxloc,
+                   double& tden_maxval) {
+  const SignParameters to{natom, nbasis, nbsuse, mi, ma, mci, nfc, nfv, tden_maxloc, tden_maxval};
+  if (ref) {
+    read_header(finp, to);
+  } else {
+    ask_outputs(finp, to);
+  }
 }
 
 }  // namespace zandor

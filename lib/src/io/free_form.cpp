@@ -131,6 +131,8 @@ void FreeForm::text_or_blank(std::span<char> value) {
   repeated_type_ = Type::text;
   if (item_.kind == Item::Kind::word) assign(value, item_.word);
   if (item_.kind == Item::Kind::quoted) assign(value, item_.quoted);
+  // What stands behind a malformed text cannot be told apart into items.
+  ran_out_ = item_.kind == Item::Kind::malformed || item_.kind == Item::Kind::ended;
 }
 
 }  // namespace io

@@ -40,7 +40,8 @@ class FreeForm {
   // Takes text items and drops them.
   void skip_words(int count, const Subject& subject);
 
-  // Takes a text item, but takes a text that is not there, breaks off or is malformed for blank.
+  // Takes a text item, but takes a text that is not there, breaks off or is malformed for blank, and
+  // so everything behind it.
   void text_or_blank(std::span<char> value);
 
  private:

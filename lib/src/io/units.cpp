@@ -64,10 +64,9 @@ void connect_output(int fid, std::string_view name, bool keep_content) {
 
 }  // namespace
 
-void open_existing(int fid, std::string_view name, Position position) {
+void open_existing(int fid, std::string_view name) {
   const int error = connect_input(fid, name);
   if (error != 0) stop_at_open(name, "a file that can be read", error);
-  if (position == Position::behind_last_record) input(fid).go_to_end();
 }
 
 int try_open_existing(int fid, std::string_view name) { return connect_input(fid, name); }
@@ -111,6 +110,8 @@ void pass_over_lines(int fid, int count, std::string_view what) {
 bool step_back(int fid) { return input(fid).step_back(); }
 
 void rewind(int fid) { input(fid).rewind(); }
+
+void go_to_end(int fid) { input(fid).go_to_end(); }
 
 std::string_view name(int fid) { return input(fid).name(); }
 

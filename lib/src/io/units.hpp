@@ -14,11 +14,9 @@ namespace io {
 // The unit of standard input: always connected, read from where its last reader left it.
 inline constexpr int standard_input = 5;
 
-enum class Position { first_record, behind_last_record };
-
 // Opens a file that must exist for reading. Trailing blanks of a name are not part of it. A file
 // that cannot be opened, or a directory, is a fatal stop with the system's reason.
-void open_existing(int fid, std::string_view name, Position position = Position::first_record);
+void open_existing(int fid, std::string_view name);
 
 // The same, but the result says how it went: 0 or the system's error number. Nothing is open then.
 int try_open_existing(int fid, std::string_view name);
@@ -51,6 +49,9 @@ void pass_over_lines(int fid, int count, std::string_view what);
 bool step_back(int fid);
 
 void rewind(int fid);
+
+// Goes behind the last record, for searches backwards.
+void go_to_end(int fid);
 
 // The file's name, and the number of the record that was read last.
 std::string_view name(int fid);

@@ -1,0 +1,151 @@
+#include "flib/qm_file_nbasis_nbsuse.hpp"
+
+#include "flib/qm_file.hpp"
+#include "flib/search_word.hpp"
+#include "io/free_form.hpp"
+#include "io/units.hpp"
+
+namespace flib {
+
+namespace {
+
+struct Counts {
+  int &na, &nb, &nbasis, &nbsuse;
+};
+
+// Reads the counts from an open file; true when all that its kind holds were found.
+using ReadCounts = bool (*)(int fid, const Counts& counts);
+
+// Finds the next line with the text and reads its last field.
+bool read_last_field(int fid, std::string_view text, int& value) {
+  io::Line line;
+  if (!search_word_free(fid, text, line)) return false;
+  std::string_view content = line.content();
+  content = content.substr(0, content.find_last_not_of(" \t,/") + 1);
+  const std::size_t before = content.find_last_of(" \t,");
+  value = integer_behind_items(fid, content.substr(before + 1), 0, text);
+  return true;
+}
+
+bool read_checkpoint(int fid, const Counts& counts) {
+  int coefficients = 0;  // tells that the file goes on to the orbitals
+  return read_last_field(fid, "Number of alpha electrons", counts.na) &&
+         read_last_field(fid, "Number of beta electrons", counts.nb) &&
+         read_last_field(fid, "Number of basis functions", counts.nbasis) &&
+         read_last_field(fid, "Number of independent functions", counts.nbsuse) &&
+         read_last_field(fid, "Alpha MO coefficients", coefficients);
+}
+
+bool read_log(int fid, const Counts& counts) {
+  io::Line line;
+  if (!search_word_back(fid, 16, 21, "RedAO=", line)) return false;
+  counts.nbasis = integer_behind_items(fid, line.padded(), 1, "NBasis");
+  io::FreeForm answer(io::standard_input);
+  answer.skip_words(1, {"NBsUse"});
+  answer.integer(counts.nbsuse, {"NBsUse"});
+  if (!search_word_back(fid, 16, 19, "NAE=", line)) return false;
+  io::FreeForm items(fid, line.padded());
+  items.skip_words(1, {"NBasis"});
+  items.integer(counts.nbasis, {"NBasis"});
+  items.skip_words(1, {"NAE"});
+  items.integer(counts.na, {"NAE"});
+  items.skip_words(1, {"NBE"});
+  items.integer(counts.nb, {"NBE"});
+  return true;
+}
+
+// A count that stands behind a text in fixed columns.
+struct CountLine {
+  std::string_view text;
+  int first, last;
+};
+
+// As NWChem prints them: electrons before the basis (DFT), or the basis before the shells (HF).
+constexpr CountLine alpha_electrons = {"Alpha electrons :", 12, 28};
+constexpr CountLine beta_electrons = {"Beta electrons :", 13, 28};
+constexpr CountLine ao_basis = {"AO basis - number of functions:", 11, 41};
+constexpr CountLine functions = {"functions       =", 3, 19};
+constexpr CountLine closed_shells = {"closed shells   =", 3, 19};
+constexpr CountLine open_shells = {"open shells     =", 3, 19};
+// As Turbomole prints them; its later tables of that kind are auxiliary basis sets.
+constexpr CountLine basis_functions = {"number of basis functions   :", 2, 30};
+constexpr CountLine scf_basis = {"total number of SCF-basis functions       :", 4, 46};
+
+// Reads the count if the line is of that form.
+bool read_count(int fid, const io::Line& line, const CountLine& form, int& value) {
+  if (!holds_in_columns(line.padded(), form.first, form.last, form.text)) return false;
+  value = integer_behind_mark(fid, line.padded(), form.text, form.text);
+  return true;
+}
+
+// The lines behind the number of functions, up to a blank one.
+void read_shells(int fid, const Counts& counts) {
+  io::Line line;
+  while (io::read_line(fid, line) == io::read_ok && !line.content().empty()) {
+    int unpaired = 0;
+    if (read_count(fid, line, closed_shells, counts.na)) counts.nb = counts.na;
+    if (read_count(fid, line, open_shells, unpaired)) counts.na += unpaired;
+  }
+}
+
+bool read_nwchem(int fid, const Counts& counts) {
+  io::Line line;
+  while (io::read_line(fid, line) == io::read_ok) {
+    read_count(fid, line, alpha_electrons, counts.na);
+    read_count(fid, line, beta_electrons, counts.nb);
+    if (read_count(fid, line, ao_basis, counts.nbasis)) return true;
+    if (read_count(fid, line, functions, counts.nbasis)) {
+      read_shells(fid, counts);
+      return true;
+    }
+  }
+  return false;
+}
+
+bool read_turbomole(int fid, const Counts& counts) {
+  io::Line line;
+  while (io::read_line(fid, line) == io::read_ok) {
+    if (read_count(fid, line, basis_functions, counts.nbasis) ||
+        read_count(fid, line, scf_basis, counts.nbasis)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool read_nothing(int /*fid*/, const Counts& /*counts*/) { return false; }
+
+struct Row {
+  std::string_view label;
+  ReadCounts read_counts;
+  bool from_end;  // the file is searched backwards
+};
+
+// The files of the kinds that read nothing hold no count of basis functions.
+constexpr Row rows[] = {
+    {"GAUSSIAN FCHK", read_checkpoint, false},
+    {"GAUSSIAN LOG", read_log, true},
+    {"CHEMSHELL", read_nothing, false},
+    {"CIF", read_nothing, false},
+    {"MOLPRO", read_nothing, false},
+    {"ZANDORCE", read_nothing, false},
+    {"NWCHEM", read_nwchem, false},
+    {"PWOUT", read_nothing, false},
+    {"TURBOMOLE", read_turbomole, false},
+};
+
+}  // namespace
+
+void qm_file_nbasis_nbsuse(std::string_view fname, int& na, int& nb, int& nbasis, int& nbsuse,
+                           int& info) {
+  const ProbedFile file = open_probed_file(fname, info);
+  info = -1;
+  for (const Row& row : rows) {
+    if (row.label != file.file_type.content()) continue;
+    if (row.from_end) io::go_to_end(file.fid);
+    if (row.read_counts(file.fid, {na, nb, nbasis, nbsuse})) info = 0;
+  }
+  io::close(file.fid);
+}
+
+}  // namespace flib

@@ -1,0 +1,90 @@
+// zandor_probe: says of quantum-chemistry files which program wrote them, and what sizes they hold.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "file_facts.hpp"
+#include "io/fatal.hpp"
+
+const char* const io::program_name = "zandor_probe";
+
+namespace {
+
+using Record = nlohmann::ordered_json;
+
+// Exit statuses; the larger outranks the smaller.
+constexpr int recognised = 0;
+constexpr int not_recognised = 1;
+constexpr int not_read = 2;
+
+Record record_of(const std::string& name, const probe::FileFacts& facts) {
+  Record record;
+  record["file"] = name;
+  if (!facts.type.empty()) record["type"] = facts.type;
+  if (!facts.version.empty()) record["version"] = facts.version;
+  record["info"] = facts.info;
+  record["oniom"] = facts.oniom;
+  for (const auto& [key, count] : facts.counts) record[key] = count;
+  return record;
+}
+
+std::string shown(const Record& value) {
+  if (value.is_boolean()) return value.get<bool>() ? "T" : "F";
+  if (value.is_string()) return io::printable(value.get<std::string>());
+  return value.dump();
+}
+
+void print(const Record& record, bool as_json, bool first) {
+  if (as_json) {
+    std::cout << record.dump(-1, ' ', false, Record::error_handler_t::replace) << '\n';
+    return;
+  }
+  if (!first) std::cout << '\n';
+  for (const auto& [key, value] : record.items()) std::cout << key << " = " << shown(value) << '\n';
+}
+
+int report_files(const std::vector<std::string>& names, bool as_json) {
+  int status = recognised;
+  bool first = true;
+  for (const std::string& name : names) {
+    if (name == "-") {
+      io::report({name}, "expected the name of a file, found '-' (standard input is not read)");
+      status = not_read;
+      continue;
+    }
+    const auto facts = probe::probe_file(name);
+    if (!facts) {
+      status = not_read;
+      continue;
+    }
+    if (!facts->warning.empty()) {
+      std::cerr << facts->warning;
+      status = std::max(status, not_recognised);
+    }
+    print(record_of(name, *facts), as_json, first);
+    std::cout.flush();
+    first = false;
+  }
+  if (!std::cout) io::fatal_stop({"standard output"}, "cannot write the results");
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  io::report_exhausted_resources();
+  CLI::App app(
+      "Says of each file which quantum-chemistry program wrote it and what sizes it holds.\n"
+      "Exit status: 0 all files recognised, 1 some not, 2 some could not be read.");
+  std::vector<std::string> names;
+  bool as_json = false;
+  app.add_option("FILE", names, "files to look at")->required();
+  app.add_flag("--json", as_json, "one JSON object per line");
+  app.set_version_flag("--version", "zandor_probe " ZANDOR_VERSION);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : not_read;
+  }
+  return report_files(names, as_json);
+}
