@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <random>
 #include <vector>
 
 #include "flib/array.hpp"
+#include "flib/kernels.hpp"
+#include "flib/plain_ddiag.hpp"
 
 namespace {
 
@@ -17,12 +21,15 @@ struct Solution {
 
 constexpr double untouched = -77.0;
 
+Solution blank_solution(int nm, int n) {
+  const auto order = static_cast<std::size_t>(n);
+  return {std::vector<double>(order), std::vector<double>(order),
+          std::vector<double>(static_cast<std::size_t>(nm) * order, untouched), 0};
+}
+
 // Diagonalises the leading n x n block of a symmetric matrix stored with nm rows.
 Solution solve(int nm, int n, const std::vector<double>& a) {
-  const auto rows = static_cast<std::size_t>(nm);
-  const auto order = static_cast<std::size_t>(n);
-  Solution s{std::vector<double>(order), std::vector<double>(order),
-             std::vector<double>(rows * order, untouched), 0};
+  Solution s = blank_solution(nm, n);
   flib::tred2e(nm, n, a.data(), s.d.data(), s.e.data(), s.z.data());
   flib::tql2e(nm, n, s.d.data(), s.e.data(), s.z.data(), s.ierr);
   return s;
@@ -50,28 +57,73 @@ void expect_eigenpairs(int nm, int n, std::vector<double> a, Solution s, double 
   }
 }
 
+// A symmetric matrix of one of several kinds, stored with nm rows; its upper triangle must not be
+// read.
+constexpr int kinds = 6;
+std::vector<double> make_matrix(int nm, int n, int kind, std::mt19937& random) {
+  std::uniform_real_distribution<double> number(-1.0, 1.0);
+  std::vector<double> a(static_cast<std::size_t>(nm) * static_cast<std::size_t>(n), 1e300);
+  const flib::ArrayView<double, 2> matrix(a.data(), {nm, n});
+  for (int j = 1; j <= n; ++j) {
+    for (int i = j; i <= n; ++i) {
+      double& element = matrix(i, j) = number(random);
+      if (kind == 1)
+        element = 1e-4 * element + (i == j ? 100000.0 : 0.0);      // as the driver shifts it
+      if (kind == 2) element = 1.0;                                // all but one equal
+      if (kind == 3 && (i % 3 == 0 || j % 3 == 0)) element = 0.0;  // zero rows
+      if (kind == 4) element *= 1e-160;
+      if (kind == 5 && (i - 1) / 7 != (j - 1) / 7) element = -0.0;  // blocks: sweeps of all lengths
+    }
+  }
+  return a;
+}
+
 TEST(ddiag, solves_matrices_of_every_kind) {
   std::mt19937 random(3);
-  std::uniform_real_distribution<double> number(-1.0, 1.0);
   for (const int n : {1, 2, 3, 7, 24}) {
-    const int nm = n + 3;
-    for (int kind = 0; kind < 5; ++kind) {
-      std::vector<double> a(static_cast<std::size_t>(nm) * static_cast<std::size_t>(n), 1e300);
-      const flib::ArrayView<double, 2> matrix(a.data(), {nm, n});
-      for (int j = 1; j <= n; ++j) {
-        for (int i = j; i <= n; ++i) {
-          matrix(i, j) = number(random);
-          if (kind == 1) matrix(i, j) += i == j ? 100000.0 : 0.0;  // as the driver shifts it
-          if (kind == 2) matrix(i, j) = 1.0;                       // all but one eigenvalue equal
-          if (kind == 3 && (i % 3 == 0 || j % 3 == 0)) matrix(i, j) = 0.0;  // zero rows
-          if (kind == 4) matrix(i, j) *= 1e-160;
-        }
-      }
-      const double norm = (kind == 4 ? 1e-160 : kind == 1 ? 1e5 : 1.0) * n;
+    for (int kind = 0; kind < kinds; ++kind) {
+      const int nm = n + 3;
+      const std::vector<double> a = make_matrix(nm, n, kind, random);
       const Solution s = solve(nm, n, a);
-      expect_eigenpairs(nm, n, a, s, norm);
+      expect_eigenpairs(nm, n, a, s, (kind == 4 ? 1e-160 : kind == 1 ? 1e5 : 1.0) * n);
       for (std::size_t i = static_cast<std::size_t>(n); i < static_cast<std::size_t>(nm); ++i) {
         EXPECT_EQ(s.z[i], untouched) << "rows beyond n are not written";
+      }
+    }
+  }
+}
+
+bool same_bits(const std::vector<double>& a, const std::vector<double>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](double x, double y) {
+    return std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(y) ||
+           (std::isnan(x) && std::isnan(y));
+  });
+}
+
+// Blocks, panels, waves and registers of every width against the formulas element by element, with
+// sizes around every block size, and with a NaN that keeps the iteration from converging.
+TEST(ddiag, equals_the_textbook_order_bit_for_bit) {
+  std::mt19937 random(4);
+  for (const int n : {1, 2, 5, 8, 9, 15, 31, 33, 63, 64, 65, 66, 100, 131, 150}) {
+    for (int kind = 0; kind <= kinds; ++kind) {
+      const int nm = n + n % 3;
+      std::vector<double> a = make_matrix(nm, n, kind, random);
+      if (kind == kinds)
+        a[static_cast<std::size_t>(n / 2) * static_cast<std::size_t>(nm + 1)] = NAN;
+      Solution plain = blank_solution(nm, n);
+      plain::tred2e(nm, n, a.data(), plain.d.data(), plain.e.data(), plain.z.data());
+      const Solution reduced = plain;
+      plain::tql2e(nm, n, plain.d.data(), plain.e.data(), plain.z.data(), plain.ierr);
+      for (const flib::Kernels* const* kernels = flib::usable_kernels(); *kernels; ++kernels) {
+        const std::string which =
+            std::to_string(n) + " of kind " + std::to_string(kind) + ", " + (*kernels)->name;
+        Solution s = blank_solution(nm, n);
+        flib::tred2e(**kernels, nm, n, a.data(), s.d.data(), s.e.data(), s.z.data());
+        EXPECT_TRUE(same_bits(s.d, reduced.d) && same_bits(s.e, reduced.e)) << which;
+        EXPECT_TRUE(same_bits(s.z, reduced.z)) << which;
+        flib::tql2e(**kernels, nm, n, s.d.data(), s.e.data(), s.z.data(), s.ierr);
+        EXPECT_TRUE(same_bits(s.d, plain.d) && same_bits(s.z, plain.z)) << which;
+        EXPECT_EQ(s.ierr, plain.ierr) << which;
       }
     }
   }
@@ -95,7 +147,7 @@ TEST(ddiag, keeps_the_signs_of_the_published_routines) {
 
 TEST(ddiag, reports_what_does_not_converge) {
   std::vector<double> a(16, 0.5);
-  a[6] = std::nan("");
+  a[6] = NAN;
   EXPECT_GT(solve(4, 4, a).ierr, 0);
 }
 

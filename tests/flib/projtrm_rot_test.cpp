@@ -9,6 +9,7 @@
 #include "flib/array.hpp"
 #include "flib/com.hpp"
 #include "flib/formtrm1.hpp"
+#include "flib/kernels.hpp"
 #include "flib/rotn.hpp"
 
 namespace {
@@ -88,6 +89,25 @@ TEST(projtrm_rot, removes_the_motions_exactly_in_principal_axes_only) {
         EXPECT_GT(residue, 1e-3) << molecule.name << ", motion " << k << ": not orthogonalised";
       }
     }
+  }
+}
+
+TEST(projtrm_rot, multiplies_in_the_order_of_the_inner_index) {
+  const int n = 37;
+  std::vector<double> a(n * n), b(n * n), plain(n * n), product(n * n),
+      panel(flib::multiply_rows * n);
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    a[i] = std::sin(static_cast<double>(i * i));
+    b[i] = std::exp(std::cos(static_cast<double>(i)) * 20);
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t j = 0; j < n; ++j) {
+      for (std::size_t k = 0; k < n; ++k) plain[j * n + i] += a[k * n + i] * b[j * n + k];
+    }
+  }
+  for (const flib::Kernels* const* kernels = flib::usable_kernels(); *kernels; ++kernels) {
+    (*kernels)->multiply(n, a.data(), b.data(), product.data(), panel.data());
+    EXPECT_EQ(product, plain) << (*kernels)->name;
   }
 }
 

@@ -5,6 +5,8 @@
 
 namespace flib {
 
+struct Kernels;
+
 // Reduces a symmetric matrix to tridiagonal form and accumulates the transformation.
 //   nm  rows of the arrays a and z as stored, nm >= n (in)
 //   n   order of the matrix (in)
@@ -21,5 +23,11 @@ void tred2e(const int& nm, const int& n, const double* a, double* d, double* e, 
 //   ierr  0, or the index of the eigenvalue that did not converge in 30 iterations: the ones before
 //         it are right but not sorted (out)
 void tql2e(const int& nm, const int& n, double* d, double* e, double* z, int& ierr);
+
+// The same with given kernels instead of the best ones of this processor, bit for bit.
+void tred2e(const Kernels& kernels, const int& nm, const int& n, const double* a, double* d,
+            double* e, double* z);
+void tql2e(const Kernels& kernels, const int& nm, const int& n, double* d, double* e, double* z,
+           int& ierr);
 
 }  // namespace flib
