@@ -7,6 +7,7 @@
 #include "flib/ddiag.hpp"
 #include "flib/fc_to_fcm.hpp"
 #include "flib/projtrm_rot.hpp"
+#include "flib/triangle.hpp"
 
 namespace zandor {
 
@@ -30,14 +31,13 @@ void differentiate_forces(RunData& run) {
   }
 }
 
-void symmetrise(const Matrix& hess, int n3) {
-  for (int ih = 1; ih <= n3; ++ih) {
-    for (int jh = 1; jh <= ih; ++jh) {
-      const double average = (hess(jh, ih) + hess(ih, jh)) / 2.0;
-      hess(jh, ih) = average;
-      hess(ih, jh) = average;
-    }
-  }
+// Both elements become the average, with its sign turned: forces become force constants.
+void symmetrise_and_negate(double* hess, std::ptrdiff_t n) {
+  flib::for_each_in_upper_triangle(n, [&](std::ptrdiff_t j, std::ptrdiff_t i) {
+    const double average = (hess[i * n + j] + hess[j * n + i]) / 2.0;
+    hess[i * n + j] = -average;
+    hess[j * n + i] = -average;
+  });
 }
 
 void require_finite(const Matrix& matrix, int n3, const char* what) {
@@ -101,11 +101,9 @@ void form_displacements(const RunData& run, const Matrix& c, double* disp) {
 
 void assemble_force_constants(RunData& run) {
   differentiate_forces(run);
-  symmetrise(run.hess, run.n3);
-  double* const hess = run.hess.data();
-  for (std::size_t i = 0; i < run.hess.size(); ++i) hess[i] = -hess[i];
+  symmetrise_and_negate(run.hess.data(), run.n3);
   require_finite(run.hess, run.n3, "force constants");
-  std::copy_n(hess, run.hess.size(), run.hessp.data());
+  std::copy_n(run.hess.data(), run.hess.size(), run.hessp.data());
 }
 
 void analyse_vibrations(RunData& run) {

@@ -1,6 +1,6 @@
 #include "flib/fc_to_fcm.hpp"
 
-#include "flib/array.hpp"
+#include "flib/triangle.hpp"
 
 namespace flib {
 
@@ -15,17 +15,16 @@ void fc_to_fcm(const int& n3, const double* sqtmass, double* fc, double* fcm, co
     info = -2;
     return;
   }
-  const ArrayView<const double, 1> root(sqtmass, {n3});
-  const ArrayView<double, 2> cartesian(fc, {n3, n3});
-  const ArrayView<double, 2> weighted(fcm, {n3, n3});
-  const ArrayView<double, 2>& result = direction == 1 ? weighted : cartesian;
-  for (int i = 1; i <= n3; ++i) {
-    for (int j = 1; j <= i; ++j) {
-      result(j, i) = direction == 1 ? cartesian(j, i) / root(j) / root(i)
-                                    : root(i) * (weighted(j, i) * root(j));
-      if (i != j) result(i, j) = result(j, i);
-    }
-  }
+  const std::ptrdiff_t n = n3;
+  const double* const from = direction == 1 ? fc : fcm;
+  double* const to = direction == 1 ? fcm : fc;
+  for_each_in_upper_triangle(n, [&](std::ptrdiff_t j, std::ptrdiff_t i) {
+    const double value = from[i * n + j];
+    const double converted =
+        direction == 1 ? value / sqtmass[j] / sqtmass[i] : sqtmass[i] * (value * sqtmass[j]);
+    to[i * n + j] = converted;
+    to[j * n + i] = converted;
+  });
 }
 
 }  // namespace flib
