@@ -22,10 +22,10 @@ namespace {
 // The items of the next line that holds `keyword`, behind its first two fields. Letter case counts,
 // blanks do not.
 io::FreeForm values_of(int fid, std::string_view keyword, io::Line& line) {
-  const long long line_before = io::line_number(fid);
+  const std::int64_t before = io::position(fid);
   if (!flib::search_word_del_space(fid, keyword, line)) {
     io::report({io::name(fid)}, "no line holds '" + std::string(keyword) + "' after line " +
-                                    std::to_string(line_before));
+                                    std::to_string(io::line_number(fid, before)));
     flib::miss_keyword(keyword);
   }
   io::FreeForm items(fid, line.padded());

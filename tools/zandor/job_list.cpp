@@ -44,12 +44,12 @@ void read_sizes(RunData& run) {
 }
 
 void find_job_section() {
-  const long long line_before = io::line_number(input_unit);
+  const std::int64_t before = io::position(input_unit);
   io::Line line;
   if (!flib::search_word(input_unit, 1, 15, section_marker, line)) {
     io::fatal_stop({job_list_name}, "no line holds '" + std::string(section_marker) +
                                         "' in columns 1-15 after line " +
-                                        std::to_string(line_before));
+                                        std::to_string(io::line_number(input_unit, before)));
   }
 }
 

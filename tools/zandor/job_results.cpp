@@ -24,11 +24,12 @@ constexpr const char* dipole_header =
 constexpr const char* forces_header = "Center Atomic Forces (Hartrees/Bohr)";
 
 void find_block(const char* header, int job) {
-  const long long line_before = io::line_number(input_unit);
+  const std::int64_t before = io::position(input_unit);
   io::Line line;
   if (!flib::search_word_free(input_unit, header, line)) {
     io::fatal_stop({io::name(input_unit)}, "no line holds '" + std::string(header) +
-                                               "' after line " + std::to_string(line_before) +
+                                               "' after line " +
+                                               std::to_string(io::line_number(input_unit, before)) +
                                                " (job " + std::to_string(job) + ")");
   }
 }

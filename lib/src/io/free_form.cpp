@@ -88,7 +88,25 @@ bool FreeForm::optional_integer(int& value, const Subject& subject) {
   return true;
 }
 
+// Takes the next item if it is a plain decimal behind nothing but blanks, as nearly all numbers
+// are.
+bool FreeForm::take_plain_decimal(double& value) {
+  if (repeats_left_ > 0 || slash_met_) return false;
+  cursor_.skip_blanks();
+  const std::string_view rest = cursor_.rest();
+  const std::size_t size = scan_decimal(rest, value);
+  if (size == 0 || (size < rest.size() && !ends_word(rest[size], Grammar::free_form))) return false;
+  cursor_.skip(size);
+  value_taken_ = true;
+  return true;
+}
+
 void FreeForm::real(double& value, const Subject& subject) {
+  double plain = 0.0;
+  if (take_plain_decimal(plain)) {
+    value = plain;
+    return;
+  }
   if (!next_item(Type::real, subject, "number")) stop_without_value(subject, "number");
   if (item_.kind != Item::Kind::word || !parse_real(item_.word, value)) {
     stop_at_item(subject, "number");

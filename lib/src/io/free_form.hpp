@@ -40,13 +40,14 @@ class FreeForm {
   // Takes text items and drops them.
   void skip_words(int count, const Subject& subject);
 
-  // Takes a text item, but takes a text that is not there, breaks off or is malformed for blank, and
-  // so everything behind it.
+  // Takes a text item, but takes a text that is not there, breaks off or is malformed for blank,
+  // and so everything behind it.
   void text_or_blank(std::span<char> value);
 
  private:
   enum class Type { none, integer, real, logical, text };
 
+  bool take_plain_decimal(double& value);
   bool find_item();
   bool next_item(Type type, const Subject& subject, std::string_view expected);
   [[noreturn]] void stop(const Place& place, const Subject& subject, std::string_view expected,

@@ -31,10 +31,6 @@ std::string_view without_line_end(std::string_view record) {
   return record;
 }
 
-long long count_line_ends(std::string_view text) {
-  return std::count(text.begin(), text.end(), '\n');
-}
-
 }  // namespace
 
 int InputFile::open(const std::string& name) {
@@ -62,8 +58,8 @@ void InputFile::attach(int descriptor, const std::string& name) {
   name_ = name;
   used_ = 0;
   start_ = next_ = 0;
-  at_end_ = hit_end_ = counted_from_end_ = false;
-  passed_ = 0;
+  at_end_ = hit_end_ = false;
+  counted_to_ = counted_ = 0;
 }
 
 void InputFile::close() {
@@ -127,7 +123,6 @@ int InputFile::read_record(std::string_view& record) {
       const std::string_view whole =
           text.substr(0, line_end == std::string_view::npos ? text.size() : line_end + 1);
       next_ += static_cast<std::int64_t>(whole.size());
-      ++passed_;
       record = without_line_end(whole);
       return read_ok;
     }
@@ -150,10 +145,7 @@ std::size_t InputFile::pass_record() {
     const std::size_t size = line_end == std::string_view::npos ? text.size() : line_end + 1;
     next_ += static_cast<std::int64_t>(size);
     passed += size;
-    if (line_end != std::string_view::npos || (at_end_ && passed > 0)) {
-      ++passed_;
-      return passed;
-    }
+    if (line_end != std::string_view::npos || (at_end_ && passed > 0)) return passed;
     if (at_end_) {
       hit_end_ = true;
       return 0;
@@ -174,7 +166,6 @@ int InputFile::read_line(std::span<char> line) {
   if (line_end != std::string_view::npos) {
     assign(line, without_line_end(head.substr(0, line_end + 1)));
     next_ += static_cast<std::int64_t>(line_end) + 1;
-    ++passed_;
     return read_ok;
   }
   if (text.empty()) {
@@ -193,7 +184,6 @@ bool InputFile::step_back() {
   }
   if (next_ == 0) return false;
   next_ = record_start_before(next_);
-  --passed_;
   if (next_ < start_ || next_ > start_ + static_cast<std::int64_t>(used_)) load(next_);
   return true;
 }
@@ -219,8 +209,7 @@ std::int64_t InputFile::record_start_before(std::int64_t offset) {
 
 void InputFile::rewind() {
   next_ = 0;
-  passed_ = 0;
-  hit_end_ = counted_from_end_ = false;
+  hit_end_ = false;
   if (start_ != 0) load(0);
 }
 
@@ -229,8 +218,6 @@ void InputFile::go_to_end() {
   const std::int64_t end =
       seekable_ ? ::lseek(descriptor_, 0, SEEK_END) : static_cast<std::int64_t>(used_);
   next_ = end;
-  passed_ = 0;
-  counted_from_end_ = true;
   hit_end_ = false;
   load(std::max<std::int64_t>(0, end - (static_cast<std::int64_t>(block_size) - forward_reach)));
 }
@@ -281,7 +268,6 @@ void InputFile::pass_records(std::string_view records, std::span<char> last) {
   const std::size_t begin = line_end == std::string_view::npos ? 0 : line_end + 1;
   assign(last, without_line_end(records.substr(begin)));
   next_ += static_cast<std::int64_t>(records.size());
-  passed_ += count_line_ends(records) + (ended ? 0 : 1);
 }
 
 int InputFile::read_line_holding(std::string_view word, bool any_case, std::span<char> line) {
@@ -304,19 +290,25 @@ int InputFile::read_line_holding(std::string_view word, bool any_case, std::span
   }
 }
 
-long long InputFile::line_number() {
-  if (!counted_from_end_) return passed_;
-  const std::int64_t position = next_;
-  const long long behind = passed_;
-  rewind();
-  while (next_ < position && pass_record() > 0) {
+long long InputFile::line_number(std::int64_t position) {
+  if (position < counted_to_) counted_to_ = counted_ = 0;
+  char block[4096];
+  std::string_view text;
+  while (counted_to_ < position) {
+    if (counted_to_ >= start_ && counted_to_ < start_ + static_cast<std::int64_t>(used_)) {
+      text = window().substr(static_cast<std::size_t>(counted_to_ - start_));
+    } else {
+      const ssize_t got = ::pread(descriptor_, block, sizeof block, counted_to_);
+      if (got <= 0) break;  // the file has shrunk
+      text = {block, static_cast<std::size_t>(got)};
+    }
+    text = text.substr(0, static_cast<std::size_t>(position - counted_to_));
+    counted_ += std::count(text.begin(), text.end(), '\n');
+    counted_to_ += static_cast<std::int64_t>(text.size());
+    last_counted_ = text.back();
   }
-  const long long number = passed_;
-  next_ = position;
-  load(position);
-  passed_ = behind;
-  counted_from_end_ = true;
-  return number;
+  // The last line may lack its end.
+  return counted_ + (counted_to_ > 0 && last_counted_ != '\n' ? 1 : 0);
 }
 
 }  // namespace io

@@ -47,8 +47,12 @@ class InputFile {
   int read_line_holding(std::string_view word, bool any_case, std::span<char> line);
 
   const std::string& name() const { return name_; }
-  // The number of the record that was read last. May read the file to find it out.
-  long long line_number();
+  // A place between records, and the number of the record that ends there. The lines are counted
+  // only when asked for, which may read the file again.
+  std::int64_t position() const { return next_; }
+  long long line_number(std::int64_t position);
+  // The number of the record that was read last.
+  long long line_number() { return line_number(next_); }
 
  private:
   std::string_view window() const { return {buffer_.data(), used_}; }
@@ -71,16 +75,16 @@ class InputFile {
   bool owned_ = false;
   bool seekable_ = false;
   std::string name_;
-  std::vector<char> buffer_;   // kept from one file to the next
-  std::vector<char> lowered_;  // a copy of the records being searched in any case
-  std::size_t used_ = 0;       // bytes of the file in the buffer
-  std::int64_t start_ = 0;     // file offset of the first byte in the buffer
-  std::int64_t next_ = 0;      // file offset of the next record
-  bool at_end_ = false;        // no byte of the file lies behind the window
-  bool hit_end_ = false;       // the last read found nothing left
-  // Records before next_; counted from the end of the file (0 or less) after go_to_end().
-  long long passed_ = 0;
-  bool counted_from_end_ = false;
+  std::vector<char> buffer_;     // kept from one file to the next
+  std::vector<char> lowered_;    // a copy of the records being searched in any case
+  std::size_t used_ = 0;         // bytes of the file in the buffer
+  std::int64_t start_ = 0;       // file offset of the first byte in the buffer
+  std::int64_t next_ = 0;        // file offset of the next record
+  bool at_end_ = false;          // no byte of the file lies behind the window
+  bool hit_end_ = false;         // the last read found nothing left
+  std::int64_t counted_to_ = 0;  // line ends before this offset have been counted
+  long long counted_ = 0;
+  char last_counted_ = '\n';
 };
 
 }  // namespace io

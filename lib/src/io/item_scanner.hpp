@@ -25,6 +25,9 @@ class RecordCursor {
   bool at_end() const { return position_ >= record_.size(); }
   char peek() const { return record_[position_]; }
   void advance() { ++position_; }
+  void skip_blanks() {
+    while (!at_end() && (peek() == ' ' || peek() == '\t')) advance();
+  }
   std::string_view rest() const { return record_.substr(position_); }
   void skip(std::size_t count) { position_ += count; }
 

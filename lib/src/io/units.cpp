@@ -117,6 +117,10 @@ std::string_view name(int fid) { return input(fid).name(); }
 
 long long line_number(int fid) { return input(fid).line_number(); }
 
+std::int64_t position(int fid) { return input(fid).position(); }
+
+long long line_number(int fid, std::int64_t position) { return input(fid).line_number(position); }
+
 Place place(int fid) { return {name(fid), line_number(fid)}; }
 
 Place next_place(int fid) { return {name(fid), line_number(fid) + 1}; }

@@ -2,6 +2,7 @@
 // the library keeps between calls.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string_view>
 
@@ -56,6 +57,10 @@ void go_to_end(int fid);
 // The file's name, and the number of the record that was read last.
 std::string_view name(int fid);
 long long line_number(int fid);
+
+// A place between records to name later: the number of the record that ends there.
+std::int64_t position(int fid);
+long long line_number(int fid, std::int64_t position);
 
 // File name and number of the record read last, for messages.
 Place place(int fid);

@@ -1,7 +1,10 @@
 #include "io/values.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -106,6 +109,42 @@ bool parse_named_real(std::string_view token, double& value) {
   return true;
 }
 
+// Powers of ten that a double holds exactly.
+constexpr double exact_powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// Eight characters at once: whether all are digits, and the number they make. The first character
+// is the lowest byte, so this is for processors that store it first.
+bool are_eight_digits(std::uint64_t chars) {
+  const std::uint64_t high_halves = chars & 0xf0f0f0f0f0f0f0f0;
+  const std::uint64_t carried = (chars + 0x0606060606060606) & 0xf0f0f0f0f0f0f0f0;
+  return high_halves == 0x3030303030303030 && carried == 0x3030303030303030;
+}
+
+std::uint64_t number_of_eight_digits(std::uint64_t chars) {
+  const std::uint64_t digits = chars - 0x3030303030303030;
+  const std::uint64_t pairs = digits * 10 + (digits >> 8);
+  const std::uint64_t low = (pairs & 0x000000ff000000ff) * 0x000f424000000064;
+  const std::uint64_t high = (pairs >> 16 & 0x000000ff000000ff) * 0x0000271000000001;
+  return (low + high) >> 32;
+}
+
+// Takes digits at the head of a text into the significand; the result is the text behind them.
+const char* take_digits(const char* at, const char* end, std::uint64_t& significand) {
+  if constexpr (std::endian::native == std::endian::little) {
+    for (std::uint64_t chars = 0; end - at >= 8; at += 8) {
+      std::memcpy(&chars, at, 8);
+      if (!are_eight_digits(chars)) break;
+      significand = 100000000 * significand + number_of_eight_digits(chars);
+    }
+  }
+  for (; at < end && is_digit(*at); ++at) {
+    significand = 10 * significand + static_cast<std::uint64_t>(*at - '0');
+  }
+  return at;
+}
+
 }  // namespace
 
 bool parse_integer(std::string_view token, int& value) {
@@ -118,17 +157,33 @@ bool parse_integer(std::string_view token, int& value) {
   return true;
 }
 
+std::size_t scan_decimal(std::string_view text, double& value) {
+  const char* const begin = text.data();
+  const char* const end = begin + text.size();
+  const bool negative = !text.empty() && *begin == '-';
+  const char* const digits = begin + (negative ? 1 : 0);
+  std::uint64_t significand = 0;
+  const char* at = take_digits(digits, end, significand);
+  std::ptrdiff_t count = at - digits;
+  std::ptrdiff_t decimals = 0;
+  if (at < end && *at == '.') {
+    const char* const fraction = at + 1;
+    at = take_digits(fraction, end, significand);
+    decimals = at - fraction;
+    count += decimals;
+  }
+  // 19 digits cannot overflow the significand, and below 2**53 it is exact as a double.
+  if (count < 1 || count > 19 || significand >= std::uint64_t{1} << 53) return 0;
+  const double magnitude = static_cast<double>(significand) / exact_powers[decimals];
+  value = negative ? -magnitude : magnitude;
+  return static_cast<std::size_t>(at - begin);
+}
+
 bool parse_real(std::string_view token, double& value) {
-  // Nearly every number is spelled as from_chars wants it: one pass decides.
-  const std::size_t digit = !token.empty() && token.front() == '-' ? 1 : 0;
-  if (token.size() > digit && (is_digit(token[digit]) || token[digit] == '.')) {
-    double parsed = 0.0;
-    const char* const end = token.data() + token.size();
-    const auto result = std::from_chars(token.data(), end, parsed);
-    if (result.ec == std::errc{} && result.ptr == end) {
-      value = parsed;
-      return true;
-    }
+  double scanned = 0.0;
+  if (!token.empty() && scan_decimal(token, scanned) == token.size()) {
+    value = scanned;
+    return true;
   }
   RealParts parts;
   return split_real(token, parts) ? parse_split_real(parts, value) : parse_named_real(token, value);
