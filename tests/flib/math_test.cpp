@@ -24,8 +24,10 @@ TEST(ri_sum_d, resolves_terms_relative_to_the_largest) {
 }
 
 TEST(ri_sum_d, does_not_depend_on_the_order_of_terms) {
-  std::vector<double> terms;
-  for (int i = 0; i < 1000; ++i) terms.push_back(std::sin(i) * (i % 30));
+  std::vector<double> terms(1000);
+  for (std::size_t i = 0; i < 1000; ++i) {
+    terms[i] = std::sin(static_cast<double>(i)) * static_cast<double>(i % 30);
+  }
   const double forward = sum(terms);
   std::reverse(terms.begin(), terms.end());
   EXPECT_EQ(sum(terms), forward);

@@ -1,9 +1,9 @@
 // The program on input that is wrong in one place: one clear line, a status, no report.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <random>
 
+#include "io/values.hpp"
 #include "support/support.hpp"
 
 namespace {
@@ -14,129 +14,122 @@ using support::write_file;
 
 const fs::path good = fs::path(PROJECT_FOLDER) / "tests/zandor/cases/diatomic-dipoles";
 
+// A file of the good job directory, what is replaced in it by what, and the message behind
+// "zandor_gather: ". Without `from` the whole file is replaced: by nothing, a folder or a text.
 struct BadInput {
-  const char* name;
-  std::function<void()> spoil;
-  std::string message;  // behind "zandor_gather: "
+  const char *file, *from;
+  std::string to;
+  const char* message;
 };
+
+const std::string nothing = "(nothing)", folder = "(folder)";
+const char* const no_file = "expected a file that can be read, found: No such file or directory";
 
 const BadInput bad_inputs[] = {
-    {"control_missing", [] { fs::remove("control.inp"); },
-     "control.inp: expected a file that can be read, found: No such file or directory"},
-    {"control_directory",
-     [] {
-       fs::remove("control.inp");
-       fs::create_directory("control.inp");
-     },
-     "control.inp: expected a file that can be read, found: Is a directory"},
-    {"unknown_key", [] { edit_file("control.inp", "symm", "sym"); },
-     "control.inp:6: expected a key of the group (symm, qctype, fxyz, dx, task, std_orient, "
-     "disp_mode, disp_a, disp_sign), found 'sym'"},
-    {"list_missing", [] { fs::remove("files.out"); },
-     "files.out: expected a file that can be read, found: No such file or directory"},
-    {"atoms_malformed", [] { edit_file("files.out", "2\n", "2.0\n"); },
-     "files.out:1: expected the number of atoms (integer), found '2.0'"},
-    {"atoms_none", [] { edit_file("files.out", "2\n", "0\n"); },
-     "files.out:1: expected a number of atoms from 1 to 357913941, found 0"},
-    {"atoms_too_many", [] { edit_file("files.out", "2\n", "357913942\n"); },
-     "files.out:1: expected a number of atoms from 1 to 357913941, found 357913942"},
-    {"atoms_more_than_list", [] { edit_file("files.out", "2\n", "300000000\n"); },
-     "files.out:21: expected the atomic number of atom 3 (integer), found 'Name'"},
-    {"step_zero", [] { edit_file("files.out", "0.005", "0.000"); },
-     "files.out:3: expected a displacement step other than 0, found 0"},
-    {"step_infinite", [] { edit_file("files.out", "0.005", "inf 0"); },
-     "files.out:3: expected the displacement step (finite number), found 'inf'"},
-    {"marker_in_another_case", [] { edit_file("files.out", "Begin_zand", "begin_zand"); },
-     "files.out: no line holds 'Begin_zand_info' in columns 1-15 after line 3"},
-    {"operations_negative", [] { edit_file("files.out", "operations:    1", "operations: -1"); },
-     "files.out:9: expected a number of operations of 0 or more, found -1"},
-    {"operation_malformed", [] { edit_file("files.out", "1.000000", "1.00000x"); },
-     "files.out:12: expected a matrix element of operation 1 (number), found '1.00000x'"},
-    {"list_short", [] { edit_file("files.out", " 12 0012 T     12    1", ""); },
-     "files.out:35: expected the computed flag of job 12 (T or F), found 'list'"},
-    {"operation_out_of_range", [] { edit_file("files.out", "0003 T      3    1", "0003 F 4 2"); },
-     "files.out:25: expected an operation within 1..1 for the derived job 3, found 2"},
-    {"source_out_of_range", [] { edit_file("files.out", "0003 T      3    1", "0003 F 13 1"); },
-     "files.out:25: expected a source job within 0..12 for the derived job 3, found 13"},
-    {"source_null", [] { edit_file("files.out", "0003 T      3    1", "0003 F,,1"); },
-     "files.out:25: expected a source job and an operation for the derived job 3, found no value "
-     "between separators"},
-    {"image_out_of_range",
-     [] {
-       edit_file("files.out", "0003 T      3", "0003 F 4");
-       edit_file("files.out", "6     2", "6 3");
-     },
-     "files.out:18: expected an atom within 1..2 as the image of atom 2 under operation 1, found "
-     "3"},
-    {"sign_file_missing", [] { fs::remove("coord-0007.sgn"); },
-     "coord-0007.sgn: expected a file that can be read, found: No such file or directory"},
-    {"sign_file_of_other_size", [] { edit_file("coord-ref.sgn", "natom =    2", "natom = 3"); },
-     "coord-ref.sgn: expected natom = 2 as in files.out, found 3"},
-    {"log_missing", [] { fs::remove("coord-ref.log"); },
-     "coord-ref.log: expected a file that can be read, found: No such file or directory"},
-    {"log_empty", [] { write_file("coord-ref.log", ""); },
-     "coord-ref.log:1: expected the first line of the file, found an empty file"},
-    {"geometry_header_changed",
-     [] { edit_file("coord-ref.sgn", "Center  Atomic", "Center Atomic"); },
-     "coord-ref.sgn: no line holds 'Center  Atomic  Atomic    Atomic            Coordinates "
-     "(Angstroms)' after line 0 (job 0)"},
-    {"mass_negative", [] { edit_file("coord-ref.sgn", " 1.00783", "-1.00783"); },
-     "coord-ref.sgn:14: expected a mass above 0 for atom 1, found -1.007830"},
-    {"mass_infinite", [] { edit_file("coord-ref.sgn", " 1.00783", " Infinity"); },
-     "coord-ref.sgn:14: expected the mass of atom 1 (finite number), found 'Infinity'"},
-    {"input_without_digit", [] { write_file("coord-ref.com", "# opt\n\n-1 1\n H 0. 0. 0.\n"); },
-     "coord-ref.com:5: expected a line that begins with a digit (charge and multiplicity), found "
-     "the end of the file"},
-    {"dipole_null", [] { edit_file("coord-0001.sgn", "0.45436779", ",,"); },
-     "coord-0001.sgn:18: expected the transition dipole of job 1 (number), found no value "
-     "between separators"},
-    {"forces_missing", [] { edit_file("coord-0007.sgn", "Hartrees/Bohr", "hartrees/Bohr"); },
-     "coord-0007.sgn: no line holds 'Center Atomic Forces (Hartrees/Bohr)' after line 18 (job 7)"},
-    {"force_not_a_number", [] { edit_file("coord-0001.sgn", "0.0010067879", "NaN"); },
-     "coord-0001.sgn:21: expected the force on atom 1 (finite number), found 'NaN'"},
-    {"force_with_nul",
-     [] {
-       edit_file("coord-0001.sgn", "0.0010067879",
-                 std::string("1\0"
-                             "2",
-                             3));
-     },
-     "coord-0001.sgn:21: expected the force on atom 1 (number), found '1\\x002'"},
-    {"forces_short", [] { edit_file("coord-0001.sgn", "-0.0014159685\n End\n", ""); },
-     "coord-0001.sgn:23: expected the force on atom 2 (number), found the end of the file"},
-    {"job_name_with_nul",
-     [] {
-       edit_file("files.out", "1 0001",
-                 "1 " + std::string("0\0"
-                                    "1",
-                                    3));
-     },
-     "coord-0\\x001.sgn: expected a file that can be read, found: No such file or directory"},
-    {"report_on_full_disk", [] { fs::create_symlink("/dev/full", "zandor-es.out"); },
-     "zandor-es.out: cannot write: No space left on device"},
-    {"animation_unwritable", [] { fs::create_directory("vib.xyz"); },
-     "vib.xyz: expected a file that can be written, found: Is a directory"},
+    {"control.inp", nullptr, folder, "expected a file that can be read, found: Is a directory"},
+    {"control.inp", "symm", "sym",
+     "6: expected a key of the group (symm, qctype, fxyz, dx, task, std_orient, disp_mode, disp_a, "
+     "disp_sign), found 'sym'"},
+    {"files.out", nullptr, nothing, no_file},
+    {"files.out", "2\n", "2.0\n", "1: expected the number of atoms (integer), found '2.0'"},
+    {"files.out", "2\n", "0\n", "1: expected a number of atoms from 1 to 357913941, found 0"},
+    {"files.out", "2\n", "357913942\n",
+     "1: expected a number of atoms from 1 to 357913941, found 357913942"},
+    {"files.out", "2\n", "300000000\n",
+     "21: expected the atomic number of atom 3 (integer), found 'Name'"},
+    {"files.out", "0.005", "0.000", "3: expected a displacement step other than 0, found 0"},
+    {"files.out", "Begin_zand", "begin_zand",
+     "no line holds 'Begin_zand_info' in columns 1-15 after line 3"},
+    {"files.out", "operations:    1", "operations: -1",
+     "9: expected a number of operations of 0 or more, found -1"},
+    {"files.out", "1.000000", "1.00000x",
+     "12: expected a matrix element of operation 1 (number), found '1.00000x'"},
+    {"files.out", " 12 0012 T     12    1", "",
+     "35: expected the computed flag of job 12 (T or F), found 'list'"},
+    {"files.out", "0003 T      3    1", "0003 F 4 2",
+     "25: expected an operation within 1..1 for the derived job 3, found 2"},
+    {"files.out", "0003 T      3    1", "0003 F 13 1",
+     "25: expected a source job within 0..12 for the derived job 3, found 13"},
+    {"files.out", "0003 T      3    1", "0003 F,,1",
+     "25: expected a source job and an operation for the derived job 3, found no value between "
+     "separators"},
+    {"files.out", "6     2", "6 3", nullptr},  // an image that no derived job uses
+    {"coord-ref.sgn", "natom =    2", "natom = 3", "expected natom = 2 as in files.out, found 3"},
+    {"coord-ref.sgn", "Center  Atomic", "Center Atomic",
+     "no line holds 'Center  Atomic  Atomic    Atomic            Coordinates (Angstroms)' after "
+     "line 0 (job 0)"},
+    {"coord-ref.sgn", " 1.00783", "-1.00783",
+     "14: expected a mass above 0 for atom 1, found -1.007830"},
+    {"coord-ref.sgn", " 1.00783", " Infinity",
+     "14: expected the mass of atom 1 (finite number), found 'Infinity'"},
+    {"coord-ref.log", nullptr, nothing, no_file},
+    {"coord-ref.log", nullptr, "", "1: expected the first line of the file, found an empty file"},
+    {"coord-ref.com", nullptr, "# opt\n\n-1 1\n H 0. 0. 0.\n",
+     "5: expected a line that begins with a digit (charge and multiplicity), found the end of the "
+     "file"},
+    {"coord-0001.sgn", "0.45436779", ",,",
+     "18: expected the transition dipole of job 1 (number), found no value between separators"},
+    {"coord-0001.sgn", "0.0010067879", std::string("1\0002", 3),
+     "21: expected the force on atom 1 (number), found '1\\x002'"},
+    {"coord-0001.sgn", "-0.0014159685\n End\n", "",
+     "23: expected the force on atom 2 (number), found the end of the file"},
+    {"coord-0007.sgn", nullptr, nothing, no_file},
+    {"coord-0007.sgn", "Hartrees/Bohr", "hartrees/Bohr",
+     "no line holds 'Center Atomic Forces (Hartrees/Bohr)' after line 18 (job 7)"},
 };
 
-TEST(bad_input, is_named_in_one_line) {
+void spoil(const BadInput& bad) {
+  if (bad.from != nullptr) return edit_file(bad.file, bad.from, bad.to);
+  fs::remove(bad.file);
+  if (bad.to == folder) fs::create_directory(bad.file);
+  if (bad.to != folder && bad.to != nothing) write_file(bad.file, bad.to);
+}
+
+TEST(bad_input, is_named_in_one_line_and_leaves_no_results) {
   for (const BadInput& bad : bad_inputs) {
-    const support::TempFolder folder;
+    const support::TempFolder working_folder;
     fs::copy(good, ".");
-    bad.spoil();
+    spoil(bad);
     const support::Outcome outcome = support::run({ZANDOR_GATHER, "control.inp"});
-    EXPECT_EQ(outcome.err, "zandor_gather: " + bad.message + "\n") << bad.name;
-    EXPECT_EQ(outcome.out, "") << bad.name;
-    EXPECT_EQ(outcome.status, 2) << bad.name;
-    if (bad.name != std::string("animation_unwritable")) {
-      EXPECT_FALSE(fs::is_regular_file("zandor-es.out")) << bad.name;
-      EXPECT_FALSE(fs::exists("vib.xyz")) << bad.name;
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.status, bad.message != nullptr ? 2 : 0) << outcome.err;
+    if (bad.message == nullptr) continue;
+    const bool with_line = io::is_digit(bad.message[0]);
+    EXPECT_EQ(outcome.err, std::string("zandor_gather: ") + bad.file + (with_line ? ":" : ": ") +
+                               bad.message + "\n");
+    for (const char* result : {"zandor-es.out", "vib.xyz", "vibp.xyz"}) {
+      EXPECT_FALSE(fs::exists(result)) << outcome.err;
     }
-    EXPECT_FALSE(fs::exists("vibp.xyz")) << bad.name;
+  }
+}
+
+TEST(bad_input, of_an_image_that_a_derived_job_uses) {
+  const support::TempFolder working_folder;
+  fs::copy(good, ".");
+  edit_file("files.out", "0003 T      3", "0003 F 4");
+  edit_file("files.out", "6     2", "6 3");
+  EXPECT_EQ(
+      support::run({ZANDOR_GATHER, "control.inp"}).err,
+      "zandor_gather: files.out:18: expected an atom within 1..2 as the image of atom 2 under "
+      "operation 1, found 3\n");
+}
+
+TEST(bad_input, or_a_full_disk_stops_before_the_files_that_would_follow) {
+  for (const std::string result : {"zandor-es.out", "vib.xyz", "vibp.xyz"}) {
+    const support::TempFolder working_folder;
+    fs::copy(good, ".");
+    fs::create_symlink("/dev/full", result);
+    const support::Outcome outcome = support::run({ZANDOR_GATHER, "control.inp"});
+    EXPECT_EQ(outcome.err,
+              "zandor_gather: " + result + ": cannot write: No space left on device\n");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(fs::exists("vib.xyz"), result != "zandor-es.out");
+    EXPECT_EQ(fs::exists("vibp.xyz"), result == "vibp.xyz");
   }
 }
 
 TEST(bad_input, ends_a_run_without_control_file_or_keyword) {
-  const support::TempFolder folder;
+  const support::TempFolder working_folder;
   const support::Outcome none = support::run({ZANDOR_GATHER});
   EXPECT_EQ(none.err, "zandor_gather: no control file given (usage: zandor_gather CONTROLFILE)\n");
   EXPECT_EQ(none.status, 2);
@@ -149,7 +142,7 @@ TEST(bad_input, ends_a_run_without_control_file_or_keyword) {
 }
 
 TEST(bad_input, that_rests_on_zeros_is_warned_of) {
-  const support::TempFolder folder;
+  const support::TempFolder working_folder;
   fs::copy(good, ".");
   edit_file("files.out", "0003 T      3", "0003 F 0");
   edit_file("files.out", "0004 T      4", "0004 F 3");
@@ -170,7 +163,7 @@ TEST(bad_input, that_rests_on_zeros_is_warned_of) {
 
 // Any bytes in: a status and a message out, never a signal, a hang or half a report.
 TEST(bad_input, of_any_bytes_ends_in_order) {
-  const support::TempFolder folder;
+  const support::TempFolder working_folder;
   fs::copy(good, ".");
   std::mt19937 random(11);
   const char* const names[] = {"control.inp",   "files.out",     "coord-ref.sgn",

@@ -23,7 +23,7 @@ void fill(zandor::RunData& run, int disp_sign) {
   run.disp_sign = disp_sign;
   zandor::allocate_run_arrays(run);
   for (int ih = 1; ih <= 6; ++ih) {
-    run.sqtmass(ih) = 40.0 + ih / 4;
+    run.sqtmass(ih) = ih < 4 ? 40.0 : 41.0;
     for (int jh = 1; jh <= 6; ++jh) {
       run.force.column(1, 2 * ih)[jh - 1] = -constant(ih, jh) * step;
       run.force.column(1, 2 * ih - 1)[jh - 1] = constant(ih, jh) * step;

@@ -69,10 +69,7 @@ int report_files(const std::vector<std::string>& names, bool as_json) {
   return status;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  io::report_exhausted_resources();
+int parse_and_report(int argc, char** argv) {
   CLI::App app(
       "Says of each file which quantum-chemistry program wrote it and what sizes it holds.\n"
       "Exit status: 0 all files recognised, 1 some not, 2 some could not be read.");
@@ -87,4 +84,15 @@ int main(int argc, char** argv) {
     return app.exit(error) == 0 ? 0 : not_read;
   }
   return report_files(names, as_json);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  io::report_exhausted_resources();
+  try {
+    return parse_and_report(argc, argv);
+  } catch (const std::exception& error) {
+    io::fatal_stop(error.what());
+  }
 }

@@ -2,4 +2,4 @@
 #define KERNEL_LANES 4
 #define KERNEL_NAME kernels_avx2
 #define KERNEL_TITLE "AVX2"
-#include "flib/kernel_loops.inc"
+#include "flib/kernel_loops.hpp"

@@ -2,4 +2,4 @@
 #define KERNEL_LANES 2
 #define KERNEL_NAME kernels_base
 #define KERNEL_TITLE "128 bits"
-#include "flib/kernel_loops.inc"
+#include "flib/kernel_loops.hpp"

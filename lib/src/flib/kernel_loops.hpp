@@ -1,7 +1,7 @@
 // The loops behind kernels.hpp. Included by one source file per register width, which defines
-// KERNEL_LANES (doubles in a register) and KERNEL_NAME. Nothing but <cstddef> is included: an
-// inline function of a header, compiled here for wide registers, could be linked into the whole
-// program.
+// KERNEL_LANES (doubles in a register), KERNEL_NAME and KERNEL_TITLE. Nothing but <cstddef> is
+// included: an inline function of a header, compiled here for wide registers, could be linked into
+// the whole program.
 
 #include "flib/kernels.hpp"
 
