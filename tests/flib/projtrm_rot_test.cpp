@@ -44,21 +44,6 @@ std::vector<double> motions_of(const Molecule& molecule) {
   return v;
 }
 
-TEST(formtrm1, builds_unit_vectors_and_leaves_vanishing_ones) {
-  for (const Molecule& molecule : molecules) {
-    const std::vector<double> v = motions_of(molecule);
-    const std::size_t n3 = molecule.x.size();
-    int unit_vectors = 0;
-    for (std::size_t k = 0; k < 6; ++k) {
-      double squared = 0.0;
-      for (std::size_t i = 0; i < n3; ++i) squared += v[k * n3 + i] * v[k * n3 + i];
-      // 1/sqrt and the products round n3 times: a few units of 2**-52.
-      if (std::fabs(squared - 1.0) < 1e-15 * static_cast<double>(n3)) ++unit_vectors;
-    }
-    EXPECT_EQ(unit_vectors, molecule.motions) << molecule.name;
-  }
-}
-
 TEST(projtrm_rot, removes_the_motions_exactly_in_principal_axes_only) {
   for (const Molecule& molecule : molecules) {
     const int n3 = static_cast<int>(molecule.x.size());
@@ -73,15 +58,20 @@ TEST(projtrm_rot, removes_the_motions_exactly_in_principal_axes_only) {
     EXPECT_EQ(info, 0);
     EXPECT_EQ(x, molecule.x);
     std::vector<double> v = motions_of(molecule);
+    int unit_vectors = 0;
     for (int k = 1; k <= 6; ++k) {
-      double residue = 0.0;
+      double residue = 0.0, squared = 0.0;
       for (int i = 1; i <= n3; ++i) {
         double element = 0.0;
         for (int j = 1; j <= n3; ++j) {
           element += h(i, j) * v[static_cast<std::size_t>((k - 1) * n3 + j - 1)];
         }
         residue = std::max(residue, std::fabs(element));
+        const double component = v[static_cast<std::size_t>((k - 1) * n3 + i - 1)];
+        squared += component * component;
       }
+      // 1/sqrt and the products round n3 times: a few units of 2**-52.
+      if (std::fabs(squared - 1.0) < 1e-15 * n3) ++unit_vectors;
       // Elements of h are below 15; the rounding of the products stays below 1e-12.
       if (k <= 3 || molecule.is_principal) {
         EXPECT_LT(residue, 1e-12) << molecule.name << ", motion " << k;
@@ -89,6 +79,7 @@ TEST(projtrm_rot, removes_the_motions_exactly_in_principal_axes_only) {
         EXPECT_GT(residue, 1e-3) << molecule.name << ", motion " << k << ": not orthogonalised";
       }
     }
+    EXPECT_EQ(unit_vectors, molecule.motions) << molecule.name;
   }
 }
 

@@ -9,12 +9,13 @@
 #include <functional>
 #include <sstream>
 
-#include "flib/qm_file.hpp"
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/qm_file_natom.hpp"
 #include "flib/qm_file_natom_oniom_qm.hpp"
 #include "flib/qm_file_nbasis_nbsuse.hpp"
+#include "flib/qm_file_nci.hpp"
 #include "flib/qm_file_type.hpp"
+#include "io/text.hpp"
 #include "io/units.hpp"
 #include "support/support.hpp"
 

@@ -21,32 +21,19 @@ Kind kind_of(const std::string& content) {
   return kind;
 }
 
+// What the corpus of the probes does not hold; most labels and versions are tested there.
 TEST(qm_file_type, recognises_by_the_first_keyword_of_the_list) {
-  const std::string stars = " " + std::string(42, '*') + "\n";
-  const std::string log = " Entering Gaussian System, Link 0=g16\n";
   const struct {
     std::string content;
     const char *label, *version;
     int info;
   } cases[] = {
-      {log + stars + " Gaussian 16:  ES64L-G16RevC.01 3-Jul-2019\n", "GAUSSIAN LOG", "G16RevC.01",
-       2},
-      {log + stars + " Gaussian 98:\n", "GAUSSIAN LOG", "", 2},
-      {log + " HESSIAN\n", "BDF HESS", "0", 0},
-      {log + " no banner\n", "GAUSSIAN LOG", "kept", -1},
-      {"Number of basis functions   I   60\n", "GAUSSIAN FCHK", "UNKNOWN", -1},
-      {"Number of basis functions   R   60\nNumber of basis functions   I   60\n", "kept", "kept",
-       -1},
-      {" TURBOMOLE V7.3.1 ( 1234 )\n", "TURBOMOLE", "7.3.1", 1},
-      {" NUMERICAL FREQUENCY\n VERSION\n  2.1 beta\n", "ZANDORCE", "2.1 beta", 3},
+      {" Entering Gaussian System\n *****************\n x y\n", "GAUSSIAN LOG", "", 2},
       {std::string(66, ' ') + "M\nvasp.5.4 MOLPRO\n", "VASP", "5.4", 3},
-      {" * GAMESS VERSION = 20 APR 2017 (R1)   *\n", "GAMESS_US", "20 APR 2017 (R1)", 0},
-      {" GAMESS VERSION 6 *\n", "GAMESS_US", "", 0},
       {"x Inc., Pleasanton\n A, B, C\n", "QCHEM", "A B C", 0},
       {std::string(999, '\n') + "HESSIAN", "BDF HESS", "0", 0},
       {std::string(1000, '\n') + "HESSIAN", "kept", "kept", -1},
       {std::string(194, ' ') + "HESSIAN", "kept", "kept", -1},
-      {std::string("\0\xff binary", 9), "kept", "kept", -1},
   };
   for (const auto& test : cases) {
     const Kind kind = kind_of(test.content);

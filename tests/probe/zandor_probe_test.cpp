@@ -31,31 +31,36 @@ TEST_F(ZandorProbe, prints_a_block_per_file) {
 }
 
 TEST_F(ZandorProbe, prints_json_and_goes_on_behind_files_it_cannot_read) {
-  const support::Outcome unknown = support::run({ZANDOR_PROBE, "--json", "x\xff"});
-  EXPECT_EQ(unknown.out, "{\"file\":\"x\xEF\xBF\xBD\",\"info\":-1,\"oniom\":false}\n");
-  EXPECT_EQ(unknown.err, "*** WARNING: Unknown output type with file 'x\xff'\n");
-  EXPECT_EQ(unknown.status, 1);
-  const support::Outcome mixed =
-      support::run({ZANDOR_PROBE, "--json", "missing", "empty.log", "x\xff", "-",
-                    "cclib-Gaussian-Gaussian16-dvb_td.out"});
-  EXPECT_NE(
-      mixed.err.find("zandor_probe: missing: expected a file that can be read, found: No such"),
-      std::string::npos);
-  EXPECT_NE(mixed.err.find("zandor_probe: empty.log:1: expected the first line"),
-            std::string::npos);
-  EXPECT_NE(mixed.err.find("zandor_probe: -: expected the name of a file"), std::string::npos);
-  EXPECT_NE(mixed.out.find(
-                "\n{\"file\":\"cclib-Gaussian-Gaussian16-dvb_td.out\",\"type\":\"GAUSSIAN LOG\","
-                "\"version\":\"G16RevA.03\",\"info\":2,\"oniom\":false,\"natom\":20,\"ni\":25,"
-                "\"na\":25,\"nci\":20,\"nae\":35,\"nfc\":10,\"nfv\":0}\n"),
-            std::string::npos);
-  EXPECT_EQ(mixed.status, 2) << "2 outranks 1";
-}
-
-TEST_F(ZandorProbe, explains_itself) {
-  EXPECT_EQ(support::run({ZANDOR_PROBE, "--help"}).status, 0);
-  EXPECT_EQ(support::run({ZANDOR_PROBE}).status, 2);
+  const std::string deep = std::string(150, 'd') + "/" + std::string(100, 'd');
+  std::filesystem::create_directories(deep);
+  std::filesystem::rename("edge-crlf.fchk", deep + "/[x]");
+  std::filesystem::copy_file(deep + "/[x]", "[x]");
+  const support::Outcome outcome =
+      support::run({ZANDOR_PROBE, "--json", "missing", "empty.log", "x\xff", "-", "blank ", "[x]",
+                    deep + "/[x]", "cclib-Gaussian-Gaussian16-dvb_td.out"});
+  const std::string checkpoint =
+      "\",\"type\":\"GAUSSIAN "
+      "FCHK\",\"version\":\"UNKNOWN\",\"info\":-1,\"oniom\":false,\"natom\":3,"
+      "\"nalpha\":5,\"nbeta\":5,\"nbasis\":7,\"nbsuse\":7}\n{\"file\":\"";
+  EXPECT_EQ(
+      outcome.out,
+      "{\"file\":\"x\xEF\xBF\xBD\",\"info\":-1,\"oniom\":false}\n{\"file\":\"./[x]" + checkpoint +
+          deep + "/[x]" + checkpoint +
+          "cclib-Gaussian-Gaussian16-dvb_td.out\",\"type\":\"GAUSSIAN LOG\",\"version\":"
+          "\"G16RevA.03\",\"info\":2,\"oniom\":false,\"natom\":20,\"ni\":25,\"na\":25,\"nci\":20,"
+          "\"nae\":35,\"nfc\":10,\"nfv\":0}\n");
+  EXPECT_EQ(
+      outcome.err,
+      "zandor_probe: missing: expected a file that can be read, found: No such file or directory\n"
+      "zandor_probe: empty.log:1: expected the first line of the file, found an empty file\n"
+      "*** WARNING: Unknown output type with file 'x\\xff'\n"
+      "zandor_probe: -: expected the name of a file, found '-' (standard input is not read)\n"
+      "zandor_probe: blank : expected a file name of at most 200 characters that does not end in "
+      "a blank, found another\n");
+  EXPECT_EQ(outcome.status, 2) << "2 outranks 1";
+  EXPECT_EQ(support::run({ZANDOR_PROBE, "x\xff"}).status, 1);
   EXPECT_EQ(support::run({ZANDOR_PROBE, "--unknown"}).status, 2);
+  EXPECT_EQ(support::run({ZANDOR_PROBE, "--help"}).status, 0);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "file_facts.hpp"
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,11 +10,11 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "flib/qm_file.hpp"
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/qm_file_natom.hpp"
 #include "flib/qm_file_natom_oniom_qm.hpp"
 #include "flib/qm_file_nbasis_nbsuse.hpp"
+#include "flib/qm_file_nci.hpp"
 #include "flib/qm_file_type.hpp"
 #include "io/fatal.hpp"
 #include "io/text.hpp"
@@ -51,6 +52,7 @@ void recognise(const std::string& name, FileFacts& facts) {
   facts.type = type.content();
   facts.version = version.content();
   facts.warning = read_all(ends[0]);
+  facts.warning.resize(facts.warning.find_last_not_of('\n') + 1);
 }
 
 void add_counts(FileFacts& facts, int info, std::vector<std::pair<std::string, int>> counts) {
@@ -84,11 +86,38 @@ void ask_probes(const std::string& name, FileFacts& facts) {
   }
 }
 
+// The name by which the library's routines find the file: they take 200 characters without trailing
+// blanks, so a longer path is asked from within its folder.
+std::string name_for_library(const std::string& name) {
+  std::string short_name = name;
+  const std::size_t slash = name.rfind('/');
+  if (name.size() > io::line_capacity && slash != std::string::npos && slash > 0) {
+    if (::chdir(name.substr(0, slash).c_str()) != 0) {
+      io::fatal_stop({name},
+                     std::string("expected a file that can be read, found: ") + strerror(errno));
+    }
+    short_name = name.substr(slash + 1);
+  }
+  if (short_name.size() > io::line_capacity || short_name.ends_with(' ')) {
+    io::fatal_stop({name},
+                   "expected a file name of at most 200 characters that does not end in a "
+                   "blank, found another");
+  }
+  struct stat status {};
+  if (::stat(short_name.c_str(), &status) == 0 && !S_ISREG(status.st_mode) &&
+      !S_ISDIR(status.st_mode)) {
+    // Every probe reads the file from its beginning.
+    io::fatal_stop({name}, "expected a regular file, found a pipe or a device");
+  }
+  return short_name;
+}
+
 // The child: asks the probes and sends what they say through the pipe.
 [[noreturn]] void run_child(const std::string& name, int to_parent) {
+  const std::string short_name = name_for_library(name);
   FileFacts facts;
-  recognise(name, facts);
-  ask_probes(name, facts);
+  recognise(short_name, facts);
+  ask_probes(short_name, facts);
   const std::vector<std::uint8_t> message = nlohmann::json::to_cbor(
       {facts.type, facts.version, facts.info, facts.oniom, facts.warning, facts.counts});
   const bool sent =
@@ -96,8 +125,9 @@ void ask_probes(const std::string& name, FileFacts& facts) {
   ::_exit(sent ? 0 : 2);
 }
 
-FileFacts unpack(const std::string& message) {
-  const nlohmann::json values = nlohmann::json::from_cbor(message);
+std::optional<FileFacts> unpack(const std::string& message) {
+  const nlohmann::json values = nlohmann::json::from_cbor(message, true, false);
+  if (values.is_discarded()) return std::nullopt;
   FileFacts facts;
   values.at(0).get_to(facts.type);
   values.at(1).get_to(facts.version);
@@ -129,7 +159,9 @@ std::optional<FileFacts> probe_file(const std::string& name) {
                std::string("the probe was ended by the signal ") + strsignal(WTERMSIG(status)));
   }
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return std::nullopt;
-  return unpack(message);
+  const std::optional<FileFacts> facts = unpack(message);
+  if (!facts) io::report({name}, "the probe sent nothing that can be read");
+  return facts;
 }
 
 }  // namespace probe

@@ -12,7 +12,7 @@ struct FileFacts {
   std::string type, version;  // empty where there is none
   int info = -1;              // class code
   bool oniom = false;
-  std::string warning;  // what recognition printed; empty for a recognised file
+  std::string warning;  // the line that recognition printed; empty for a recognised file
   // Name and value of every count that was found, in the order of the output.
   std::vector<std::pair<std::string, int>> counts;
 };

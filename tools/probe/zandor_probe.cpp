@@ -1,5 +1,6 @@
 // zandor_probe: says of quantum-chemistry files which program wrote them, and what sizes they hold.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
@@ -43,45 +44,59 @@ void print(const Record& record, bool as_json, bool first) {
   for (const auto& [key, value] : record.items()) std::cout << key << " = " << shown(value) << '\n';
 }
 
+// Asks about one file and prints what was found; the result is its exit status.
+int report_file(const std::string& name, bool as_json, bool first) {
+  if (name == "-") {
+    io::report({name}, "expected the name of a file, found '-' (standard input is not read)");
+    return not_read;
+  }
+  const auto facts = probe::probe_file(name);
+  if (!facts) return not_read;
+  print(record_of(name, *facts), as_json, first);
+  if (!std::cout.flush()) io::fatal_stop({"standard output"}, "cannot write the results");
+  if (facts->warning.empty()) return recognised;
+  std::cerr << io::printable(facts->warning) << '\n';
+  return not_recognised;
+}
+
 int report_files(const std::vector<std::string>& names, bool as_json) {
   int status = recognised;
   bool first = true;
   for (const std::string& name : names) {
-    if (name == "-") {
-      io::report({name}, "expected the name of a file, found '-' (standard input is not read)");
-      status = not_read;
-      continue;
-    }
-    const auto facts = probe::probe_file(name);
-    if (!facts) {
-      status = not_read;
-      continue;
-    }
-    if (!facts->warning.empty()) {
-      std::cerr << facts->warning;
-      status = std::max(status, not_recognised);
-    }
-    print(record_of(name, *facts), as_json, first);
-    std::cout.flush();
-    first = false;
+    const int of_file = report_file(name, as_json, first);
+    first = first && of_file == not_read;
+    status = std::max(status, of_file);
   }
-  if (!std::cout) io::fatal_stop({"standard output"}, "cannot write the results");
   return status;
+}
+
+// The arguments from the last to the first, as the parser wants them. It would take a name in
+// brackets for a list of names.
+std::vector<std::string> arguments_backwards(int argc, char** argv) {
+  std::vector<std::string> arguments;
+  for (int i = argc - 1; i > 0; --i) {
+    const std::string argument = argv[i];
+    arguments.push_back(argument.starts_with('[') ? "./" + argument : argument);
+  }
+  return arguments;
 }
 
 int parse_and_report(int argc, char** argv) {
   CLI::App app(
       "Says of each file which quantum-chemistry program wrote it and what sizes it holds.\n"
-      "Exit status: 0 all files recognised, 1 some not, 2 some could not be read.");
+      "Exit status: 0 all files recognised, 1 some not, 2 some could not be read.",
+      io::program_name);
   std::vector<std::string> names;
   bool as_json = false;
   app.add_option("FILE", names, "files to look at")->required();
   app.add_flag("--json", as_json, "one JSON object per line");
   app.set_version_flag("--version", "zandor_probe " ZANDOR_VERSION);
   try {
-    app.parse(argc, argv);
+    app.parse(arguments_backwards(argc, argv));
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : not_read;
+    const int status = app.exit(error) == 0 ? recognised : not_read;
+    if (!std::cout.flush()) io::fatal_stop({"standard output"}, "cannot write");
+    return status;
   }
   return report_files(names, as_json);
 }
@@ -89,7 +104,9 @@ int parse_and_report(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  io::report_exhausted_resources();
+  io::prepare_process();
+  // The ends of the child processes are waited for, whatever the caller has set.
+  std::signal(SIGCHLD, SIG_DFL);
   try {
     return parse_and_report(argc, argv);
   } catch (const std::exception& error) {

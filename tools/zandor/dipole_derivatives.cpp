@@ -13,8 +13,8 @@ void differentiate_transition_dipoles(RunData& run) {
       for (int k = 1; k <= 3; ++k) {
         const double derivative = (run.tdip(k, 2 * ih) - run.tdip(k, 2 * ih - 1)) / run.dx / 2.0;
         if (!std::isfinite(derivative)) {
-          io::fatal_stop("expected finite transition dipole derivatives, found " +
-                         std::to_string(derivative) + " for atom " + std::to_string(iatom));
+          io::fatal_stop("expected finite transition dipole derivatives, found another for atom " +
+                         std::to_string(iatom));
         }
         run.tddip(k, ixyz, iatom) = derivative;
       }

@@ -1,5 +1,6 @@
 #include "job_list.hpp"
 
+#include <cmath>
 #include <limits>
 #include <string>
 
@@ -37,10 +38,12 @@ void read_sizes(RunData& run) {
   io::FreeForm third(input_unit);
   third.skip_words(1, {"the displacement step"});
   third.finite_real(run.dx, {"the displacement step"});
-  if (run.dx == 0.0) {
-    io::fatal_stop(io::place(input_unit), "expected a displacement step other than 0, found 0");
-  }
   run.dx /= flib::angstrom_per_bohr;
+  if (run.dx == 0.0 || !std::isfinite(run.dx)) {
+    io::fatal_stop(io::place(input_unit),
+                   "expected a displacement step other than 0 that is finite in Bohr, found " +
+                       std::string(run.dx == 0.0 ? "0" : "an infinite one"));
+  }
 }
 
 void find_job_section() {
@@ -87,11 +90,9 @@ void read_atom_table(RunData& run) {
   std::vector<int> images;
   for (int a = 1; a <= run.natom; ++a) {
     io::FreeForm row(input_unit);
-    io::Text<2> symbol;  // this and the atomic number come from the reference sign file
-    int nat = 0;
     row.skip_words(1, {"the table entry of atom", a});
-    row.text(symbol, {"the symbol of atom", a});
-    row.optional_integer(nat, {"the atomic number of atom", a});
+    row.text(run.symbol.emplace_back(), {"the symbol of atom", a});
+    row.optional_integer(run.nat.emplace_back(), {"the atomic number of atom", a});
     for (int k = 1; k <= run.nop; ++k) {
       row.optional_integer(images.emplace_back(), {"an image of atom", a});
     }
@@ -115,7 +116,7 @@ void read_jobs(RunData& run) {
     row.logical(job.is_calc, {"the computed flag of job", i});
     const bool has_job = row.optional_integer(job.calc_m, {"the source of job", i});
     const bool has_operation = row.optional_integer(job.iops, {"the operation of job", i});
-    job.has_source = has_job && has_operation;
+    if (!has_job || !has_operation) job.missing = row.missing_value();
     job.list_line = io::line_number(input_unit);
     const std::string base(io::trimmed(io::without_leading_blanks(name.padded())));
     job.log_name = "coord-" + base + ".log";
@@ -132,11 +133,12 @@ void check_sources(const RunData& run, std::vector<char>& operation_used) {
   for (int i = 1; i <= run.n6; ++i) {
     const Job& job = run.jobs[static_cast<std::size_t>(i)];
     if (job.is_calc) continue;
-    const std::string which = " for the derived job " + std::to_string(i);
-    if (!job.has_source) {
-      stop_at_line(job.list_line, "expected a source job and an operation" + which +
-                                      ", found no value between separators");
+    if (job.missing != nullptr) {
+      // A slash in a name that is not quoted ends the line before its flag.
+      stop_at_line(job.list_line, "expected T, or a source job and an operation, for job " +
+                                      std::to_string(i) + ", found " + job.missing);
     }
+    const std::string which = " for the derived job " + std::to_string(i);
     if (job.iops < 1 || job.iops > run.nop) {
       stop_at_line(job.list_line, "expected an operation within " + range_text(1, run.nop) + which +
                                       ", found " + std::to_string(job.iops));

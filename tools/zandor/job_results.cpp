@@ -70,8 +70,9 @@ void read_geometry_and_masses(RunData& run) {
   for (int a = 1; a <= run.natom; ++a) {
     io::FreeForm row(input_unit);
     row.skip_words(1, {"the geometry of atom", a});
-    row.text(run.symbol[static_cast<std::size_t>(a - 1)], {"the symbol of atom", a});
-    row.integer(run.nat(a), {"the atomic number of atom", a});
+    const auto place = static_cast<std::size_t>(a - 1);
+    row.text(run.symbol[place], {"the symbol of atom", a});
+    row.optional_integer(run.nat[place], {"the atomic number of atom", a});
     row.finite_real(run.mass(a), {"the mass of atom", a});
     if (!(run.mass(a) > 0.0)) {
       io::fatal_stop(io::place(input_unit), "expected a mass above 0 for atom " +

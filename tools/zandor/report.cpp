@@ -29,7 +29,7 @@ void write_geometry(OutputFile& out, const RunData& run) {
   out.text(" ").text("n", 8).text("nat", 8).text("  ").text("mass", 13).text("  ");
   out.text("x(A)", 13).text("y(A)", 13).text("z(A)", 13).end_line();
   for (int i = 1; i <= run.natom; ++i) {
-    out.text(" ").integer(i, 8).integer(run.nat(i), 8).text("  ");
+    out.text(" ").integer(i, 8).integer(run.nat[static_cast<std::size_t>(i - 1)], 8).text("  ");
     out.fixed(run.mass(i) / flib::electron_masses_per_amu, 13, 8).text("  ");
     for (int k = 1; k <= 3; ++k) out.fixed(run.xa(k, i), 13, 8);
     out.end_line();

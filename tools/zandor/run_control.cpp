@@ -62,9 +62,7 @@ void allocate_run_arrays(RunData& run) {
   run.mass = {"mass", {natom}};
   run.x = {"x", {3, natom}};
   run.xa = {"xa", {3, natom}};
-  run.nat = {"nat", {natom}};
   run.sqtmass = {"sqtmass", {n3}};
-  run.symbol.resize(static_cast<std::size_t>(natom));
 }
 
 }  // namespace zandor

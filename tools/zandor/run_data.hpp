@@ -20,13 +20,13 @@ inline constexpr const char* report_name = "zandor-es.out";
 // One line of the job list. Job 0 is the reference geometry, job 2 ih - 1 the negative and job 2 ih
 // the positive step of coordinate ih.
 struct Job {
-  io::Line log_name;        // coord-NAME.log
-  io::Line sgn_name;        // coord-NAME.sgn
-  bool is_calc = false;     // computed, with a sign file of its own; otherwise derived
-  int calc_m = 0;           // of a derived job: the job whose forces are carried over
-  int iops = 0;             // of a derived job: the operation that carries them
-  bool has_source = false;  // calc_m and iops were given
-  long long list_line = 0;  // its line in the job list
+  io::Line log_name;              // coord-NAME.log
+  io::Line sgn_name;              // coord-NAME.sgn
+  bool is_calc = false;           // computed, with a sign file of its own; otherwise derived
+  int calc_m = 0;                 // of a derived job: the job whose forces are carried over
+  int iops = 0;                   // of a derived job: the operation that carries them
+  const char* missing = nullptr;  // what stood in place of calc_m or iops, if not a number
+  long long list_line = 0;        // its line in the job list
 };
 
 // Atomic units throughout unless said; atoms, coordinates and modes count from 1.
@@ -51,9 +51,10 @@ struct RunData {
   flib::Array<int, 2> atom_m;        // natom x nop: the atom onto which operation k carries atom a
   std::vector<long long> atom_line;  // line of atom a in the job list at [a - 1]
 
-  // Reference geometry.
+  // Reference geometry. The job list gives symbols and atomic numbers first, and they stay where
+  // the sign file leaves them out.
   std::vector<io::Text<2>> symbol;  // element symbol of atom a at [a - 1]
-  flib::Array<int, 1> nat;          // atomic numbers
+  std::vector<int> nat;             // atomic number of atom a at [a - 1]
   flib::Array<double, 1> mass;      // natom, electron masses
   flib::Array<double, 1> sqtmass;   // n3: square root of the mass that owns the coordinate
   flib::Array<double, 2> x;         // 3 x natom, Bohr

@@ -45,9 +45,9 @@ void require_finite(const Matrix& matrix, int n3, const char* what) {
     const double* const column = matrix.column(i);
     for (int j = 1; j <= n3; ++j) {
       if (std::isfinite(column[j - 1])) continue;
-      io::fatal_stop("expected finite " + std::string(what) + ", found " +
-                     std::to_string(column[j - 1]) + " between coordinates " + std::to_string(j) +
-                     " and " + std::to_string(i));
+      io::fatal_stop("expected finite " + std::string(what) +
+                     ", found another between coordinates " + std::to_string(j) + " and " +
+                     std::to_string(i));
     }
   }
 }
@@ -71,8 +71,8 @@ void diagonalise(const Matrix& matrix, int n3, const Vector& eval, const Vector&
   for (int i = 1; i <= n3; ++i) {
     eval(i) -= diagonal_shift;
     if (!std::isfinite(eval(i))) {
-      io::fatal_stop("expected finite " + std::string(what) + " eigenvalues, found " +
-                     std::to_string(eval(i)) + " for number " + std::to_string(i));
+      io::fatal_stop("expected finite " + std::string(what) +
+                     " eigenvalues, found another, number " + std::to_string(i));
     }
   }
 }

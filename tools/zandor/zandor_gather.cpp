@@ -12,7 +12,7 @@ const char* const io::program_name = "zandor_gather";
 
 int main(int argc, char** argv) {
   using namespace zandor;
-  io::report_exhausted_resources();
+  io::prepare_process();
   open_run_log();
   RunData run;
   read_control_file(control_file_name(argc, argv), run);

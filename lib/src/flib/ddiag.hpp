@@ -14,14 +14,17 @@ struct Kernels;
 //   d   n values: the diagonal (out)
 //   e   n values: the subdiagonal in e(2..n), e(1) = 0 (out)
 //   z   nm x n: the orthogonal transformation; must not overlap a (out)
+// Nothing is touched for n < 1. Working storage of order n is obtained from the system.
 void tred2e(const int& nm, const int& n, const double* a, double* d, double* e, double* z);
 
 // Finds the eigenvalues and eigenvectors of the tridiagonal matrix that tred2e left in d, e and z.
 //   d     n values: the eigenvalues in ascending order (in/out)
 //   e     n values: destroyed (in/out)
 //   z     nm x n: column k is the eigenvector of d(k), of length 1 (in/out)
-//   ierr  0, or the index of the eigenvalue that did not converge in 30 iterations: the ones before
-//         it are right but not sorted (out)
+//   ierr  0, or the index of the eigenvalue that did not converge in 30 iterations (NaN in the
+//         matrix never does): the ones before it are right but not sorted, z holds the vectors as
+//         far as they were computed (out)
+// For n <= 1 everything stays as it is. Working storage of order n is obtained from the system.
 void tql2e(const int& nm, const int& n, double* d, double* e, double* z, int& ierr);
 
 // The same with given kernels instead of the best ones of this processor, bit for bit.

@@ -3,7 +3,7 @@
 namespace flib {
 
 extern const Kernels kernels_base;
-#ifdef __x86_64__
+#ifdef FLIB_WIDE_KERNELS
 extern const Kernels kernels_avx2;
 extern const Kernels kernels_avx512;
 #endif
@@ -15,7 +15,7 @@ struct Usable {
   int count = 1;
 
   Usable() {
-#ifdef __x86_64__
+#ifdef FLIB_WIDE_KERNELS
     if (__builtin_cpu_supports("avx2")) list[count++] = &kernels_avx2;
     if (__builtin_cpu_supports("avx512f")) list[count++] = &kernels_avx512;
 #endif

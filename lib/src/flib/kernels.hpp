@@ -28,15 +28,15 @@ struct Kernels {
   void (*reduction_pass)(double* z, std::ptrdiff_t nm, std::ptrdiff_t n, const double* u,
                          const double* q, const double* v, double* product);
 
-  // Takes `count` columns of z through the reflections of
-  // a batch: for step b, column = column - w(b) (u(b)^T column) over the rows below rows(b), which
-  // grow by one from step to step. Steps with a null u are no reflections. `panel` has
-  // reflection_columns doubles for each row.
+  // Takes the first `count` columns of z through the reflections of a batch: step b spans the rows
+  // 0 to rows + b - 1, where column = column - w(b) (u(b)^T column). u(b) and w(b) have as many
+  // elements as it spans; a null u(b) is no reflection. `panel` has reflection_columns doubles for
+  // each of the rows + steps - 1 rows.
   void (*reflect_columns)(double* z, std::ptrdiff_t nm, std::ptrdiff_t count, std::ptrdiff_t rows,
                           const double* const* u, const double* const* w, int steps, double* panel);
 
-  // Applies the rotations to every row of z (n rows). `panel` has rotation_rows doubles for each of
-  // the columns.
+  // Applies the rotations to every row of z (n x n). `panel` has rotation_rows doubles for each of
+  // the n columns.
   void (*rotate_columns)(double* z, std::ptrdiff_t nm, std::ptrdiff_t n, const Sweeps& sweeps,
                          double* panel);
 

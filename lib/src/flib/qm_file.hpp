@@ -1,4 +1,4 @@
-// What the probes of quantum-chemistry files share, and the counts of the excitation space.
+// What the probes of quantum-chemistry files, qm_file_natom and its kin, share.
 #pragma once
 
 #include <string_view>
@@ -24,16 +24,5 @@ int integer_behind_items(int fid, std::string_view line, int skipped, std::strin
 // Reads the integer behind the first `mark` of a line that was read from unit `fid`.
 int integer_behind_mark(int fid, std::string_view line, std::string_view mark,
                         std::string_view what);
-
-// Counts of the configuration space of an excited-state calculation in the Gaussian log `fname`.
-//   ni, na    active occupied and virtual orbitals (out)
-//   nci       number of roots (out)
-//   nae       alpha electrons (out)
-//   nfc, nfv  frozen core and frozen virtual orbitals (out)
-//   info      0 when all were found, otherwise -1: those not found stay as they were (out)
-// On a file of another kind it prints "The method has not been implemented, stop!" on standard
-// output and ends the process with status 1.
-void qm_file_nci(std::string_view fname, int& ni, int& na, int& nci, int& nae, int& nfc, int& nfv,
-                 int& info);
 
 }  // namespace flib

@@ -101,14 +101,14 @@ int lines_below_second_title(int fid, const io::Line& found) {
   return lines_up_to_blank<0>(fid, found);
 }
 
-// The rows of a CIF loop, up to the next loop, name or the end of the file. Further names of the
-// loop's header may follow the one that was found.
+// The rows of a CIF loop, up to the next loop, name, data block or the end of the file. Further
+// names of the loop's header may follow the one that was found.
 int loop_rows(int fid, const io::Line& /*found*/) {
   int count = 0;
   io::Line line;
   while (io::read_line(fid, line) == io::read_ok && !begins_with(line, "loop_")) {
     const bool is_name = begins_with(line, "_");
-    if (is_name && count > 0) break;
+    if ((is_name && count > 0) || begins_with(line, "data_")) break;
     if (!is_name && !is_blank(line.padded()) && !begins_with(line, "#")) ++count;
   }
   return count;

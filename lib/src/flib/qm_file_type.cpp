@@ -37,6 +37,7 @@ struct Probe {
   std::string_view label;
   int info;
   ReadVersion read_version;
+  bool keeps_label = false;  // leaves the label behind even when there is no version
 };
 
 void set_version(const Match& match, std::string_view text) {
@@ -143,7 +144,7 @@ bool orca_version(const Match& match) {
 // In the order in which they decide. MOLPRO's row never matches, since six letters cannot equal one
 // column: deliberate, those files are to fall through to the later rows.
 constexpr Probe probes[] = {
-    {"Entering Gaussian System", 0, 0, "GAUSSIAN LOG", 2, gaussian_log_version},
+    {"Entering Gaussian System", 0, 0, "GAUSSIAN LOG", 2, gaussian_log_version, true},
     {"Label Gaussian matrix elements", 0, 0, "GAUSSIAN MAT", -1, gaussian_matrix_version},
     {"Number of basis functions", 1, 25, "GAUSSIAN FCHK", -1, checkpoint_version},
     {"ChemShell", 0, 0, "CHEMSHELL", 4, version_in_item<3, 0>},
@@ -200,9 +201,7 @@ bool classify(int fid, std::span<char> file_type, std::span<char> version, int& 
       return holds_keyword(text.padded(), probe);
     });
     if (line == head.end()) continue;
-    const bool is_log = probe.read_version == gaussian_log_version;
-    // The label of a log is set whether or not its banner is found below.
-    if (is_log) io::assign(file_type, probe.label);
+    if (probe.keeps_label) io::assign(file_type, probe.label);
     go_behind_line(fid, line - head.begin() + 1);
     if (!probe.read_version({fid, *line, version})) continue;
     io::assign(file_type, probe.label);

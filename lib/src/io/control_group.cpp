@@ -19,7 +19,8 @@ constexpr std::string_view group_ending = "&end";
 struct Token {
   enum class Kind { value, equals, comma, close };
   Kind kind = Kind::close;
-  Item item;           // of a value
+  Item item;           // of a value; its text, unquoted too, is in `quoted`
+  std::string shown;   // the value as it is spelled, but for its quotes
   long long line = 0;  // where it stands in the file
 };
 
@@ -102,6 +103,7 @@ Token GroupTokens::scan() {
   }
   // A word would lie in a record that the look ahead may leave.
   if (token.item.kind != Item::Kind::quoted) token.item.quoted = token.item.word;
+  token.shown = std::string(token.item.prefix) + token.item.quoted;
   const bool ending =
       token.item.kind == Item::Kind::word && equal_in_any_case(token.item.quoted, group_ending);
   token.kind = ending ? Token::Kind::close : Token::Kind::value;
@@ -149,14 +151,14 @@ void assign_value(GroupTokens& tokens, const ControlKey& key) {
   if (item.repeat != 1 || !std::visit(StoreValue{item}, key.target)) {
     fatal_stop(tokens.place_of(value), "expected " + std::string(form_of(key)) + " for the key '" +
                                            std::string(key.name) + "', found " +
-                                           quoted(item.quoted));
+                                           quoted(value.shown));
   }
 }
 
 const ControlKey& find_key(GroupTokens& tokens, const Token& token,
                            std::span<const ControlKey> keys) {
   const Item& item = token.item;
-  if (item.kind == Item::Kind::word && item.repeat == 1) {
+  if (item.kind == Item::Kind::word && token.shown == item.quoted) {
     for (const ControlKey& key : keys) {
       if (equal_in_any_case(item.quoted, key.name)) return key;
     }
@@ -164,7 +166,7 @@ const ControlKey& find_key(GroupTokens& tokens, const Token& token,
   std::string known;
   for (const ControlKey& key : keys) known += (known.empty() ? "" : ", ") + std::string(key.name);
   fatal_stop(tokens.place_of(token),
-             "expected a key of the group (" + known + "), found " + quoted(item.quoted));
+             "expected a key of the group (" + known + "), found " + quoted(token.shown));
 }
 
 }  // namespace
@@ -176,14 +178,14 @@ void read_control_group(int fid, std::span<const ControlKey> keys) {
     if (token.kind == Token::Kind::close) return;
     if (token.kind == Token::Kind::comma) continue;
     if (token.kind == Token::Kind::equals) {
-      fatal_stop(tokens.place_of(token), "expected a key before '=', found none");
+      fatal_stop(tokens.place_of(token), "expected a key, found '='");
     }
     const ControlKey& key = find_key(tokens, token, keys);
     const Token equals = tokens.take();
     if (equals.kind != Token::Kind::equals) {
       fatal_stop(tokens.place_of(equals),
                  "expected '=' behind the key '" + std::string(key.name) + "', found " +
-                     (equals.kind == Token::Kind::value ? quoted(equals.item.quoted) : "none"));
+                     (equals.kind == Token::Kind::value ? quoted(equals.shown) : "none"));
     }
     // A value is missing where a separator, the end or the next "key =" follows.
     if (tokens.next_is_value()) assign_value(tokens, key);

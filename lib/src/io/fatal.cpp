@@ -1,5 +1,6 @@
 #include "io/fatal.hpp"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -81,7 +82,14 @@ void print_line(std::string_view line) {
   if (error != 0) fatal_stop({"standard output"}, std::string("cannot write: ") + strerror(error));
 }
 
-void report_exhausted_resources() {
+void prepare_process() {
+  // A closed standard stream is replaced by one that cannot be written: to write to it stays a
+  // failure, and messages cannot end up in the next file that is opened.
+  while (true) {
+    const int descriptor = ::open("/dev/null", O_RDONLY);
+    if (descriptor > STDERR_FILENO) ::close(descriptor);
+    if (descriptor < 0 || descriptor > STDERR_FILENO) break;
+  }
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   std::set_new_handler([] {

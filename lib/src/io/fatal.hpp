@@ -37,7 +37,8 @@ void warn(const Place& place, std::string_view message);
 void print_line(std::string_view line);
 
 // Makes a full disk, a closed pipe and memory that runs out end in a fatal stop with its message
-// instead of a signal or an exception. Called once, by main().
-void report_exhausted_resources();
+// instead of a signal or an exception, and keeps files from taking the place of a standard stream
+// that is closed. Called once, by main().
+void prepare_process();
 
 }  // namespace io

@@ -25,7 +25,7 @@ void FreeForm::stop_at_item(const Subject& subject, std::string_view expected) {
 }
 
 void FreeForm::stop_without_value(const Subject& subject, std::string_view expected) {
-  stop(cursor_.here(), subject, expected, slash_met_ ? "a slash" : "no value between separators");
+  stop(cursor_.here(), subject, expected, missing_value());
 }
 
 // Moves to the first character of the next item. False when the item is null or behind a slash;

@@ -37,6 +37,11 @@ class FreeForm {
   bool logical(bool& value, const Subject& subject);
   bool text(std::span<char> value, const Subject& subject);
 
+  // What the last item without a value was, for messages: "a slash" or nothing between separators.
+  const char* missing_value() const {
+    return slash_met_ ? "a slash" : "no value between separators";
+  }
+
   // Takes text items and drops them.
   void skip_words(int count, const Subject& subject);
 

@@ -71,15 +71,21 @@ void InputFile::reserve(std::size_t size) {
   if (buffer_.size() < size) buffer_.resize(size);
 }
 
-// One read of up to `size` bytes to the given place in the buffer.
+// Reads up to `size` bytes to the given place in the buffer: all that a regular file has there, or
+// what a pipe gives at once.
 std::size_t InputFile::read_into(std::size_t place, std::size_t size, std::int64_t offset) {
-  for (;;) {
-    char* const to = buffer_.data() + place;
-    const ssize_t got = seekable_ ? ::pread(descriptor_, to, size, static_cast<off_t>(offset))
-                                  : ::read(descriptor_, to, size);
-    if (got >= 0) return static_cast<std::size_t>(got);
-    if (errno != EINTR) fatal_stop({name_}, std::string("cannot read: ") + strerror(errno));
+  std::size_t total = 0;
+  while (total < size) {
+    char* const to = buffer_.data() + place + total;
+    const ssize_t got =
+        seekable_ ? ::pread(descriptor_, to, size - total, offset + static_cast<off_t>(total))
+                  : ::read(descriptor_, to, size - total);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) fatal_stop({name_}, std::string("cannot read: ") + strerror(errno));
+    total += static_cast<std::size_t>(got);
+    if (got == 0 || !seekable_) break;
   }
+  return total;
 }
 
 // Loads a window that begins at `offset`. What is no regular file is never dropped from the buffer.
@@ -88,7 +94,6 @@ void InputFile::load(std::int64_t offset) {
   reserve(block_size);
   start_ = offset;
   used_ = read_into(0, buffer_.size(), offset);
-  // A regular file gives less than was asked for only at its end.
   at_end_ = used_ < buffer_.size();
 }
 

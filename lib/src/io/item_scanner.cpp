@@ -87,6 +87,7 @@ bool ends_word(char c, Grammar grammar) {
 
 void take_item(RecordCursor& cursor, Grammar grammar, Item& item) {
   item.repeat = 1;
+  item.prefix = {};
   const std::string_view rest = cursor.rest();
   if (const std::size_t prefix = repeat_prefix(rest); prefix > 0) {
     const char* const digits_end = rest.data() + prefix - 1;
@@ -96,6 +97,7 @@ void take_item(RecordCursor& cursor, Grammar grammar, Item& item) {
       item.word = take_word(cursor, grammar);
       return;
     }
+    item.prefix = rest.substr(0, prefix);
     cursor.skip(prefix);
     if (cursor.at_end() || ends_word(cursor.peek(), grammar)) {
       item.kind = Item::Kind::null;

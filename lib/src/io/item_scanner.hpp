@@ -49,8 +49,9 @@ struct Item {
   enum class Kind { null, word, quoted, malformed, ended };
   Kind kind = Kind::null;
   long long repeat = 1;
-  std::string_view word;  // an unquoted value; lies in the record
-  std::string quoted;     // a quoted value, at most longest_text characters
+  std::string_view prefix;  // "r*", empty where there is none; lies in the record
+  std::string_view word;    // an unquoted value; lies in the record
+  std::string quoted;       // a quoted value, at most longest_text characters
 };
 
 // The characters that end an unquoted value: blank, tab, comma and slash; in the control group

@@ -18,9 +18,11 @@ constexpr std::size_t block_size = std::size_t{256} * 1024;
 }  // namespace
 
 int OutputFile::open(const std::string& name, bool keep_content) {
-  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (keep_content ? 0 : O_TRUNC);
+  // Without O_NONBLOCK a named pipe that nobody reads would hang the run here.
+  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | (keep_content ? 0 : O_TRUNC);
   descriptor_ = ::open(name.c_str(), flags, 0666);
   if (descriptor_ < 0) return errno;
+  ::fcntl(descriptor_, F_SETFL, 0);
   name_ = name;
   used_ = 0;
   return 0;
@@ -48,7 +50,9 @@ void OutputFile::close() {
   const int descriptor = descriptor_;
   descriptor_ = -1;
   if (::close(descriptor) != 0) {
-    fatal_stop({name_}, std::string("cannot close: ") + strerror(errno));
+    const int error = errno;
+    if (::truncate(name_.c_str(), 0) != 0) errno = 0;
+    fatal_stop({name_}, std::string("cannot close: ") + strerror(error));
   }
 }
 

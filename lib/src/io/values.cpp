@@ -72,7 +72,10 @@ bool is_overflow(const RealParts& parts) {
   if (!digits.empty() && is_sign(digits.front())) digits.remove_prefix(1);
   long long exponent = 0;
   const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
-  if (result.ec == std::errc::result_out_of_range) return !negative;
+  constexpr long long beyond_any_mantissa = 1000000000000000;
+  if (result.ec == std::errc::result_out_of_range || exponent > beyond_any_mantissa) {
+    return !negative;
+  }
   return leading_power(parts.mantissa) + (negative ? -exponent : exponent) > 0;
 }
 
