@@ -42,9 +42,4 @@ TEST(ri_sum_d, never_turns_infinities_into_integers) {
   EXPECT_TRUE(std::isnan(sum({inf, -inf})));
 }
 
-TEST(v3_sum_d, sums_each_component) {
-  const std::vector<double> v = {1, 2, 3, 10, 20, 30};
-  EXPECT_EQ(flib::v3_sum_d(2, v.data()), (std::array<double, 3>{11, 22, 33}));
-}
-
 }  // namespace

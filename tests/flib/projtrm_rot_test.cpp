@@ -107,10 +107,6 @@ TEST(rotn, applies_the_matrix_and_not_its_transpose) {
   std::vector<double> v = {1, 2, 3, -4, 5, 6};
   flib::rotn(2, quarter_turn.data(), v.data());
   EXPECT_EQ(v, (std::vector<double>{-2, 1, 3, -5, -4, 6}));
-  const std::vector<double> identity = {1, 0, 0, 0, 1, 0, 0, 0, 1};
-  std::vector<double> same = {0.1, -1e-300, 3e200};
-  flib::rotn(1, identity.data(), same.data());
-  EXPECT_EQ(same, (std::vector<double>{0.1, -1e-300, 3e200}));
 }
 
 }  // namespace

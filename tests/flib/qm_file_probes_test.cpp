@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <array>
 #include <climits>
 #include <cstdlib>
 #include <functional>
@@ -34,6 +35,25 @@ Answers shown(const std::vector<int>& values) {
   return answers;
 }
 
+// What a probe makes of `count` integers.
+template <std::size_t count, class Ask>
+Answers integers(Ask ask) {
+  std::array<int, count> values;
+  values.fill(kept);
+  ask(values);
+  return shown({values.begin(), values.end()});
+}
+
+Answers type_of(const std::string& file) {
+  io::Line label("-"), version("-");
+  int info = kept;
+  testing::internal::CaptureStdout();
+  flib::qm_file_type(file, label, version, info);
+  const bool warned = !testing::internal::GetCapturedStdout().empty();
+  return {std::string(label.content()), std::string(version.content()), shown(info),
+          warned ? "T" : "F"};
+}
+
 // The probes in the order of the answers, with how many each gives.
 struct Probe {
   std::size_t answers;
@@ -41,16 +61,7 @@ struct Probe {
 };
 
 const Probe probes[] = {
-    {4,
-     [](const std::string& file) {
-       io::Line label("-"), version("-");
-       int info = kept;
-       testing::internal::CaptureStdout();
-       flib::qm_file_type(file, label, version, info);
-       const bool warned = !testing::internal::GetCapturedStdout().empty();
-       return Answers{std::string(label.content()), std::string(version.content()), shown(info),
-                      warned ? "T" : "F"};
-     }},
+    {4, type_of},
     {2,
      [](const std::string& file) {
        bool ifoniom = false;
@@ -59,30 +70,24 @@ const Probe probes[] = {
        return Answers{ifoniom ? "T" : "F", shown(info)};
      }},
     {2,
-     [](const std::string& file) {
-       int natom = kept, info = kept;
-       flib::qm_file_natom(file, natom, info);
-       return shown({natom, info});
+     [](const std::string& f) {
+       return integers<2>([&](auto& v) { flib::qm_file_natom(f, v[0], v[1]); });
      }},
     {3,
-     [](const std::string& file) {
-       int nqm = kept, nqmmm = kept, info = kept;
-       flib::qm_file_natom_oniom_qm(file, nqm, nqmmm, info);
-       return shown({nqm, nqmmm, info});
+     [](const std::string& f) {
+       return integers<3>([&](auto& v) { flib::qm_file_natom_oniom_qm(f, v[0], v[1], v[2]); });
      }},
     {5,
-     [](const std::string& file) {
-       int na = kept, nb = kept, nbasis = kept, nbsuse = kept, info = kept;
+     [](const std::string& f) {
        io::close(io::standard_input);
        lseek(STDIN_FILENO, 0, SEEK_SET);
-       flib::qm_file_nbasis_nbsuse(file, na, nb, nbasis, nbsuse, info);
-       return shown({na, nb, nbasis, nbsuse, info});
+       return integers<5>(
+           [&](auto& v) { flib::qm_file_nbasis_nbsuse(f, v[0], v[1], v[2], v[3], v[4]); });
      }},
     {7,
-     [](const std::string& file) {
-       int ni = kept, na = kept, nci = kept, nae = kept, nfc = kept, nfv = kept, info = kept;
-       flib::qm_file_nci(file, ni, na, nci, nae, nfc, nfv, info);
-       return shown({ni, na, nci, nae, nfc, nfv, info});
+     [](const std::string& f) {
+       return integers<7>(
+           [&](auto& v) { flib::qm_file_nci(f, v[0], v[1], v[2], v[3], v[4], v[5], v[6]); });
      }},
 };
 
@@ -146,6 +151,24 @@ TEST(qm_file_probes, take_layers_with_and_without_freeze_codes) {
               "f:8: expected the layer of atom 2, found the end of the file");
 }
 
+TEST(qm_file_probes, recognise_within_the_first_1000_lines_and_200_characters) {
+  const struct {
+    std::string content;
+    Answers answers;
+  } cases[] = {
+      {std::string(66, ' ') + "M\nvasp.5.4 MOLPRO\n", {"VASP", "5.4", "3", "F"}},
+      {std::string(999, '\n') + "HESSIAN", {"BDF HESS", "0", "0", "F"}},
+      {std::string(1000, '\n') + "HESSIAN", {"-", "-", "-1", "T"}},
+      {std::string(194, ' ') + "HESSIAN", {"-", "-", "-1", "T"}},
+  };
+  const support::TempFolder folder;
+  for (const auto& test : cases) {
+    support::write_file("f", test.content);
+    EXPECT_EQ(type_of("f"), test.answers) << test.content;
+  }
+  EXPECT_EQ(type_of("missing"), (Answers{"-", "-", "-1", "F"}));
+}
+
 TEST(qm_file_probes, count_the_rows_of_a_cif_loop) {
   EXPECT_EQ(
       sizes_of("_cell_length_a 1\nloop_\n_atom_site_occupancy\n _atom_site_x\n\nC 1\n# c\nH 1\n"
@@ -163,6 +186,8 @@ TEST(qm_file_probes, stop_where_a_file_breaks_off_or_holds_no_number) {
        "f:4: expected the number of atoms \\(integer\\), found the end of the l"},
       {"ORCA version 5:\nCARTESIAN COORDINATES (ANGSTROEM)\n---\nC 0 0 0\nH 0 0",
        "f:6: expected the end of the atom block after 2 atoms, found the end of the file"},
+      {"x Inc., Pleasanton", "f:2: expected the line with the version, found the end of the file"},
+      {"", "f:1: expected the first line of the file, found an empty file"},
       {"UniMoVib data file\nNATM\n",
        "f:3: expected the number of atoms \\(integer\\), found the end"},
   };

@@ -28,9 +28,4 @@ TEST(output_file, writes_more_than_its_buffer_and_replaces_or_keeps) {
   EXPECT_EQ(support::read_file("out"), text + expected);
 }
 
-TEST(output_file, names_the_system_s_reason_when_it_cannot_open) {
-  EXPECT_EXIT(io::open_replaced(unit, "no/such/folder"), testing::ExitedWithCode(2),
-              "no/such/folder: expected a file that can be written, found: No such file");
-}
-
 }  // namespace

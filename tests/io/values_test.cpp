@@ -58,18 +58,4 @@ TEST(values, reads_integers_of_32_bits_only) {
   }
 }
 
-TEST(values, reads_logicals_by_their_first_letter) {
-  for (const char* token : {"T", ".t", ".TRUE.", "tx1", "true!"}) {
-    bool value = false;
-    EXPECT_TRUE(io::parse_logical(token, value) && value) << token;
-  }
-  for (const char* token : {"F", ".f", ".FALSE.", "fortune"}) {
-    bool value = true;
-    EXPECT_TRUE(io::parse_logical(token, value) && !value) << token;
-  }
-  bool value = false;
-  for (const char* token : {"", ".", "1", "..t", "yes"})
-    EXPECT_FALSE(io::parse_logical(token, value));
-}
-
 }  // namespace
