@@ -50,9 +50,9 @@ void write_header(io::OutputFile& out, const Molecule& m) {
   out.text(" tden_maxloc =    8    2\n tden_maxval = 0.71000000\n\n");
   out.text(" Center  Atomic  Atomic    Atomic            Coordinates (Angstroms)\n");
   out.text(" Number  Symbol  Number     Mass         X           Y           Z\n");
-  for (int a = 0; a < m.natom; ++a) {
-    out.integer(a + 1, 7).text("   C    6     12.00000");
-    for (int i = 0; i < 3; ++i) out.fixed(m.x[static_cast<std::size_t>(3 * a + i)], 15, 9);
+  for (std::size_t a = 0; a < m.x.size(); a += 3) {
+    out.integer(static_cast<long long>(a / 3) + 1, 7).text("   C    6     12.00000");
+    for (std::size_t i = 0; i < 3; ++i) out.fixed(m.x[a + i], 15, 9);
     out.end_line();
   }
 }
@@ -79,9 +79,9 @@ void write_sign_file(const Molecule& m, int job) {
 void write_reference(const Molecule& m) {
   io::OutputFile& com = open("coord-ref.com");
   com.text("# td\n\nsynthetic\n\n0 1\n");
-  for (int a = 0; a < m.natom; ++a) {
+  for (std::size_t a = 0; a < m.x.size(); a += 3) {
     com.text(" C");
-    for (int i = 0; i < 3; ++i) com.fixed(m.x[static_cast<std::size_t>(3 * a + i)], 15, 9);
+    for (std::size_t i = 0; i < 3; ++i) com.fixed(m.x[a + i], 15, 9);
     com.end_line();
   }
   io::close(unit);

@@ -84,7 +84,7 @@ TEST(projtrm_rot, removes_the_motions_exactly_in_principal_axes_only) {
 }
 
 TEST(projtrm_rot, multiplies_in_the_order_of_the_inner_index) {
-  const int n = 37;
+  constexpr std::size_t n = 37;
   std::vector<double> a(n * n), b(n * n), plain(n * n), product(n * n),
       panel(flib::multiply_rows * n);
   for (std::size_t i = 0; i < a.size(); ++i) {

@@ -159,7 +159,7 @@ std::optional<FileFacts> probe_file(const std::string& name) {
                std::string("the probe was ended by the signal ") + strsignal(WTERMSIG(status)));
   }
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return std::nullopt;
-  const std::optional<FileFacts> facts = unpack(message);
+  std::optional<FileFacts> facts = unpack(message);
   if (!facts) io::report({name}, "the probe sent nothing that can be read");
   return facts;
 }

@@ -16,7 +16,7 @@ using Index = std::ptrdiff_t;
 constexpr double epsilon = 2.220446049250313e-16;  // 2**-52, the unit of the convergence test
 constexpr int most_iterations = 30;                // for one eigenvalue
 
-constexpr int reflections_together = 64;
+constexpr Index reflections_together = 64;
 constexpr int sweeps_together = 64;
 
 // ---- tred2e: indices count from 0 below, rows and columns of z are those of the matrix ----------
@@ -217,8 +217,9 @@ void sweep(double* pairs, const Vector& d, const Vector& e, int l, int m) {
     c = p_divides ? inverse : quotient * inverse;
     p = c * d(i) - s * g;
     d(i + 1) = h + s * (c * g + s * d(i));
-    pairs[2 * (i - 1)] = c;
-    pairs[2 * (i - 1) + 1] = s;
+    double* const pair = pairs + 2 * (Index{i} - 1);
+    pair[0] = c;
+    pair[1] = s;
   }
   e(l) = s * p;
   d(l) = c * p;
@@ -267,8 +268,8 @@ void sort_ascending(double* z, Index nm, const Vector& d, int n) {
     }
     if (smallest == i) continue;
     std::swap(d(i), d(smallest));
-    double* const column = z + (i - 1) * nm;
-    std::swap_ranges(column, column + n, z + (smallest - 1) * nm);
+    double* const column = z + Index{i - 1} * nm;
+    std::swap_ranges(column, column + n, z + Index{smallest - 1} * nm);
   }
 }
 

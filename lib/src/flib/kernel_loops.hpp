@@ -11,8 +11,8 @@ namespace {
 
 using Index = std::ptrdiff_t;
 
-constexpr int lanes = KERNEL_LANES;
-constexpr int width = lanes * static_cast<int>(sizeof(double));
+constexpr Index lanes = KERNEL_LANES;
+constexpr int width = KERNEL_LANES * sizeof(double);
 
 typedef double Register __attribute__((vector_size(width)));
 typedef double Unaligned __attribute__((vector_size(width), aligned(8), may_alias));
@@ -29,7 +29,7 @@ KERNEL_INLINE void store(double* to, const Register& value) {
 // ---- reduction_pass ----------------------------------------------------------------------------
 
 // Columns that are taken through a pass together.
-constexpr int block = lanes == 2 ? 4 : 8;
+constexpr Index block = lanes == 2 ? 4 : 8;
 
 // Turns lanes x lanes numbers: element k of column c becomes element c of row k.
 KERNEL_INLINE void transpose(Register (&a)[lanes]) {
@@ -84,7 +84,7 @@ KERNEL_INLINE double pass_elements(double* column, Index j, Index from, const do
 template <bool update, bool multiply>
 KERNEL_INLINE void pass_rows_above(double* z, Index nm, Index j0, const double* u, const double* q,
                                    const double* v, double* product, double (&sums)[block]) {
-  constexpr int groups = block / lanes;
+  constexpr Index groups = block / lanes;
   Register sum[groups] = {};
   for (Index k = 0; k < j0; k += lanes) {
     Register a[groups][lanes];
@@ -148,8 +148,8 @@ void reduction_pass(double* z, Index nm, Index n, const double* u, const double*
 // ---- reflect_columns ---------------------------------------------------------------------------
 
 // Registers that hold one row of a panel.
-constexpr int panel_columns = 8;
-constexpr int panel_registers = panel_columns / lanes;
+constexpr Index panel_columns = 8;
+constexpr Index panel_registers = panel_columns / lanes;
 
 // Turns lanes rows of lanes columns of z, which lie nm apart, into lanes rows of the panel.
 KERNEL_INLINE void pack_square(const double* z, Index nm, double* panel) {
@@ -247,10 +247,10 @@ void reflect_columns(double* z, Index nm, Index count, Index rows, const double*
 // ---- rotate_columns ----------------------------------------------------------------------------
 
 // Rows of a panel: the same element of all of them fills `row_registers` registers.
-constexpr int panel_rows = lanes == 2 ? 4 : 2 * lanes;
-constexpr int row_registers = panel_rows / lanes;
+constexpr Index panel_rows = lanes == 2 ? 4 : 2 * lanes;
+constexpr Index row_registers = panel_rows / lanes;
 // Neighbouring sweeps that go through a panel together, each one column behind the one before.
-constexpr int wave = lanes == 8 ? 8 : 4;
+constexpr Index wave = lanes == 8 ? 8 : 4;
 
 struct Column {
   Register part[row_registers];
@@ -301,7 +301,7 @@ KERNEL_INLINE void rotate_wave(double* panel, const Sweeps& sweeps, int b0) {
   Index top = sweeps.last[b0] - 1;
   Index bottom = sweeps.first[b0];
   for (int b = 0; b < wave; ++b) {
-    pairs[b] = sweeps.pairs + 2 * (b0 + b) * sweeps.stride;
+    pairs[b] = sweeps.pairs + 2 * sweeps.stride * (b0 + b);
     if (sweeps.last[b0 + b] - 1 - b < top) top = sweeps.last[b0 + b] - 1 - b;
     if (sweeps.first[b0 + b] - b > bottom) bottom = sweeps.first[b0 + b] - b;
   }
@@ -371,7 +371,7 @@ void rotate_panel(double* panel, const Sweeps& sweeps) {
   int b = 0;
   for (; b + wave <= sweeps.count; b += wave) rotate_wave(panel, sweeps, b);
   for (; b < sweeps.count; ++b) {
-    rotate_alone(panel, sweeps.pairs + 2 * b * sweeps.stride, sweeps.last[b] - 1, sweeps.first[b]);
+    rotate_alone(panel, sweeps.pairs + 2 * sweeps.stride * b, sweeps.last[b] - 1, sweeps.first[b]);
   }
 }
 
@@ -393,11 +393,11 @@ void rotate_columns(double* z, Index nm, Index n, const Sweeps& sweeps, double* 
 // ---- multiply ----------------------------------------------------------------------------------
 
 // A tile of the product stays in registers while the inner index runs.
-constexpr int tile_registers = 2;
-constexpr int tile_rows = tile_registers * lanes;
-constexpr int tile_columns = 4;
+constexpr Index tile_registers = 2;
+constexpr Index tile_rows = tile_registers * lanes;
+constexpr Index tile_columns = 4;
 
-template <int columns>
+template <Index columns>
 KERNEL_INLINE void multiply_tile(Index n, const double* panel, const double* b, double* product,
                                  Index rows) {
   Register sum[columns][tile_registers] = {};
