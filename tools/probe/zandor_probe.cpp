@@ -94,9 +94,12 @@ int parse_and_report(int argc, char** argv) {
   try {
     app.parse(arguments_backwards(argc, argv));
   } catch (const CLI::ParseError& error) {
-    const int status = app.exit(error) == 0 ? recognised : not_read;
+    if (error.get_exit_code() != 0) {
+      io::fatal_stop(std::string(error.what()) + " (see zandor_probe --help)");
+    }
+    app.exit(error);  // prints the help or the version
     if (!std::cout.flush()) io::fatal_stop({"standard output"}, "cannot write");
-    return status;
+    return recognised;
   }
   return report_files(names, as_json);
 }

@@ -141,20 +141,13 @@ int InputFile::read_record(std::string_view& record) {
   }
 }
 
-// Goes on to the next record start without holding the record; 0 at the end of the file.
-std::size_t InputFile::pass_record() {
-  std::size_t passed = 0;
+// Goes on to the next record start without holding the record, part of which lies ahead.
+void InputFile::pass_record() {
   for (;;) {
-    const std::string_view text = ahead();
-    const std::size_t line_end = text.find('\n');
-    const std::size_t size = line_end == std::string_view::npos ? text.size() : line_end + 1;
-    next_ += static_cast<std::int64_t>(size);
-    passed += size;
-    if (line_end != std::string_view::npos || (at_end_ && passed > 0)) return passed;
-    if (at_end_) {
-      hit_end_ = true;
-      return 0;
-    }
+    const std::size_t line_end = ahead().find('\n');
+    const bool found = line_end != std::string_view::npos;
+    next_ += static_cast<std::int64_t>(found ? line_end + 1 : ahead().size());
+    if (found || at_end_) return;
     load_more();
   }
 }

@@ -64,7 +64,7 @@ class InputFile {
   std::size_t read_into(std::size_t place, std::size_t size, std::int64_t offset);
   void reserve(std::size_t size);
   std::string_view complete_records();
-  std::size_t pass_record();
+  void pass_record();
   std::int64_t record_start_before(std::int64_t offset);
   bool find_in_records(std::string_view records, std::string_view word, bool any_case,
                        std::size_t capacity, std::size_t& begin);
