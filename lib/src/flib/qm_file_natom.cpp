@@ -128,8 +128,8 @@ struct Row {
   CountAtoms count_atoms;
 };
 
-// Columns as the programs print them. MOLPRO's row is for callers that know the label by other
-// means; no file gets it.
+// Columns as the programs print them. No file gets the label MOLPRO; its row waits for one that
+// does.
 constexpr Row rows[] = {
     {"BDF OUT", "Atom           Cartcoord(Bohr)", anywhere, lines_up_to_blank<0>},
     {"BDF UMV", "NATM", {1, 4}, on_next_line},
