@@ -38,7 +38,7 @@ struct RunData {
 
   // Sizes.
   int natom = 0;    // atoms
-  int nfile = 0;    // read and not used
+  int nfile = 0;    // of the job list; nothing uses it
   int n3 = 0;       // Cartesian coordinates, 3 natom
   int n6 = 0;       // displaced jobs, 6 natom
   int nop = 0;      // symmetry operations
@@ -56,7 +56,7 @@ struct RunData {
   std::vector<io::Text<2>> symbol;  // element symbol of atom a at [a - 1]
   std::vector<int> nat;             // atomic number of atom a at [a - 1]
   flib::Array<double, 1> mass;      // natom, electron masses
-  flib::Array<double, 1> sqtmass;   // n3: square root of the mass that owns the coordinate
+  flib::Array<double, 1> sqtmass;   // n3: square root of the mass of the coordinate's atom
   flib::Array<double, 2> x;         // 3 x natom, Bohr
   flib::Array<double, 2> xa;        // 3 x natom, Angstrom
   std::array<double, 3> dipole0{};  // transition dipole

@@ -23,7 +23,8 @@ constexpr int sweeps_together = 64;
 //
 // The upper triangle of z stands for the symmetric block that is still to be reduced: column j
 // holds what row j of the lower triangle would, so that every loop runs along columns. Step i
-// leaves its Householder vector u in column i above the diagonal, and 2 / (u^T u) as d(i).
+// leaves its Householder vector u in column i above the diagonal, and h, half of u^T u, as d(i):
+// the reflection is 1 - u u^T / h.
 
 // A rank-two update u q^T + q u^T that the block has not seen yet; null where there is none.
 struct Pending {

@@ -148,7 +148,7 @@ void reduction_pass(double* z, Index nm, Index n, const double* u, const double*
 // ---- reflect_columns ---------------------------------------------------------------------------
 
 // Registers that hold one row of a panel.
-constexpr Index panel_columns = 8;
+constexpr Index panel_columns = reflection_columns;
 constexpr Index panel_registers = panel_columns / lanes;
 
 // Turns lanes rows of lanes columns of z, which lie nm apart, into lanes rows of the panel.

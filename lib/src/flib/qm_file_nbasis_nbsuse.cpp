@@ -37,6 +37,7 @@ bool read_checkpoint(int fid, const Counts& counts) {
 }
 
 bool read_log(int fid, const Counts& counts) {
+  io::go_to_end(fid);
   io::Line line;
   if (!search_word_back(fid, 16, 21, "RedAO=", line)) return false;
   counts.nbasis = integer_behind_items(fid, line.padded(), 1, "NBasis");
@@ -118,20 +119,19 @@ bool read_nothing(int /*fid*/, const Counts& /*counts*/) { return false; }
 struct Row {
   std::string_view label;
   ReadCounts read_counts;
-  bool from_end;  // the file is searched backwards
 };
 
 // The files of the kinds that read nothing hold no count of basis functions.
 constexpr Row rows[] = {
-    {"GAUSSIAN FCHK", read_checkpoint, false},
-    {"GAUSSIAN LOG", read_log, true},
-    {"CHEMSHELL", read_nothing, false},
-    {"CIF", read_nothing, false},
-    {"MOLPRO", read_nothing, false},
-    {"ZANDORCE", read_nothing, false},
-    {"NWCHEM", read_nwchem, false},
-    {"PWOUT", read_nothing, false},
-    {"TURBOMOLE", read_turbomole, false},
+    {"GAUSSIAN FCHK", read_checkpoint},
+    {"GAUSSIAN LOG", read_log},
+    {"CHEMSHELL", read_nothing},
+    {"CIF", read_nothing},
+    {"MOLPRO", read_nothing},
+    {"ZANDORCE", read_nothing},
+    {"NWCHEM", read_nwchem},
+    {"PWOUT", read_nothing},
+    {"TURBOMOLE", read_turbomole},
 };
 
 }  // namespace
@@ -142,7 +142,6 @@ void qm_file_nbasis_nbsuse(std::string_view fname, int& na, int& nb, int& nbasis
   info = -1;
   for (const Row& row : rows) {
     if (row.label != file.file_type.content()) continue;
-    if (row.from_end) io::go_to_end(file.fid);
     if (row.read_counts(file.fid, {na, nb, nbasis, nbsuse})) info = 0;
   }
   io::close(file.fid);

@@ -158,7 +158,7 @@ void assign_value(GroupTokens& tokens, const ControlKey& key) {
 const ControlKey& find_key(GroupTokens& tokens, const Token& token,
                            std::span<const ControlKey> keys) {
   const Item& item = token.item;
-  if (item.kind == Item::Kind::word && token.shown == item.quoted) {
+  if (item.kind == Item::Kind::word && item.prefix.empty()) {
     for (const ControlKey& key : keys) {
       if (equal_in_any_case(item.quoted, key.name)) return key;
     }

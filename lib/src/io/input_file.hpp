@@ -27,7 +27,6 @@ class InputFile {
   // Takes over an open descriptor, which stays open after close().
   void attach(int descriptor, const std::string& name);
   void close();
-  bool is_open() const { return descriptor_ >= 0; }
 
   // Places the file behind its last record.
   void go_to_end();

@@ -23,6 +23,8 @@ class OutputFile {
   void close();
   bool is_open() const { return descriptor_ >= 0; }
 
+  // Text as it stands, line ends included; and the fields of io/fields.hpp. A field is at
+  // most widest_field wide.
   OutputFile& text(std::string_view text);
   OutputFile& text(std::string_view text, int width);
   OutputFile& integer(long long value, int width);

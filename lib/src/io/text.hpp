@@ -47,7 +47,6 @@ class Text {
   std::string_view padded() const { return {chars_.data(), capacity}; }
   // The content without the padding.
   std::string_view content() const { return trimmed(padded()); }
-  std::span<char> buffer() { return chars_; }
   operator std::span<char>() { return chars_; }
 
  private:
