@@ -144,7 +144,7 @@ void read_computed_jobs(RunData& run) {
 }
 
 void derive_symmetry_jobs(RunData& run) {
-  const flib::Array<double, 2> force_tmp("force_tmp", {3, run.natom});
+  flib::Array<double, 2> force_tmp("force_tmp", {3, run.natom});
   const int one_vector = 1;
   for (int i = 1; i <= run.n6; ++i) {
     const Job& job = run.jobs[static_cast<std::size_t>(i)];

@@ -36,13 +36,13 @@ void write_geometry(OutputFile& out, const RunData& run) {
   }
 }
 
-void write_frequencies(OutputFile& out, const flib::ArrayView<double, 1>& freq, int n3) {
+void write_frequencies(OutputFile& out, const flib::ArrayView<const double, 1>& freq, int n3) {
   for (int i = 1; i <= n3; ++i) {
     out.integer(i, 10).fixed(freq(i) * flib::wavenumbers_per_au, 15, 8).end_line();
   }
 }
 
-void write_matrix(OutputFile& out, const flib::ArrayView<double, 2>& matrix, int n3) {
+void write_matrix(OutputFile& out, const flib::ArrayView<const double, 2>& matrix, int n3) {
   for (int i = 1; i <= n3; ++i) {
     out.text(" line").integer(i, 6).end_line();
     const double* const column = matrix.column(i);

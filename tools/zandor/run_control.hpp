@@ -1,4 +1,4 @@
-// First phase: the log file, the command line and the control file; and the run's arrays.
+// First phase: the log file, the command line and the control file.
 #pragma once
 
 #include "run_data.hpp"
@@ -15,8 +15,5 @@ io::Line control_file_name(int argc, const char* const* argv);
 // Reads the control group: symm, disp_a (Angstrom in the file, Bohr afterwards) and disp_sign; the
 // other keys are accepted and ignored.
 void read_control_file(const io::Line& name, RunData& run);
-
-// Obtains the arrays of the run, zero at first.
-void allocate_run_arrays(RunData& run);
 
 }  // namespace zandor

@@ -78,4 +78,8 @@ struct RunData {
   flib::Array<double, 3> disp, dispp;    // 3 x natom x n3, displacements scaled to disp_a
 };
 
+// Obtains the arrays whose sizes natom, n3 and n6 give, zero at first. Memory that cannot be had is
+// a fatal stop.
+void allocate_run_arrays(RunData& run);
+
 }  // namespace zandor

@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include "io/fatal.hpp"
 
@@ -26,6 +27,11 @@ class ArrayView {
     lower_bounds_.fill(1);
     lower_bounds_[rank - 1] = last_lower_bound;
   }
+  // A view that only reads, from one that also writes.
+  template <class Writable>
+  requires(std::is_same_v<const Writable, T> && !std::is_const_v<Writable>)
+      ArrayView(const ArrayView<Writable, rank>& view)
+      : data_(view.data_), extents_(view.extents_), lower_bounds_(view.lower_bounds_) {}
 
   template <class... Index>
   T& operator()(Index... index) const {
@@ -49,6 +55,9 @@ class ArrayView {
   }
 
  private:
+  template <class Other, std::size_t other_rank>
+  friend class ArrayView;
+
   std::size_t offset(const Extents& index) const {
     std::size_t place = 0;
     std::size_t stride = 1;
@@ -89,25 +98,47 @@ T* obtain_elements(const char* name, const std::array<long long, rank>& extents)
   return static_cast<T*>(memory);
 }
 
-// An array that owns its elements, zero at first.
+// An array that owns its elements, zero at first. A constant one cannot be written to.
 template <class T, std::size_t rank>
-class Array : public ArrayView<T, rank> {
+class Array {
  public:
   using Extents = typename ArrayView<T, rank>::Extents;
 
   Array() = default;
   // A fatal stop with the size in bytes when the memory cannot be had. `name` is for that message.
   Array(const char* name, const Extents& extents, long long last_lower_bound = 1)
-      : Array(obtain_elements<T, rank>(name, extents), extents, last_lower_bound) {}
+      : elements_(obtain_elements<T, rank>(name, extents)),
+        view_(elements_.get(), extents, last_lower_bound) {}
+
+  template <class... Index>
+  T& operator()(Index... index) {
+    return view_(index...);
+  }
+  template <class... Index>
+  const T& operator()(Index... index) const {
+    return view_(index...);
+  }
+  template <class... Index>
+  T* column(Index... index) {
+    return view_.column(index...);
+  }
+  template <class... Index>
+  const T* column(Index... index) const {
+    return view_.column(index...);
+  }
+  T* data() { return view_.data(); }
+  const T* data() const { return view_.data(); }
+  std::size_t size() const { return view_.size(); }
+
+  operator ArrayView<T, rank>() { return view_; }
+  operator ArrayView<const T, rank>() const { return view_; }
 
  private:
-  Array(T* memory, const Extents& extents, long long last_lower_bound)
-      : ArrayView<T, rank>(memory, extents, last_lower_bound), elements_(memory) {}
-
   struct Free {
     void operator()(void* memory) const { std::free(memory); }
   };
   std::unique_ptr<T[], Free> elements_;
+  ArrayView<T, rank> view_;
 };
 
 }  // namespace flib

@@ -10,7 +10,7 @@ void com(const int& n, const double* mass, double* x, int& ier) {
   const double total = ri_sum_d(n, mass);
   const ArrayView<const double, 1> masses(mass, {n});
   const ArrayView<double, 2> coordinates(x, {3, n});
-  const Array<double, 2> weighted("mass-weighted coordinates", {3, n});
+  Array<double, 2> weighted("mass-weighted coordinates", {3, n});
   for (int i = 1; i <= n; ++i) {
     for (int k = 1; k <= 3; ++k) weighted(k, i) = coordinates(k, i) * masses(i);
   }

@@ -130,7 +130,7 @@ class ReflectionBatch {
 
 void accumulate(const Kernels& kernels, Index nm, Index n, double* d, double* z) {
   ReflectionBatch batch(n);
-  const Array<double, 1> panel("panel", {n * reflection_columns});
+  Array<double, 1> panel("panel", {n * reflection_columns});
   for (Index begin = 0; begin < n; begin += reflections_together) {
     const Index end = std::min(begin + reflections_together, n);
     batch.take(nm, begin, end, d, z);

@@ -32,17 +32,17 @@ void form_projector(int n3, const Matrix& trvec, const Matrix& p) {
 void projtrm_rot(const int& n, const double* x, const double* mass, double* hess, int& info) {
   info = 0;
   const int n3 = 3 * n;
-  const Array<double, 2> xc("xc", {3, n});
+  Array<double, 2> xc("xc", {3, n});
   std::copy_n(x, n3, xc.data());
   int ier = 0;
   com(n, mass, xc.data(), ier);
-  const Array<double, 2> trvec("trvec", {n3, 6});
+  Array<double, 2> trvec("trvec", {n3, 6});
   formtrm1(n, mass, xc.data(), trvec.data());
 
-  const Array<double, 2> p("p", {n3, n3});
+  Array<double, 2> p("p", {n3, n3});
   form_projector(n3, trvec, p);
-  const Array<double, 2> product("product", {n3, n3});
-  const Array<double, 2> panel("panel", {multiply_rows, n3});
+  Array<double, 2> product("product", {n3, n3});
+  Array<double, 2> panel("panel", {multiply_rows, n3});
   const Kernels& kernels = best_kernels();
   kernels.multiply(n3, hess, p.data(), product.data(), panel.data());
   kernels.multiply(n3, p.data(), product.data(), hess, panel.data());
