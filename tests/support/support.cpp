@@ -1,6 +1,5 @@
 #include "support/support.hpp"
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 
@@ -8,7 +7,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "io/fatal.hpp"
+#include "io/process.hpp"
 
 const char* const io::program_name = "test";
 
@@ -54,6 +53,25 @@ Outcome run(const std::vector<std::string>& command) {
   outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 1000 + WTERMSIG(raw);
   if (outcome.status > 128 && outcome.status < 1000) outcome.status += 1000 - 128;  // by the shell
   return outcome;
+}
+
+testing::AssertionResult stops(int status, const std::string& text,
+                               const std::function<void()>& body) {
+  std::string said;
+  const auto say = [&](const io::Place& place, std::string_view message) {
+    said.append(place.file) += ":" + std::to_string(place.line) + ": ";
+    said.append(message) += "\n";
+  };
+  const io::SinkScope sink({.report = say, .warn = say, .print_line = [&](std::string_view line) {
+                              said.append(line) += "\n";
+                            }});
+  const auto stop = io::collect(body);
+  if (!stop) return testing::AssertionFailure() << "went on, and said: " << said;
+  io::report(*stop);
+  if (stop->status == status && said.find(text) != std::string::npos) {
+    return testing::AssertionSuccess();
+  }
+  return testing::AssertionFailure() << "status " << stop->status << ", said: " << said;
 }
 
 }  // namespace support

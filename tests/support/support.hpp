@@ -1,7 +1,10 @@
 // Temporary folders, whole files and child processes for the tests.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -35,5 +38,10 @@ struct Outcome {
 
 // Runs a program in the working folder, with nothing on standard input.
 Outcome run(const std::vector<std::string>& command);
+
+// Whether the body comes to a fatal stop with this status, and what it shows until then ends with
+// its line: "FILE:LINE: MESSAGE", which has to hold the text.
+testing::AssertionResult stops(int status, const std::string& text,
+                               const std::function<void()>& body);
 
 }  // namespace support

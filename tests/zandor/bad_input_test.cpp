@@ -113,17 +113,22 @@ TEST(bad_input, of_an_image_that_a_derived_job_uses) {
       "operation 1, found 3\n");
 }
 
-TEST(bad_input, or_a_full_disk_stops_before_the_files_that_would_follow) {
-  for (const std::string result : {"zandor-es.out", "vib.xyz", "vibp.xyz"}) {
+TEST(bad_input, or_a_full_disk_leaves_the_results_of_yesterday) {
+  const std::vector<std::string> results = {"zandor-es.out", "vib.xyz", "vibp.xyz"};
+  for (const std::string& full : results) {
     const support::TempFolder folder;
     fs::copy(good, ".");
-    fs::create_symlink("/dev/full", result);
+    for (const std::string& result : results) {
+      if (result != full) write_file(result, "yesterday");
+    }
+    fs::create_symlink("/dev/full", full);
     const support::Outcome outcome = support::run({ZANDOR_GATHER, "control.inp"});
-    EXPECT_EQ(outcome.err,
-              "zandor_gather: " + result + ": cannot write: No space left on device\n");
+    EXPECT_EQ(outcome.err, "zandor_gather: " + full + ": cannot write: No space left on device\n");
     EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(fs::exists("vib.xyz"), result != "zandor-es.out");
-    EXPECT_EQ(fs::exists("vibp.xyz"), result == "vibp.xyz");
+    for (const std::string& result : results) {
+      if (result == full) continue;
+      EXPECT_EQ(support::read_file(result), "yesterday");
+    }
   }
 }
 
@@ -135,6 +140,8 @@ TEST(bad_input, neither_hangs_at_pipes_nor_writes_messages_into_files) {
   EXPECT_EQ(support::run({"sh", "-c", closed_output}).err,
             "zandor_gather: standard output: cannot write: Bad file descriptor\n");
   EXPECT_EQ(support::read_file("result.log"), "");
+  EXPECT_TRUE(fs::exists("zandor-es.out")) << "the warning that was lost is no reason to stop";
+  fs::remove("vib.xyz");
   mkfifo("vib.xyz", 0600);
   EXPECT_EQ(support::run({"timeout", "20", ZANDOR_GATHER, "control.inp"}).err,
             "zandor_gather: vib.xyz: expected a file that can be written, found: No such device or "

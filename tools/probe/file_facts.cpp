@@ -1,14 +1,12 @@
 #include "file_facts.hpp"
 
+#include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <nlohmann/json.hpp>
 
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/qm_file_natom.hpp"
@@ -25,34 +23,12 @@ namespace {
 
 constexpr int unset = std::numeric_limits<int>::min();
 
-[[noreturn]] void stop_at_system(const char* what) {
-  io::fatal_stop(std::string("cannot ") + what + ": " + strerror(errno));
-}
-
-std::string read_all(int descriptor) {
-  std::string text;
-  char block[4096];
-  ssize_t got = 0;
-  while ((got = ::read(descriptor, block, sizeof block)) > 0) {
-    text.append(block, static_cast<std::size_t>(got));
-  }
-  return text;
-}
-
 void recognise(const std::string& name, FileFacts& facts) {
-  // The library prints its warning on standard output, which here belongs to the results: the first
-  // one is caught, those of the later probes go nowhere.
-  int ends[2];
-  if (::pipe(ends) != 0 || ::dup2(ends[1], STDOUT_FILENO) < 0) stop_at_system("catch the warning");
-  ::close(ends[1]);
   io::Line type;
   io::Line version;
   flib::qm_file_type(name, type, version, facts.info);
-  if (std::freopen("/dev/null", "w", stdout) == nullptr) stop_at_system("open /dev/null");
   facts.type = type.content();
   facts.version = version.content();
-  facts.warning = read_all(ends[0]);
-  facts.warning.resize(facts.warning.find_last_not_of('\n') + 1);
 }
 
 void add_counts(FileFacts& facts, int info, std::vector<std::pair<std::string, int>> counts) {
@@ -86,18 +62,29 @@ void ask_probes(const std::string& name, FileFacts& facts) {
   }
 }
 
-// The name by which the library's routines find the file: they take 200 characters without trailing
-// blanks, so a longer path is asked from within its folder.
-std::string name_for_library(const std::string& name) {
-  std::string short_name = name;
-  const std::size_t slash = name.rfind('/');
-  if (name.size() > io::line_capacity && slash != std::string::npos && slash > 0) {
-    if (::chdir(name.substr(0, slash).c_str()) != 0) {
-      io::fatal_stop({name},
-                     std::string("expected a file that can be read, found: ") + strerror(errno));
-    }
-    short_name = name.substr(slash + 1);
+// Goes to the folder of a file, and back.
+class FolderOfFile {
+ public:
+  explicit FolderOfFile(const std::string& name)
+      : before_(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (before_ < 0 || ::chdir(name.substr(0, name.rfind('/')).c_str()) != 0) stop(name);
   }
+  ~FolderOfFile() {
+    // The folder is where it was, unless somebody has closed it meanwhile: the next name tells.
+    if (::fchdir(before_) == 0) ::close(before_);
+  }
+  FolderOfFile(const FolderOfFile&) = delete;
+  FolderOfFile& operator=(const FolderOfFile&) = delete;
+
+ private:
+  [[noreturn]] static void stop(const std::string& name) {
+    io::fatal_stop({name},
+                   std::string("expected a file that can be read, found: ") + strerror(errno));
+  }
+  int before_;
+};
+
+void require_readable_name(const std::string& name, const std::string& short_name) {
   if (short_name.size() > io::line_capacity || short_name.ends_with(' ')) {
     io::fatal_stop({name},
                    "expected a file name of at most 200 characters that does not end in a "
@@ -109,59 +96,31 @@ std::string name_for_library(const std::string& name) {
     // Every probe reads the file from its beginning.
     io::fatal_stop({name}, "expected a regular file, found a pipe or a device");
   }
-  return short_name;
 }
 
-// The child: asks the probes and sends what they say through the pipe.
-[[noreturn]] void run_child(const std::string& name, int to_parent) {
-  const std::string short_name = name_for_library(name);
+FileFacts ask_all(const std::string& name, const std::string& short_name) {
+  require_readable_name(name, short_name);
   FileFacts facts;
+  // Every probe recognises the file anew and would print its warning once more.
+  const io::SinkScope sink({.print_line = [&facts](std::string_view line) {
+    if (facts.warning.empty()) facts.warning = line;
+  }});
   recognise(short_name, facts);
   ask_probes(short_name, facts);
-  const std::vector<std::uint8_t> message = nlohmann::json::to_cbor(
-      {facts.type, facts.version, facts.info, facts.oniom, facts.warning, facts.counts});
-  const bool sent =
-      ::write(to_parent, message.data(), message.size()) == static_cast<ssize_t>(message.size());
-  ::_exit(sent ? 0 : 2);
-}
-
-std::optional<FileFacts> unpack(const std::string& message) {
-  const nlohmann::json values = nlohmann::json::from_cbor(message, true, false);
-  if (values.is_discarded()) return std::nullopt;
-  FileFacts facts;
-  values.at(0).get_to(facts.type);
-  values.at(1).get_to(facts.version);
-  values.at(2).get_to(facts.info);
-  values.at(3).get_to(facts.oniom);
-  values.at(4).get_to(facts.warning);
-  values.at(5).get_to(facts.counts);
   return facts;
 }
 
 }  // namespace
 
-std::optional<FileFacts> probe_file(const std::string& name) {
-  int ends[2];
-  if (::pipe(ends) != 0) stop_at_system("make a pipe");
-  const pid_t child = ::fork();
-  if (child < 0) stop_at_system("start a process");
-  if (child == 0) {
-    ::close(ends[0]);
-    run_child(name, ends[1]);
+FileFacts probe_file(const std::string& name) {
+  // The library's routines take names of 200 characters: a longer path is asked from within its
+  // folder.
+  const std::size_t slash = name.rfind('/');
+  if (name.size() <= io::line_capacity || slash == std::string::npos || slash == 0) {
+    return ask_all(name, name);
   }
-  ::close(ends[1]);
-  const std::string message = read_all(ends[0]);
-  ::close(ends[0]);
-  int status = 0;
-  if (::waitpid(child, &status, 0) != child) stop_at_system("wait for a process");
-  if (WIFSIGNALED(status)) {
-    io::report({name},
-               std::string("the probe was ended by the signal ") + strsignal(WTERMSIG(status)));
-  }
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return std::nullopt;
-  std::optional<FileFacts> facts = unpack(message);
-  if (!facts) io::report({name}, "the probe sent nothing that can be read");
-  return facts;
+  const FolderOfFile folder(name);
+  return ask_all(name, name.substr(slash + 1));
 }
 
 }  // namespace probe

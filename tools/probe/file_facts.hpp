@@ -1,7 +1,6 @@
 // What the library's probes say of one quantum-chemistry file.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,8 +16,7 @@ struct FileFacts {
   std::vector<std::pair<std::string, int>> counts;
 };
 
-// Asks every probe that suits the file. Runs in a child process, because a file that cannot be read
-// or breaks off ends it: the message is then on standard error and nothing comes back.
-std::optional<FileFacts> probe_file(const std::string& name);
+// Asks every probe that suits the file. One that cannot be read or breaks off is a fatal stop.
+FileFacts probe_file(const std::string& name);
 
 }  // namespace probe

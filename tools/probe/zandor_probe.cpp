@@ -1,11 +1,10 @@
 // zandor_probe: says of quantum-chemistry files which program wrote them, and what sizes they hold.
-#include <CLI/CLI.hpp>
-#include <csignal>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "file_facts.hpp"
-#include "io/fatal.hpp"
+#include "io/process.hpp"
+#include "options.hpp"
 
 const char* const io::program_name = "zandor_probe";
 
@@ -50,12 +49,15 @@ int report_file(const std::string& name, bool as_json, bool first) {
     io::report({name}, "expected the name of a file, found '-' (standard input is not read)");
     return not_read;
   }
-  const auto facts = probe::probe_file(name);
-  if (!facts) return not_read;
-  print(record_of(name, *facts), as_json, first);
+  probe::FileFacts facts;
+  if (const auto stop = io::collect([&] { facts = probe::probe_file(name); })) {
+    io::report(*stop);
+    return not_read;
+  }
+  print(record_of(name, facts), as_json, first);
   if (!std::cout.flush()) io::fatal_stop({"standard output"}, "cannot write the results");
-  if (facts->warning.empty()) return recognised;
-  std::cerr << io::printable(facts->warning) << '\n';
+  if (facts.warning.empty()) return recognised;
+  std::cerr << io::printable(facts.warning) << '\n';
   return not_recognised;
 }
 
@@ -70,49 +72,21 @@ int report_files(const std::vector<std::string>& names, bool as_json) {
   return status;
 }
 
-// The arguments from the last to the first, as the parser wants them. It would take a name in
-// brackets for a list of names.
-std::vector<std::string> arguments_backwards(int argc, char** argv) {
-  std::vector<std::string> arguments;
-  for (int i = argc - 1; i > 0; --i) {
-    const std::string argument = argv[i];
-    arguments.push_back(argument.starts_with('[') ? "./" + argument : argument);
-  }
-  return arguments;
-}
-
 int parse_and_report(int argc, char** argv) {
   CLI::App app(
-      "Says of each file which quantum-chemistry program wrote it and what sizes it holds.\n"
-      "Exit status: 0 all files recognised, 1 some not, 2 some could not be read.",
+      "Says of each file which quantum-chemistry program wrote it and what sizes it holds.",
       io::program_name);
+  app.footer("Exit status: 0 all files recognised, 1 some not, 2 some could not be read.");
   std::vector<std::string> names;
   bool as_json = false;
   app.add_option("FILE", names, "files to look at")->required();
   app.add_flag("--json", as_json, "one JSON object per line");
-  app.set_version_flag("--version", "zandor_probe " ZANDOR_VERSION);
-  try {
-    app.parse(arguments_backwards(argc, argv));
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() != 0) {
-      io::fatal_stop(std::string(error.what()) + " (see zandor_probe --help)");
-    }
-    app.exit(error);  // prints the help or the version
-    if (!std::cout.flush()) io::fatal_stop({"standard output"}, "cannot write");
-    return recognised;
-  }
+  if (!options::parse(app, argc, argv)) return recognised;
   return report_files(names, as_json);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  io::prepare_process();
-  // The ends of the child processes are waited for, whatever the caller has set.
-  std::signal(SIGCHLD, SIG_DFL);
-  try {
-    return parse_and_report(argc, argv);
-  } catch (const std::exception& error) {
-    io::fatal_stop(error.what());
-  }
+  return io::run_program([&] { return parse_and_report(argc, argv); });
 }

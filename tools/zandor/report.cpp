@@ -126,4 +126,11 @@ void write_animations(const RunData& run) {
                       run.freqp.data());
 }
 
+void write_results(const RunData& run) {
+  io::begin_results();
+  write_animations(run);
+  write_report(run);
+  io::put_results_in_place();
+}
+
 }  // namespace zandor

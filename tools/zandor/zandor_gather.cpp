@@ -1,7 +1,7 @@
 // zandor_gather: numerical vibrational analysis of an excited state from one gradient calculation
 // per displaced geometry. Runs in the job directory; the first argument names the control file.
 #include "dipole_derivatives.hpp"
-#include "io/fatal.hpp"
+#include "io/process.hpp"
 #include "job_list.hpp"
 #include "job_results.hpp"
 #include "report.hpp"
@@ -10,9 +10,10 @@
 
 const char* const io::program_name = "zandor_gather";
 
-int main(int argc, char** argv) {
+namespace {
+
+int run_phases(int argc, char** argv) {
   using namespace zandor;
-  io::prepare_process();
   open_run_log();
   RunData run;
   read_control_file(control_file_name(argc, argv), run);
@@ -21,8 +22,13 @@ int main(int argc, char** argv) {
   read_job_results(run);
   differentiate_transition_dipoles(run);
   analyse_vibrations(run);
-  write_report(run);
-  write_animations(run);
+  write_results(run);
   close_run_log();
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return io::run_program([&] { return run_phases(argc, argv); });
 }

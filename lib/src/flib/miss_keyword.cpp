@@ -1,6 +1,5 @@
 #include "flib/miss_keyword.hpp"
 
-#include <cstdlib>
 #include <string>
 
 #include "io/fatal.hpp"
@@ -10,7 +9,7 @@ namespace flib {
 
 void miss_keyword(std::string_view word) {
   io::print_line("Can not find keyword " + std::string(io::trimmed(word)) + " stop!");
-  std::exit(1);
+  io::silent_stop(1);
 }
 
 }  // namespace flib

@@ -6,7 +6,7 @@
 namespace flib {
 
 // Prints "Can not find keyword WORD stop!" on standard output (WORD without trailing blanks) and
-// ends the process with exit status 1.
+// stops with exit status 1.
 [[noreturn]] void miss_keyword(std::string_view word);
 
 }  // namespace flib

@@ -1,7 +1,5 @@
 #include "flib/qm_file_nci.hpp"
 
-#include <cstdlib>
-
 #include "flib/qm_file.hpp"
 #include "flib/search_word.hpp"
 #include "io/fatal.hpp"
@@ -40,7 +38,7 @@ void qm_file_nci(std::string_view fname, int& ni, int& na, int& nci, int& nae, i
   info = -1;
   if (file.file_type.content() != "GAUSSIAN LOG") {
     io::print_line("The method has not been implemented, stop!");
-    std::exit(1);
+    io::silent_stop(1);
   }
   io::go_to_end(file.fid);
   io::Line line;

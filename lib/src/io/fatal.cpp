@@ -1,13 +1,13 @@
 #include "io/fatal.hpp"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
-#include <cstring>
-#include <new>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+#include "io/write_all.hpp"
 
 namespace io {
 
@@ -15,21 +15,21 @@ namespace {
 
 constexpr std::size_t longest_quote = 40;
 
-// Writes all of `text`; the result is 0 or the error number.
-int write_all(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return 0;
+struct Messages {
+  Sink sink;
+  int output_error = 0;
+};
+
+Messages& messages() {
+  static Messages state;
+  return state;
 }
 
-std::string located(const Place& place) {
+std::string located(const Place& place, std::string_view message) {
   std::string text = printable(place.file);
   if (place.line > 0) text += ":" + std::to_string(place.line);
-  return text + ": ";
+  if (!text.empty()) text += ": ";
+  return text.append(message);
 }
 
 void write_message(const std::string& message) {
@@ -60,44 +60,46 @@ std::string quoted(std::string_view text) {
   return "'" + printable(text.substr(0, longest_quote)) + (cut ? "'..." : "'");
 }
 
-void fatal_stop(std::string_view message) {
-  write_message(std::string(message));
-  std::exit(2);
+std::string shown(double value) {
+  if (std::isnan(value)) return "NaN";
+  if (std::isinf(value)) return value < 0.0 ? "-Infinity" : "Infinity";
+  char text[32];
+  return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
+
+void fatal_stop(std::string_view message) { fatal_stop({}, message); }
 
 void fatal_stop(const Place& place, std::string_view message) {
-  fatal_stop(located(place) + std::string(message));
+  throw Stop{2, std::string(place.file), place.line, std::string(message)};
 }
 
+void silent_stop(int status) { throw Stop{status, {}, 0, {}}; }
+
+SinkScope::SinkScope(Sink sink) : before_(std::exchange(messages().sink, std::move(sink))) {}
+
+SinkScope::~SinkScope() { messages().sink = std::move(before_); }
+
 void report(const Place& place, std::string_view message) {
-  write_message(located(place) + std::string(message));
+  if (messages().sink.report) return messages().sink.report(place, message);
+  write_message(located(place, message));
+}
+
+void report(const Stop& stop) {
+  if (!stop.message.empty()) report({stop.file, stop.line}, stop.message);
 }
 
 void warn(const Place& place, std::string_view message) {
-  write_message("warning: " + located(place) + std::string(message));
+  if (messages().sink.warn) return messages().sink.warn(place, message);
+  write_message("warning: " + located(place, message));
 }
 
 void print_line(std::string_view line) {
+  Messages& state = messages();
+  if (state.sink.print_line) return state.sink.print_line(line);
   const int error = write_all(STDOUT_FILENO, std::string(line) + "\n");
-  if (error != 0) fatal_stop({"standard output"}, std::string("cannot write: ") + strerror(error));
+  if (state.output_error == 0) state.output_error = error;
 }
 
-void prepare_process() {
-  // A closed standard stream is replaced by one that cannot be written: to write to it stays a
-  // failure, and messages cannot end up in the next file that is opened.
-  while (true) {
-    const int descriptor = ::open("/dev/null", O_RDONLY);
-    if (descriptor > STDERR_FILENO) ::close(descriptor);
-    if (descriptor < 0 || descriptor > STDERR_FILENO) break;
-  }
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);
-  std::set_new_handler([] {
-    // No message is composed here: there is no memory to compose it in.
-    write_all(STDERR_FILENO, program_name);
-    write_all(STDERR_FILENO, ": expected memory for the input read so far, found none left\n");
-    std::_Exit(2);
-  });
-}
+int output_error() { return messages().output_error; }
 
 }  // namespace io

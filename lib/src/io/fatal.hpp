@@ -1,6 +1,7 @@
-// The fatal stop and the warnings: one line on standard error, headed by the program's name.
+// The fatal stop, and the messages and lines that a program shows while it runs.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -9,10 +10,20 @@ namespace io {
 // The name that heads every message. Each program of the project defines it.
 extern const char* const program_name;
 
-// A place in a text file. A line of 0 or less stands for the file as a whole.
+// A place in a text file. A line of 0 or less stands for the file as a whole; no file, for a
+// message without a place.
 struct Place {
-  std::string_view file;
+  std::string_view file = {};
   long long line = 0;
+};
+
+// A fatal stop on its way to main() or to the scope that collects it (io/process.hpp). Routines
+// neither catch nor mention it; nothing else is thrown.
+struct Stop {
+  int status = 2;       // exit status of the program
+  std::string file;     // where the fault lies; empty where there is no file to name
+  long long line = 0;   // 0 for the file as a whole
+  std::string message;  // empty where everything has been printed already
 };
 
 // `text` with every byte that is not printable ASCII written as \xNN, so that it stays on one line.
@@ -21,24 +32,49 @@ std::string printable(std::string_view text);
 // `text` as messages quote what was found: printable, cut to 40 characters, in single quotes.
 std::string quoted(std::string_view text);
 
-// Writes "PROGRAM: MESSAGE" to standard error and ends the process with exit status 2.
-[[noreturn]] void fatal_stop(std::string_view message);
+// A number as messages show it: the fewest digits that give it back, NaN, Infinity or -Infinity.
+std::string shown(double value);
 
-// Writes "PROGRAM: FILE:LINE: MESSAGE" (no line number where there is none), exit status 2.
+// Stops with "FILE:LINE: MESSAGE" (what is not given is left out) and exit status 2.
+[[noreturn]] void fatal_stop(std::string_view message);
 [[noreturn]] void fatal_stop(const Place& place, std::string_view message);
 
-// Writes "PROGRAM: FILE:LINE: MESSAGE" to standard error and goes on, to a stop of another kind.
-void report(const Place& place, std::string_view message);
+// Stops with this exit status and without a message: everything has been printed.
+[[noreturn]] void silent_stop(int status);
 
-// Writes "PROGRAM: warning: FILE:LINE: MESSAGE" to standard error and goes on.
+// Where messages and lines go. What is not set keeps the standard way: standard error, each line
+// headed by the program's name, and standard output.
+struct Sink {
+  std::function<void(const Place& place, std::string_view message)> report = nullptr;
+  std::function<void(const Place& place, std::string_view message)> warn = nullptr;
+  std::function<void(std::string_view line)> print_line = nullptr;
+};
+
+// Sends messages and lines to another sink as long as it lives.
+class SinkScope {
+ public:
+  explicit SinkScope(Sink sink);
+  ~SinkScope();
+  SinkScope(const SinkScope&) = delete;
+  SinkScope& operator=(const SinkScope&) = delete;
+
+ private:
+  Sink before_;
+};
+
+// Shows "PROGRAM: FILE:LINE: MESSAGE" and goes on: to the next of several faults, or to a stop that
+// has no message of its own.
+void report(const Place& place, std::string_view message);
+void report(const Stop& stop);
+
+// Shows "PROGRAM: warning: FILE:LINE: MESSAGE" and goes on.
 void warn(const Place& place, std::string_view message);
 
-// Writes one line to standard output at once; a failure is a fatal stop.
+// Prints one line on standard output at once. A failure does not end the run, which may have better
+// things to write: it is kept, and the program ends with it (see output_error).
 void print_line(std::string_view line);
 
-// Makes a full disk, a closed pipe and memory that runs out end in a fatal stop with its message
-// instead of a signal or an exception, and keeps files from taking the place of a standard stream
-// that is closed. Called once, by main().
-void prepare_process();
+// The error number of the first line that could not be printed, or 0.
+int output_error();
 
 }  // namespace io

@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "io/fatal.hpp"
+#include "io/write_all.hpp"
 
 namespace io {
 
@@ -17,43 +19,42 @@ constexpr std::size_t block_size = std::size_t{256} * 1024;
 
 }  // namespace
 
-int OutputFile::open(const std::string& name, bool keep_content) {
+OutputFile::~OutputFile() {
+  if (kept_ && descriptor_ >= 0) ::close(descriptor_);
+}
+
+int OutputFile::open_replaced(const std::string& name) {
+  const int error = replacement_.begin(name);
+  descriptor_ = replacement_.descriptor();
+  name_ = name;
+  return error;
+}
+
+int OutputFile::open_kept(const std::string& name) {
   // Without O_NONBLOCK a named pipe that nobody reads would hang the run here.
-  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | (keep_content ? 0 : O_TRUNC);
+  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK;
   descriptor_ = ::open(name.c_str(), flags, 0666);
   if (descriptor_ < 0) return errno;
   ::fcntl(descriptor_, F_SETFL, 0);
+  kept_ = true;
   name_ = name;
-  used_ = 0;
   return 0;
 }
 
-void OutputFile::stop(const char* failed, int error) {
-  // Works on regular files only, and only they can look complete.
-  if (::ftruncate(descriptor_, 0) != 0) errno = 0;
-  fatal_stop({name_}, std::string(failed) + strerror(error));
-}
-
 void OutputFile::flush() {
-  const char* from = buffer_.data();
-  while (used_ > 0) {
-    const ssize_t written = ::write(descriptor_, from, used_);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) stop("cannot write: ", errno);
-    from += written;
-    used_ -= static_cast<std::size_t>(written);
-  }
+  const int error = write_all(descriptor_, {buffer_.data(), used_});
+  if (error != 0) fatal_stop({name_}, std::string("cannot write: ") + strerror(error));
+  used_ = 0;
 }
 
-void OutputFile::close() {
+Replacement OutputFile::close() {
   flush();
-  const int descriptor = descriptor_;
-  descriptor_ = -1;
-  if (::close(descriptor) != 0) {
-    const int error = errno;
-    if (::truncate(name_.c_str(), 0) != 0) errno = 0;
-    fatal_stop({name_}, std::string("cannot close: ") + strerror(error));
-  }
+  const int descriptor = std::exchange(descriptor_, -1);
+  int error = 0;
+  if (!kept_) error = replacement_.complete();
+  if (kept_ && ::close(descriptor) != 0) error = errno;
+  if (error != 0) fatal_stop({name_}, std::string("cannot close: ") + strerror(error));
+  return std::move(replacement_);
 }
 
 // Room for `size` characters, at most widest_field where a field is written.

@@ -1,6 +1,6 @@
 // A sequential text file being written: fields are appended to a buffer that goes out in large
-// blocks. Every write and the close are checked; a failure is a fatal stop that leaves a regular
-// file empty, so that half a result never looks like a whole one.
+// blocks. Every write and the close are checked; a failure is a fatal stop. A file that replaces
+// another is not seen before it is complete and put in place (io/replacement.hpp).
 #pragma once
 
 #include <string>
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "io/fields.hpp"
+#include "io/replacement.hpp"
 
 namespace io {
 
@@ -16,12 +17,17 @@ class OutputFile {
   OutputFile() = default;
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
+  ~OutputFile();
 
-  // Creates or replaces the file; with `keep_content` an existing one is opened as it is. The
-  // result is 0 or the error number.
-  int open(const std::string& name, bool keep_content);
-  void close();
-  bool is_open() const { return descriptor_ >= 0; }
+  // Begins a file that replaces what stands under the name, or opens it as it is, created if
+  // absent. The result is 0 or the error number.
+  int open_replaced(const std::string& name);
+  int open_kept(const std::string& name);
+
+  // Ends the writing. One that replaces another comes back complete, to be put in place; nothing
+  // is put in place that is not complete.
+  Replacement close();
+  bool replaces() const { return !kept_; }
 
   // Text as it stands, line ends included; and the fields of io/fields.hpp. A field is at
   // most widest_field wide.
@@ -36,9 +42,10 @@ class OutputFile {
   char* room(std::size_t size);
   void advance(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.data()); }
   void flush();
-  [[noreturn]] void stop(const char* failed, int error);
 
+  Replacement replacement_;
   int descriptor_ = -1;
+  bool kept_ = false;
   std::string name_;
   std::vector<char> buffer_;
   std::size_t used_ = 0;

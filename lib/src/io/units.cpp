@@ -2,10 +2,13 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "io/text.hpp"
 
@@ -13,9 +16,20 @@ namespace io {
 
 namespace {
 
+// An open file and how many were opened before it.
+template <class File>
+struct Opened {
+  std::unique_ptr<File> file;
+  long long number = 0;
+};
+
 struct Table {
-  std::map<int, std::unique_ptr<InputFile>> inputs;
-  std::map<int, OutputFile> outputs;
+  std::map<int, Opened<InputFile>> inputs;
+  std::map<int, Opened<OutputFile>> outputs;
+  long long opened = 0;
+  // Complete files that wait to be put in place together.
+  bool collecting = false;
+  std::vector<Replacement> waiting;
   // A closed input file, kept for the next open so that its buffer need not be obtained again.
   std::unique_ptr<InputFile> spare;
 };
@@ -30,11 +44,11 @@ std::string unit_name(int fid) { return "unit " + std::to_string(fid); }
 InputFile& input(int fid) {
   auto& inputs = table().inputs;
   const auto found = inputs.find(fid);
-  if (found != inputs.end()) return *found->second;
+  if (found != inputs.end()) return *found->second.file;
   if (fid != standard_input) fatal_stop({unit_name(fid)}, "expected an open file, found none");
-  auto& file = inputs[fid] = std::make_unique<InputFile>();
-  file->attach(STDIN_FILENO, "standard input");
-  return *file;
+  auto& opened = inputs[fid] = {std::make_unique<InputFile>(), 0};
+  opened.file->attach(STDIN_FILENO, "standard input");
+  return *opened.file;
 }
 
 int connect_input(int fid, std::string_view name) {
@@ -46,7 +60,7 @@ int connect_input(int fid, std::string_view name) {
   if (error != 0) {
     units.spare = std::move(file);
   } else {
-    units.inputs[fid] = std::move(file);
+    units.inputs[fid] = {std::move(file), ++units.opened};
   }
   return error;
 }
@@ -57,9 +71,19 @@ int connect_input(int fid, std::string_view name) {
              std::string("expected ") + wanted + ", found: " + strerror(error));
 }
 
-void connect_output(int fid, std::string_view name, bool keep_content) {
-  const int error = table().outputs[fid].open(std::string(trimmed(name)), keep_content);
+using Open = int (OutputFile::*)(const std::string& name);
+
+void connect_output(int fid, std::string_view name, Open open) {
+  Table& units = table();
+  auto file = std::make_unique<OutputFile>();
+  const int error = (*file.*open)(std::string(trimmed(name)));
   if (error != 0) stop_at_open(name, "a file that can be written", error);
+  units.outputs[fid] = {std::move(file), ++units.opened};
+}
+
+template <class File>
+void drop_since(std::map<int, Opened<File>>& files, long long number) {
+  std::erase_if(files, [&](const auto& entry) { return entry.second.number > number; });
 }
 
 }  // namespace
@@ -71,21 +95,55 @@ void open_existing(int fid, std::string_view name) {
 
 int try_open_existing(int fid, std::string_view name) { return connect_input(fid, name); }
 
-void open_replaced(int fid, std::string_view name) { connect_output(fid, name, false); }
+void open_replaced(int fid, std::string_view name) {
+  connect_output(fid, name, &OutputFile::open_replaced);
+}
 
-void open_kept(int fid, std::string_view name) { connect_output(fid, name, true); }
+void open_kept(int fid, std::string_view name) {
+  connect_output(fid, name, &OutputFile::open_kept);
+}
 
 void close(int fid) {
   Table& units = table();
   if (const auto found = units.inputs.find(fid); found != units.inputs.end()) {
-    found->second->close();
-    units.spare = std::move(found->second);
+    found->second.file->close();
+    units.spare = std::move(found->second.file);
     units.inputs.erase(found);
   }
-  if (const auto found = units.outputs.find(fid); found != units.outputs.end()) {
-    if (found->second.is_open()) found->second.close();
-    units.outputs.erase(found);
+  const auto found = units.outputs.find(fid);
+  if (found == units.outputs.end()) return;
+  const std::unique_ptr<OutputFile> file = std::move(found->second.file);
+  units.outputs.erase(found);
+  Replacement complete = file->close();
+  if (!file->replaces()) return;
+  if (units.collecting) {
+    units.waiting.push_back(std::move(complete));
+  } else {
+    put_in_place({&complete, 1});
   }
+}
+
+void begin_results() { table().collecting = true; }
+
+void put_results_in_place() {
+  Table& units = table();
+  units.collecting = false;
+  std::vector<Replacement> files = std::move(units.waiting);
+  units.waiting.clear();
+  put_in_place(files);
+}
+
+UnitsMark mark_units() {
+  const Table& units = table();
+  return {units.opened, units.collecting, units.waiting.size()};
+}
+
+void drop_units_since(const UnitsMark& mark) {
+  Table& units = table();
+  drop_since(units.inputs, mark.opened);
+  drop_since(units.outputs, mark.opened);
+  units.collecting = mark.collecting;
+  units.waiting.resize(std::min(units.waiting.size(), mark.waiting));
 }
 
 bool is_open(int fid) { return table().inputs.count(fid) != 0 || table().outputs.count(fid) != 0; }
@@ -130,7 +188,7 @@ OutputFile& output(int fid) {
   if (found == table().outputs.end()) {
     fatal_stop({unit_name(fid)}, "expected a file open for writing, found none");
   }
-  return found->second;
+  return *found->second.file;
 }
 
 }  // namespace io

@@ -2,6 +2,7 @@
 // the library keeps between calls.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -22,13 +23,29 @@ void open_existing(int fid, std::string_view name);
 // The same, but the result says how it went: 0 or the system's error number. Nothing is open then.
 int try_open_existing(int fid, std::string_view name);
 
-// Opens a file for writing: created or replaced, or (open_kept) created if absent and otherwise
-// left as it is. Failure is a fatal stop.
+// Opens a file for writing: one that takes the place of what stands under the name when it is
+// closed, or (open_kept) the file itself, created if absent and otherwise left as it is. Failure is
+// a fatal stop.
 void open_replaced(int fid, std::string_view name);
 void open_kept(int fid, std::string_view name);
 
 // Closes a unit; one that is not open is left alone. A failure to write is a fatal stop.
 void close(int fid);
+
+// Between the two calls, files that replace others wait after close() and are put in place
+// together, in the order in which they were closed: all, or after a failure none.
+void begin_results();
+void put_results_in_place();
+
+// A moment in the life of the table. Units opened since then are closed and what was written to
+// them is dropped, files that wait to be put in place included; standard input stays as it is.
+struct UnitsMark {
+  long long opened = 0;
+  bool collecting = false;
+  std::size_t waiting = 0;
+};
+UnitsMark mark_units();
+void drop_units_since(const UnitsMark& mark);
 
 bool is_open(int fid);
 

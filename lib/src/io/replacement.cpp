@@ -1,0 +1,257 @@
+#include "io/replacement.hpp"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include "io/fatal.hpp"
+#include "io/hidden_names.hpp"
+#include "io/write_all.hpp"
+
+namespace io {
+
+namespace {
+
+std::string folder_of(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// Follows links to the file that is to be replaced, which need not exist. False where one of them
+// is an open descriptor (/dev/stdout): that file belongs to whoever opened it.
+bool follow_links(std::string& path) {
+  constexpr int most_links = 40;  // as the system itself follows
+  for (int i = 0; i < most_links; ++i) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return true;
+    if (path.starts_with("/proc/")) return false;
+    char text[4096];
+    const ssize_t size = ::readlink(path.c_str(), text, sizeof text);
+    if (size <= 0) return true;
+    const std::string link(text, static_cast<std::size_t>(size));
+    path = link.front() == '/' ? link : folder_of(path) + "/" + link;
+  }
+  return true;
+}
+
+// Whether a folder takes no new file, though files in it may be written.
+bool is_closed_folder(int error) { return error == EACCES || error == EPERM || error == EROFS; }
+
+std::string path_of_descriptor(int descriptor) {
+  return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+// Holds other programs off that put files into the same folder. They need microseconds; one that
+// holds the folder for longer has stopped, and is not waited for.
+class FolderLock {
+ public:
+  explicit FolderLock(const std::string& folder)
+      : descriptor_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    constexpr int most_tries = 200;
+    for (int i = 0; i < most_tries && ::flock(descriptor_, LOCK_EX | LOCK_NB) != 0; ++i) {
+      if (errno != EWOULDBLOCK) return;  // a file system without such locks
+      ::usleep(10000);
+    }
+  }
+  ~FolderLock() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+
+ private:
+  int descriptor_;
+};
+
+}  // namespace
+
+Replacement::Replacement(Replacement&& other) noexcept { *this = std::move(other); }
+
+Replacement& Replacement::operator=(Replacement&& other) noexcept {
+  if (this == &other) return *this;
+  drop();
+  name_ = std::move(other.name_);
+  target_ = std::move(other.target_);
+  hidden_ = std::exchange(other.hidden_, {});
+  way_ = other.way_;
+  replaces_ = other.replaces_;
+  anonymous_ = other.anonymous_;
+  created_ = other.created_;
+  exchanged_ = other.exchanged_;
+  descriptor_ = std::exchange(other.descriptor_, -1);
+  destination_ = std::exchange(other.destination_, -1);
+  return *this;
+}
+
+Replacement::~Replacement() { drop(); }
+
+void Replacement::drop() {
+  if (!hidden_.empty()) remove_hidden(hidden_);
+  hidden_.clear();
+  close_descriptors();
+}
+
+void Replacement::close_descriptors() {
+  for (int* const descriptor : {&descriptor_, &destination_}) {
+    if (*descriptor >= 0) ::close(*descriptor);
+    *descriptor = -1;
+  }
+}
+
+int Replacement::begin(const std::string& name) {
+  drop();
+  name_ = target_ = name;
+  created_ = exchanged_ = false;
+  if (name.empty()) return ENOENT;
+  struct stat status {};
+  const bool exists = ::stat(name.c_str(), &status) == 0;
+  if (!exists && errno != ENOENT) return errno;
+  if (exists && S_ISDIR(status.st_mode)) return EISDIR;
+  if (exists && ::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) != 0) return errno;
+  if (exists && !S_ISREG(status.st_mode)) return begin_writing(Way::write_through);
+  if (!follow_links(target_)) return begin_writing(Way::write_in_place);
+  const int error = begin_renaming(exists, status.st_mode & 07777);
+  return exists && is_closed_folder(error) ? begin_writing(Way::write_in_place) : error;
+}
+
+int Replacement::begin_renaming(bool exists, mode_t mode) {
+  way_ = Way::rename;
+  replaces_ = exists;
+  const std::string folder = folder_of(target_);
+  // Without /proc an anonymous file could not be given its name.
+  anonymous_ = ::access("/proc/self/fd", X_OK) == 0;
+  if (anonymous_) {
+    descriptor_ = ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+    anonymous_ = descriptor_ >= 0;
+    // These two say that the file system or the system has no such files.
+    if (!anonymous_ && errno != EOPNOTSUPP && errno != EISDIR) return errno;
+  }
+  if (!anonymous_) descriptor_ = open_hidden(folder, hidden_);
+  if (descriptor_ < 0) return errno;
+  return exists && ::fchmod(descriptor_, mode) != 0 ? errno : 0;
+}
+
+int Replacement::begin_writing(Way way) {
+  way_ = way;
+  anonymous_ = true;
+  if (way == Way::write_through) {
+    // Without O_NONBLOCK a named pipe that nobody reads would hang the run here.
+    destination_ = ::open(name_.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
+    if (destination_ < 0) return errno;
+    ::fcntl(destination_, F_SETFL, 0);
+  }
+  descriptor_ = ::memfd_create("results", MFD_CLOEXEC);
+  return descriptor_ < 0 ? errno : 0;
+}
+
+int Replacement::complete() {
+  // Some file systems say only when a descriptor is closed that the content did not fit. The one
+  // to an anonymous file is still needed, so a second one to it is closed.
+  const int closed = anonymous_ ? ::dup(descriptor_) : std::exchange(descriptor_, -1);
+  return closed < 0 || ::close(closed) != 0 ? errno : 0;
+}
+
+// Gives an anonymous file a hidden name.
+int Replacement::link_hidden() {
+  const std::string path = path_of_descriptor(descriptor_);
+  for (int i = 0; i < most_hidden_names; ++i) {
+    const std::string hidden = hidden_name(folder_of(target_), i);
+    if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, hidden.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+      hidden_ = hidden;
+      return 0;
+    }
+    if (errno != EEXIST) return errno;
+  }
+  return EEXIST;
+}
+
+// Writes the content to a device, a pipe or a file that cannot be replaced.
+int Replacement::copy_through() {
+  if (way_ == Way::write_in_place) {
+    destination_ = ::open(name_.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    if (destination_ < 0) return errno;
+  }
+  int error = ::lseek(descriptor_, 0, SEEK_SET) == 0 ? 0 : errno;
+  char block[65536];
+  while (error == 0) {
+    const ssize_t got = ::read(descriptor_, block, sizeof block);
+    if (got == 0) break;
+    if (got < 0 && errno != EINTR) error = errno;
+    if (got > 0) error = write_all(destination_, {block, static_cast<std::size_t>(got)});
+  }
+  if (error != 0 && way_ == Way::write_in_place && ::ftruncate(destination_, 0) != 0) {
+    return error;  // the half file stays; its first failure is the one to tell
+  }
+  const int closed = std::exchange(destination_, -1);
+  return ::close(closed) != 0 && error == 0 ? errno : error;
+}
+
+int Replacement::swap_in() {
+  if (anonymous_ && !replaces_) {
+    const std::string path = path_of_descriptor(descriptor_);
+    if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, target_.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+      created_ = true;
+      return 0;
+    }
+    if (errno != EEXIST) return errno;
+    if (const int error = link_hidden(); error != 0) return error;  // somebody was faster
+  }
+  if (::renameat2(AT_FDCWD, hidden_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE) == 0) {
+    exchanged_ = true;
+    return 0;
+  }
+  // Nothing stands there, or the file system cannot exchange: there is then no way back.
+  const bool nothing_there = errno == ENOENT;
+  if (!nothing_there && errno != EINVAL && errno != ENOSYS) return errno;
+  if (::rename(hidden_.c_str(), target_.c_str()) != 0) return errno;
+  created_ = nothing_there;
+  forget_hidden(hidden_);
+  hidden_.clear();
+  return 0;
+}
+
+void Replacement::swap_back() {
+  if (created_) ::unlink(target_.c_str());
+  if (exchanged_) {
+    ::renameat2(AT_FDCWD, hidden_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE);
+  }
+  created_ = exchanged_ = false;
+}
+
+void put_in_place(std::span<Replacement> files) {
+  if (files.empty()) return;
+  const InterruptsHeld held;
+  const FolderLock lock(folder_of(files.back().target_));
+  const auto stop_at = [&](const Replacement& file, const char* failed, int error) {
+    for (Replacement& other : files) {
+      other.swap_back();
+      other.drop();
+    }
+    fatal_stop({file.name_}, std::string(failed) + strerror(error));
+  };
+  for (Replacement& file : files) {
+    const bool needs_name = file.way_ == Replacement::Way::rename && file.replaces_;
+    const int error = needs_name && file.anonymous_ ? file.link_hidden() : 0;
+    if (error != 0) stop_at(file, "cannot put in place: ", error);
+  }
+  for (Replacement& file : files) {
+    if (file.way_ == Replacement::Way::rename) continue;
+    if (const int error = file.copy_through()) stop_at(file, "cannot write: ", error);
+  }
+  for (Replacement& file : files) {
+    if (file.way_ != Replacement::Way::rename) continue;
+    if (const int error = file.swap_in()) stop_at(file, "cannot put in place: ", error);
+  }
+  for (Replacement& file : files) file.drop();
+}
+
+}  // namespace io

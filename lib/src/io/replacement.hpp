@@ -1,0 +1,67 @@
+// A file that is written out of sight and takes its place when it is complete, alone or together
+// with others. Whatever fails before that leaves the file that stood there as it was.
+#pragma once
+
+#include <sys/types.h>
+
+#include <span>
+#include <string>
+
+namespace io {
+
+class Replacement {
+ public:
+  Replacement() = default;
+  Replacement(Replacement&& other) noexcept;
+  Replacement& operator=(Replacement&& other) noexcept;
+  // What was not put in place disappears.
+  ~Replacement();
+
+  // Opens a file to write what `name` is to hold. The result is 0 or the error number: a name that
+  // cannot be written is found out here. How the content gets to its place:
+  //   - It is written to an anonymous file in the folder of its destination, or to one with a
+  //     hidden name where the file system has none, which takes the place of the old file and its
+  //     permission bits. Links are followed: the file to which they lead is replaced.
+  //   - A name that leads to no regular file (a device, a pipe that somebody reads), and a file
+  //     that can be written in a folder that takes no new one, are written when all is complete;
+  //     until then the content is kept in memory.
+  int begin(const std::string& name);
+
+  // The descriptor to write to.
+  int descriptor() const { return descriptor_; }
+  const std::string& name() const { return name_; }
+
+  // Says that nothing more will be written. The result is 0 or the error number.
+  int complete();
+
+ private:
+  friend void put_in_place(std::span<Replacement> files);
+  enum class Way { rename, write_through, write_in_place };
+
+  int begin_renaming(bool exists, mode_t mode);
+  int begin_writing(Way way);
+  void drop();
+  void close_descriptors();
+  int link_hidden();
+  int copy_through();
+  int swap_in();
+  void swap_back();
+
+  std::string name_;    // as the program calls it
+  std::string target_;  // the file to which it leads
+  std::string hidden_;  // a hidden name in the target's folder; empty where there is none
+  Way way_ = Way::rename;
+  bool replaces_ = false;   // something stood there at the beginning
+  bool anonymous_ = false;  // the descriptor is the only way to the content
+  bool created_ = false;    // put in place where nothing stood
+  bool exchanged_ = false;  // put in place, and the old file is at the hidden name
+  int descriptor_ = -1;
+  int destination_ = -1;  // of a device or pipe, open from the beginning
+};
+
+// Puts complete files in place in their order, all or none: a failure is a fatal stop that takes
+// back those already in place. What is written through goes first, since it cannot be taken back.
+// Interrupts wait until it is done, and so does another program that does this in the same folder.
+void put_in_place(std::span<Replacement> files);
+
+}  // namespace io
