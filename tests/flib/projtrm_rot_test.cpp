@@ -44,6 +44,15 @@ std::vector<double> motions_of(const Molecule& molecule) {
   return v;
 }
 
+TEST(projtrm_rot, does_nothing_without_atoms) {
+  double hess = 5.0;
+  int info = 1;
+  flib::projtrm_rot(0, &hess, &hess, &hess, info);
+  flib::formtrm1(0, &hess, &hess, &hess);
+  EXPECT_EQ(info, 0);
+  EXPECT_EQ(hess, 5.0);
+}
+
 TEST(projtrm_rot, removes_the_motions_exactly_in_principal_axes_only) {
   for (const Molecule& molecule : molecules) {
     const int n3 = static_cast<int>(molecule.x.size());

@@ -180,6 +180,8 @@ TEST(qm_file_probes, stop_where_a_file_breaks_off_or_holds_no_number) {
        "f:8: expected the layer of atom 2, found the end of the l"},
       {log + charges + " C 0.1 0.2 -0.3 H\n",
        "f:8: expected the layer of atom 2, found the end of the file"},
+      {log + " NAtoms= 3 x\n Charge = 0\n\t\n",
+       "f:6: expected the first atom line, found a blank one"},
       {log + " NAtoms= three\n", "f:4: expected the number of atoms (integer), found 'three'"},
       {log + " NAtoms=\n", "f:4: expected the number of atoms (integer), found the end of the l"},
       {"ORCA version 5:\nCARTESIAN COORDINATES (ANGSTROEM)\n---\nC 0 0 0\nH 0 0",

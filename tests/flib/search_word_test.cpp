@@ -92,7 +92,10 @@ TEST_F(SearchWord, finds_substrings_up_to_the_end_of_the_buffer) {
   EXPECT_EQ(shown(flib::search_word_free(unit, "y   ", line_)), "1:x key")
       << "blanks match padding";
   EXPECT_EQ(shown(flib::search_word_free(unit, "", line_)), "2:end key");
-  EXPECT_EQ(shown(flib::search_word_free(unit, "none", line_)), "no");
+  for (const char* none : {"none", "y\nend", "key\r"}) {
+    open("first\nx key\nend key\r\nlast");
+    EXPECT_EQ(shown(flib::search_word_free(unit, none, line_)), "no") << "a line holds no line end";
+  }
   EXPECT_EQ(line_.content(), "last");
 }
 

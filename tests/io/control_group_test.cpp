@@ -66,6 +66,7 @@ TEST(control_group, stops_with_file_and_line) {
       {"&control count = 1 2 /", "size, text), found '2'"},
       {"&control count = 2*1 /", "expected an integer for the key 'count', found '2*1'"},
       {"&control 1*count = 1 /", "size, text), found '1*count'"},
+      {"&control count=2&end", "expected an integer for the key 'count', found '2&end'"},
       {"&control text = 'a'b /", "expected a text in quotes for the key 'text'"},
       {"&control text = 'a\nb", "in:3: expected a closing quote for the text in line 1"},
   };

@@ -13,8 +13,10 @@ void differentiate_transition_dipoles(RunData& run) {
       for (int k = 1; k <= 3; ++k) {
         const double derivative = (run.tdip(k, 2 * ih) - run.tdip(k, 2 * ih - 1)) / run.dx / 2.0;
         if (!std::isfinite(derivative)) {
-          io::fatal_stop("expected finite transition dipole derivatives, found another for atom " +
-                         std::to_string(iatom));
+          io::fatal_stop("expected finite transition dipole derivatives, found " +
+                         io::shown(derivative) + " for coordinate " + std::to_string(ih) +
+                         " (jobs " + std::to_string(2 * ih - 1) + ", " + std::to_string(2 * ih) +
+                         ")");
         }
         run.tddip(k, ixyz, iatom) = derivative;
       }

@@ -24,8 +24,11 @@ namespace {
 io::FreeForm values_of(int fid, std::string_view keyword, io::Line& line) {
   const std::int64_t before = io::position(fid);
   if (!flib::search_word_del_space(fid, keyword, line)) {
-    io::report({io::name(fid)}, "no line holds '" + std::string(keyword) + "' after line " +
-                                    std::to_string(io::line_number(fid, before)));
+    const std::string word(keyword);
+    io::report({io::name(fid)}, io::position(fid) == 0
+                                    ? "expected the keyword '" + word + "', found an empty file"
+                                    : "no line holds '" + word + "' after line " +
+                                          std::to_string(io::line_number(fid, before)));
     flib::miss_keyword(keyword);
   }
   io::FreeForm items(fid, line.padded());

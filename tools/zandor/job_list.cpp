@@ -3,7 +3,9 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <unordered_map>
 
+#include "fault_list.hpp"
 #include "flib/search_word.hpp"
 #include "flib/units_of_measure.hpp"
 #include "io/free_form.hpp"
@@ -15,8 +17,8 @@ namespace {
 
 constexpr const char* section_marker = "Begin_zand_info";
 
-[[noreturn]] void stop_at_line(long long line, const std::string& message) {
-  io::fatal_stop({job_list_name, line}, message);
+void add_fault_at(long long line, const std::string& message, FaultList& faults) {
+  add_fault({.file = job_list_name, .line = line, .message = message}, faults);
 }
 
 void read_sizes(RunData& run) {
@@ -35,14 +37,19 @@ void read_sizes(RunData& run) {
   second.skip_words(3, {"the number of files"});
   second.integer(run.nfile, {"the number of files"});
 
+  double step = 0.0;
   io::FreeForm third(input_unit);
   third.skip_words(1, {"the displacement step"});
-  third.finite_real(run.dx, {"the displacement step"});
-  run.dx /= flib::angstrom_per_bohr;
+  third.finite_real(step, {"the displacement step"});
+  run.dx = step / flib::angstrom_per_bohr;
   if (run.dx == 0.0 || !std::isfinite(run.dx)) {
     io::fatal_stop(io::place(input_unit),
                    "expected a displacement step other than 0 that is finite in Bohr, found " +
                        std::string(run.dx == 0.0 ? "0" : "an infinite one"));
+  }
+  if (!std::isnan(run.control_dx) && run.control_dx != step) {
+    io::warn(io::place(input_unit), "the step is " + io::shown(step) + " Angstrom, and not dx = " +
+                                        io::shown(run.control_dx) + " of the control file");
   }
 }
 
@@ -118,6 +125,7 @@ void read_jobs(RunData& run) {
     const bool has_operation = row.optional_integer(job.iops, {"the operation of job", i});
     if (!has_job || !has_operation) job.missing = row.missing_value();
     job.list_line = io::line_number(input_unit);
+    if (i == run.n6 && !job.is_calc) row.warn_of_open_end({"the operation of job", i});
     const std::string base(io::trimmed(io::without_leading_blanks(name.padded())));
     job.log_name = "coord-" + base + ".log";
     job.sgn_name = "coord-" + base + ".sgn";
@@ -129,44 +137,91 @@ std::string range_text(int first, int last) {
   return std::to_string(first) + ".." + std::to_string(last);
 }
 
+// What is wrong with the line of a derived job; empty when nothing is.
+std::string fault_of(const RunData& run, int i) {
+  const Job& job = run.jobs[static_cast<std::size_t>(i)];
+  if (job.missing != nullptr) {
+    // A slash in a name that is not quoted ends the line before its flag.
+    return "expected T, or a source job and an operation, for job " + std::to_string(i) +
+           ", found " + job.missing;
+  }
+  const std::string which = " for the derived job " + std::to_string(i) + ", found ";
+  if (job.iops < 1 || job.iops > run.nop) {
+    return "expected an operation within " + range_text(1, run.nop) + which +
+           std::to_string(job.iops);
+  }
+  if (job.calc_m < 0 || job.calc_m > run.n6) {
+    return "expected a source job within " + range_text(0, run.n6) + which +
+           std::to_string(job.calc_m);
+  }
+  return {};
+}
+
 void check_sources(const RunData& run, std::vector<char>& operation_used) {
+  FaultList faults{"jobs"};
   for (int i = 1; i <= run.n6; ++i) {
     const Job& job = run.jobs[static_cast<std::size_t>(i)];
     if (job.is_calc) continue;
-    if (job.missing != nullptr) {
-      // A slash in a name that is not quoted ends the line before its flag.
-      stop_at_line(job.list_line, "expected T, or a source job and an operation, for job " +
-                                      std::to_string(i) + ", found " + job.missing);
-    }
-    const std::string which = " for the derived job " + std::to_string(i);
-    if (job.iops < 1 || job.iops > run.nop) {
-      stop_at_line(job.list_line, "expected an operation within " + range_text(1, run.nop) + which +
-                                      ", found " + std::to_string(job.iops));
-    }
-    if (job.calc_m < 0 || job.calc_m > run.n6) {
-      stop_at_line(job.list_line, "expected a source job within " + range_text(0, run.n6) + which +
-                                      ", found " + std::to_string(job.calc_m));
+    const std::string fault = fault_of(run, i);
+    if (!fault.empty()) {
+      add_fault_at(job.list_line, fault, faults);
+      continue;
     }
     operation_used[static_cast<std::size_t>(job.iops)] = 1;
   }
+  stop_at_faults(faults);
 }
 
 void check_images(const RunData& run, const std::vector<char>& operation_used) {
+  FaultList faults{"images"};
   for (int a = 1; a <= run.natom; ++a) {
     for (int k = 1; k <= run.nop; ++k) {
       const int image = run.atom_m(a, k);
       if (operation_used[static_cast<std::size_t>(k)] == 0 || (image >= 1 && image <= run.natom)) {
         continue;
       }
-      stop_at_line(run.atom_line[static_cast<std::size_t>(a - 1)],
+      add_fault_at(run.atom_line[static_cast<std::size_t>(a - 1)],
                    "expected an atom within " + range_text(1, run.natom) +
                        " as the image of atom " + std::to_string(a) + " under operation " +
-                       std::to_string(k) + ", found " + std::to_string(image));
+                       std::to_string(k) + ", found " + std::to_string(image),
+                   faults);
     }
+  }
+  stop_at_faults(faults);
+}
+
+// Two computed jobs that read the same sign file.
+void warn_of_equal_names(const RunData& run) {
+  std::unordered_map<std::string_view, int> job_of_name;
+  for (int i = 0; i <= run.n6; ++i) {
+    const Job& job = run.jobs[static_cast<std::size_t>(i)];
+    if (!job.is_calc && i > 0) continue;
+    const auto [found, is_new] = job_of_name.emplace(job.sgn_name.content(), i);
+    if (is_new) continue;
+    const Job& other = run.jobs[static_cast<std::size_t>(found->second)];
+    io::warn({job_list_name, job.list_line}, "job " + std::to_string(i) + " has the name of job " +
+                                                 std::to_string(found->second) + " in line " +
+                                                 std::to_string(other.list_line) + ": both read " +
+                                                 std::string(job.sgn_name.content()));
   }
 }
 
+// Derived jobs whose source holds no forces at the moment when they are derived: the reference, a
+// job derived later, or one that was derived from such a source itself.
+std::vector<char> find_zeros(const RunData& run) {
+  std::vector<char> is_zero(run.jobs.size());
+  for (std::size_t i = 1; i < run.jobs.size(); ++i) {
+    const Job& job = run.jobs[i];
+    if (job.is_calc) continue;
+    const auto source = static_cast<std::size_t>(job.calc_m);
+    const bool later = source >= i && !run.jobs[source].is_calc;
+    is_zero[i] = source == 0 || later || is_zero[source] != 0;
+  }
+  return is_zero;
+}
+
 void warn_of_zeros(const RunData& run) {
+  const std::vector<char> is_zero = find_zeros(run);
   const Job* first_derived = nullptr;
   int derived = 0;
   for (int i = 1; i <= run.n6; ++i) {
@@ -174,9 +229,7 @@ void warn_of_zeros(const RunData& run) {
     if (job.is_calc) continue;
     ++derived;
     if (first_derived == nullptr) first_derived = &job;
-    const bool later_derived =
-        job.calc_m >= i && !run.jobs[static_cast<std::size_t>(job.calc_m)].is_calc;
-    if (job.calc_m == 0 || later_derived) {
+    if (is_zero[static_cast<std::size_t>(i)] != 0) {
       io::warn({job_list_name, job.list_line},
                "the forces of job " + std::to_string(i) + " are zero: its source, job " +
                    std::to_string(job.calc_m) + ", holds none when it is derived");
@@ -203,6 +256,7 @@ void read_job_list(RunData& run) {
   std::vector<char> operation_used(static_cast<std::size_t>(run.nop) + 1);
   check_sources(run, operation_used);
   check_images(run, operation_used);
+  warn_of_equal_names(run);
   warn_of_zeros(run);
 }
 

@@ -6,8 +6,9 @@
 namespace zandor {
 
 // Reads "files.out": sizes, step, symmetry operations, atom table, jobs. Checks every index that a
-// derived job uses and warns of jobs whose results rest on zeros. The memory it takes grows with
-// the lines read.
+// derived job uses: all lines with an index out of range are shown before the stop. Warns of jobs
+// whose results rest on zeros and of computed jobs with the same name. The memory it takes grows
+// with the lines read.
 void read_job_list(RunData& run);
 
 }  // namespace zandor

@@ -4,12 +4,14 @@
 #include <cmath>
 #include <string>
 
+#include "fault_list.hpp"
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/rotn.hpp"
 #include "flib/search_word.hpp"
 #include "flib/units_of_measure.hpp"
 #include "get_sgn_param.hpp"
 #include "io/free_form.hpp"
+#include "io/process.hpp"
 #include "io/units.hpp"
 #include "io/values.hpp"
 
@@ -27,6 +29,10 @@ void find_block(const char* header, int job) {
   const std::int64_t before = io::position(input_unit);
   io::Line line;
   if (!flib::search_word_free(input_unit, header, line)) {
+    if (io::position(input_unit) == 0) {
+      io::fatal_stop({io::name(input_unit)}, "expected the results of job " + std::to_string(job) +
+                                                 ", found an empty file");
+    }
     io::fatal_stop({io::name(input_unit)}, "no line holds '" + std::string(header) +
                                                "' after line " +
                                                std::to_string(io::line_number(input_unit, before)) +
@@ -39,15 +45,29 @@ void read_dipole(int job, double* dipole) {
   io::FreeForm row(input_unit);
   row.skip_words(2, {"the transition dipole of job", job});
   for (int k = 0; k < 3; ++k) row.finite_real(dipole[k], {"the transition dipole of job", job});
+  row.warn_of_open_end({"the transition dipole of job", job});
 }
 
 // Reads a word and three numbers per atom into the columns of a 3 x natom array.
-void read_atom_vectors(int natom, double* vectors, std::string_view what) {
+void read_atom_vectors(int natom, double* vectors, std::string_view what,
+                       std::string_view remark = {}) {
   for (int a = 1; a <= natom; ++a) {
+    const io::Subject subject{what, a, remark};
     io::FreeForm row(input_unit);
-    row.skip_words(1, {what, a});
-    for (int k = 0; k < 3; ++k) row.finite_real(*vectors++, {what, a});
+    row.skip_words(1, subject);
+    for (int k = 0; k < 3; ++k) row.finite_real(*vectors++, subject);
+    if (a == natom) row.warn_of_open_end(subject);
   }
+}
+
+// The line of a sign file that gives the number of atoms.
+long long line_of_natom(std::string_view name) {
+  io::open_existing(input_unit, name);
+  io::Line line;
+  flib::search_word_del_space(input_unit, "natom", line);
+  const long long number = io::line_number(input_unit);
+  io::close(input_unit);
+  return number;
 }
 
 // The sign file must carry the whole keyword header, and belong to the molecule of the job list.
@@ -59,8 +79,9 @@ void check_sign_header(const RunData& run) {
   get_sgn_param(true, name.padded(), natom, nbasis, nbsuse, mi, ma, mci, nfc, nfv, tden_maxloc,
                 tden_maxval);
   if (natom != run.natom) {
-    io::fatal_stop({name.content()}, "expected natom = " + std::to_string(run.natom) + " as in " +
-                                         job_list_name + ", found " + std::to_string(natom));
+    io::fatal_stop({name.content(), line_of_natom(name.content())},
+                   "expected natom = " + std::to_string(run.natom) + " as in " + job_list_name +
+                       ", found " + std::to_string(natom));
   }
 }
 
@@ -77,9 +98,10 @@ void read_geometry_and_masses(RunData& run) {
     if (!(run.mass(a) > 0.0)) {
       io::fatal_stop(io::place(input_unit), "expected a mass above 0 for atom " +
                                                 std::to_string(a) + ", found " +
-                                                std::to_string(run.mass(a)));
+                                                io::shown(run.mass(a)));
     }
     for (int k = 1; k <= 3; ++k) row.finite_real(run.x(k, a), {"the geometry of atom", a});
+    if (a == run.natom) row.warn_of_open_end({"the geometry of atom", a});
   }
 }
 
@@ -96,8 +118,8 @@ void read_sign_file_of_reference(RunData& run) {
 }
 
 // Passes over the lines up to the one with charge and multiplicity, the first that begins with a
-// digit. A negative charge is not taken for one, deliberately.
-void pass_over_input_head() {
+// digit, and gives its number. A negative charge is not taken for one, deliberately.
+long long pass_over_input_head() {
   io::Line line;
   do {
     if (io::read_line(input_unit, line) != io::read_ok) {
@@ -106,14 +128,15 @@ void pass_over_input_head() {
                      "the end of the file");
     }
     const std::string_view text = io::without_leading_blanks(line.padded());
-    if (!text.empty() && io::is_digit(text.front())) return;
+    if (!text.empty() && io::is_digit(text.front())) return io::line_number(input_unit);
   } while (true);
 }
 
 void read_input_of_reference(RunData& run) {
   io::open_existing(input_unit, run.com_name.content());
-  pass_over_input_head();
-  read_atom_vectors(run.natom, run.x.data(), "the coordinates of atom");
+  const long long head = pass_over_input_head();
+  read_atom_vectors(run.natom, run.x.data(), "the coordinates of atom",
+                    "line " + std::to_string(head) + " was taken for charge and multiplicity");
   io::close(input_unit);
   for (double* x = run.x.data(); x < run.x.data() + run.x.size(); ++x) {
     *x /= flib::angstrom_per_bohr;
@@ -131,16 +154,22 @@ void read_reference(RunData& run) {
   read_input_of_reference(run);
 }
 
+void read_computed_job(RunData& run, int i) {
+  io::open_existing(input_unit, run.jobs[static_cast<std::size_t>(i)].sgn_name.content());
+  read_dipole(i, run.tdip.column(i));
+  find_block(forces_header, i);
+  read_atom_vectors(run.natom, run.force.column(1, i), "the force on atom");
+  io::close(input_unit);
+}
+
 void read_computed_jobs(RunData& run) {
+  FaultList faults{"jobs"};
   for (int i = 1; i <= run.n6; ++i) {
-    const Job& job = run.jobs[static_cast<std::size_t>(i)];
-    if (!job.is_calc) continue;
-    io::open_existing(input_unit, job.sgn_name.content());
-    read_dipole(i, run.tdip.column(i));
-    find_block(forces_header, i);
-    read_atom_vectors(run.natom, run.force.column(1, i), "the force on atom");
-    io::close(input_unit);
+    if (!run.jobs[static_cast<std::size_t>(i)].is_calc) continue;
+    const auto stop = io::collect([&] { read_computed_job(run, i); });
+    if (stop) add_fault(*stop, faults);
   }
+  stop_at_faults(faults);
 }
 
 void derive_symmetry_jobs(RunData& run) {

@@ -7,12 +7,15 @@ namespace zandor {
 
 // Reads the reference geometry, masses and transition dipole (job 0: sign file, input file, and the
 // output file for the layered-job probe), then dipole and forces of every computed job, and derives
-// the forces of the others. Files that are missing, short or malformed are fatal stops.
+// the forces of the others. Files that are missing, short or malformed are fatal stops; of the
+// computed jobs all bad ones are shown first, one line each.
 void read_job_results(RunData& run);
 
 // The steps of read_job_results.
 void read_reference(RunData& run);
 void read_computed_jobs(RunData& run);
+// Dipole and forces of the computed job i, 1..n6.
+void read_computed_job(RunData& run, int i);
 void derive_symmetry_jobs(RunData& run);
 
 }  // namespace zandor

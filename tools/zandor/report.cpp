@@ -3,6 +3,7 @@
 #include "flib/units_of_measure.hpp"
 #include "flib/write_xyz_vib.hpp"
 #include "io/units.hpp"
+#include "result_names.hpp"
 
 namespace zandor {
 
@@ -120,10 +121,10 @@ void write_report(const RunData& run) {
 }
 
 void write_animations(const RunData& run) {
-  flib::write_xyz_vib("vib.xyz", run.natom, run.symbol.data(), run.x.data(), run.disp.data(),
+  flib::write_xyz_vib(animation_name, run.natom, run.symbol.data(), run.x.data(), run.disp.data(),
                       run.freq.data());
-  flib::write_xyz_vib("vibp.xyz", run.natom, run.symbol.data(), run.x.data(), run.dispp.data(),
-                      run.freqp.data());
+  flib::write_xyz_vib(projected_animation_name, run.natom, run.symbol.data(), run.x.data(),
+                      run.dispp.data(), run.freqp.data());
 }
 
 void write_results(const RunData& run) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <limits>
 #include <vector>
 
 #include "flib/array.hpp"
@@ -15,7 +16,6 @@ inline constexpr int input_unit = 11;
 inline constexpr int output_unit = 12;
 
 inline constexpr const char* job_list_name = "files.out";
-inline constexpr const char* report_name = "zandor-es.out";
 
 // One line of the job list. Job 0 is the reference geometry, job 2 ih - 1 the negative and job 2 ih
 // the positive step of coordinate ih.
@@ -32,9 +32,11 @@ struct Job {
 // Atomic units throughout unless said; atoms, coordinates and modes count from 1.
 struct RunData {
   // Run control.
+  io::Line control_name;
   bool symm = true;     // symmetry was used; transition dipoles are left out of the report
   double disp_a = 1.0;  // amplitude of the modes: Angstrom as read, Bohr from then on
   int disp_sign = 1;    // 1: the positive step of a coordinate comes first in its difference
+  double control_dx = std::numeric_limits<double>::quiet_NaN();  // Angstrom; NaN when not given
 
   // Sizes.
   int natom = 0;    // atoms
@@ -48,7 +50,7 @@ struct RunData {
   std::vector<Job> jobs;             // 0..n6
   io::Line com_name;                 // reference input, coord-NAME.com
   flib::Array<double, 3> op;         // 3 x 3 x nop, op(row, col, k)
-  flib::Array<int, 2> atom_m;        // natom x nop: the atom onto which operation k carries atom a
+  flib::Array<int, 2> atom_m;        // natom x nop: the atom that operation k carries onto atom a
   std::vector<long long> atom_line;  // line of atom a in the job list at [a - 1]
 
   // Reference geometry. The job list gives symbols and atomic numbers first, and they stay where

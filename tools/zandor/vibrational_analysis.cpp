@@ -1,6 +1,7 @@
 #include "vibrational_analysis.hpp"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <string>
 
@@ -31,23 +32,59 @@ void differentiate_forces(RunData& run) {
   }
 }
 
-// Both elements become the average, with its sign turned: forces become force constants.
-void symmetrise_and_negate(double* hess, std::ptrdiff_t n) {
+// Two coordinates and how far the force differences between them are from being symmetric.
+struct Asymmetry {
+  double difference = 0.0;  // Hartree/Bohr**2
+  std::ptrdiff_t i = 0, j = 0;
+};
+
+// Both elements become the average, with its sign turned: forces become force constants. The result
+// is the pair that differed most.
+Asymmetry symmetrise_and_negate(double* hess, std::ptrdiff_t n) {
+  Asymmetry worst;
   flib::for_each_in_upper_triangle(n, [&](std::ptrdiff_t j, std::ptrdiff_t i) {
-    const double average = (hess[i * n + j] + hess[j * n + i]) / 2.0;
+    const double upper = hess[i * n + j];
+    const double lower = hess[j * n + i];
+    const double average = (upper + lower) / 2.0;
     hess[i * n + j] = -average;
     hess[j * n + i] = -average;
+    const double difference = std::fabs(upper - lower);
+    if (difference > worst.difference) worst = {difference, i + 1, j + 1};
   });
+  return worst;
 }
 
-void require_finite(const Matrix& matrix, int n3, const char* what) {
+// "between coordinates 5 and 9 (jobs 9, 10, 17, 18)": where the numbers of an element come from.
+std::string origin_of_element(std::ptrdiff_t i, std::ptrdiff_t j) {
+  const auto jobs = [](std::ptrdiff_t ih) {
+    return std::to_string(2 * ih - 1) + ", " + std::to_string(2 * ih);
+  };
+  const std::ptrdiff_t low = std::min(i, j);
+  const std::ptrdiff_t high = std::max(i, j);
+  return "between coordinates " + std::to_string(low) + " and " + std::to_string(high) + " (jobs " +
+         jobs(low) + (low < high ? ", " + jobs(high) : "") + ")";
+}
+
+// Forces of one energy surface give differences that are symmetric but for the step and the digits
+// printed: 2.9e-5 at a step of 0.005 Angstrom, 6.6e-4 at 0.01. Swapped or copied files give 1e-2
+// and more.
+void warn_of_asymmetry(const Asymmetry& worst) {
+  constexpr double largest_expected = 1e-3;
+  if (worst.difference <= largest_expected) return;
+  char text[32];
+  const auto end =
+      std::to_chars(text, text + sizeof text, worst.difference, std::chars_format::scientific, 1);
+  io::warn({}, "the force differences are not symmetric: " + std::string(text, end.ptr) +
+                   " Hartree/Bohr**2 " + origin_of_element(worst.i, worst.j));
+}
+
+void require_finite(const flib::ArrayView<const double, 2>& matrix, int n3, const char* what) {
   for (int i = 1; i <= n3; ++i) {
     const double* const column = matrix.column(i);
     for (int j = 1; j <= n3; ++j) {
       if (std::isfinite(column[j - 1])) continue;
-      io::fatal_stop("expected finite " + std::string(what) +
-                     ", found another between coordinates " + std::to_string(j) + " and " +
-                     std::to_string(i));
+      io::fatal_stop("expected finite " + std::string(what) + ", found " +
+                     io::shown(column[j - 1]) + " " + origin_of_element(i, j));
     }
   }
 }
@@ -71,8 +108,8 @@ void diagonalise(const Matrix& matrix, int n3, const Vector& eval, const Vector&
   for (int i = 1; i <= n3; ++i) {
     eval(i) -= diagonal_shift;
     if (!std::isfinite(eval(i))) {
-      io::fatal_stop("expected finite " + std::string(what) +
-                     " eigenvalues, found another, number " + std::to_string(i));
+      io::fatal_stop("expected finite " + std::string(what) + " eigenvalues, found " +
+                     io::shown(eval(i)) + " for number " + std::to_string(i));
     }
   }
 }
@@ -82,7 +119,7 @@ void form_frequencies(const Vector& eval, const Vector& freq, int n3) {
 }
 
 // Cartesian displacements of every mode, its largest component scaled to disp_a. With disp_a = 0
-// they are not a number; that is no fault.
+// they are zeros.
 void form_displacements(const RunData& run, const Matrix& c, double* disp) {
   const double* const root = run.sqtmass.data();
   for (int i = 1; i <= run.n3; ++i) {
@@ -101,8 +138,9 @@ void form_displacements(const RunData& run, const Matrix& c, double* disp) {
 
 void assemble_force_constants(RunData& run) {
   differentiate_forces(run);
-  symmetrise_and_negate(run.hess.data(), run.n3);
+  const Asymmetry worst = symmetrise_and_negate(run.hess.data(), run.n3);
   require_finite(run.hess, run.n3, "force constants");
+  warn_of_asymmetry(worst);
   std::copy_n(run.hess.data(), run.hess.size(), run.hessp.data());
 }
 

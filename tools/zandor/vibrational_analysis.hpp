@@ -10,7 +10,8 @@ namespace zandor {
 // dispp). A number that is not finite or an eigenvalue that does not converge is a fatal stop.
 void analyse_vibrations(RunData& run);
 
-// The step of analyse_vibrations that builds hess and hessp.
+// The step of analyse_vibrations that builds hess and hessp. Warns when the differences are further
+// from symmetric than a step and printed digits make them.
 void assemble_force_constants(RunData& run);
 
 }  // namespace zandor

@@ -5,6 +5,7 @@
 #include "job_list.hpp"
 #include "job_results.hpp"
 #include "report.hpp"
+#include "result_names.hpp"
 #include "run_control.hpp"
 #include "vibrational_analysis.hpp"
 
@@ -14,10 +15,12 @@ namespace {
 
 int run_phases(int argc, char** argv) {
   using namespace zandor;
+  if (print_help_or_version(argc, argv)) return 0;
   open_run_log();
   RunData run;
   read_control_file(control_file_name(argc, argv), run);
   read_job_list(run);
+  check_result_names(run);
   allocate_run_arrays(run);
   read_job_results(run);
   differentiate_transition_dipoles(run);

@@ -248,7 +248,7 @@ bool iterate(const Vector& d, const Vector& e, int n, RotationBatch& rotations, 
     int m = l;
     while (m < n && !(std::fabs(e(m)) <= b)) ++m;
     // The negated tests keep a NaN from passing for converged.
-    for (int count = 0; m != l && (count == 0 || !(std::fabs(e(l)) <= b)); ++count) {
+    for (int count = 0; m != l && !(std::fabs(e(l)) <= b); ++count) {
       if (count == most_iterations) {
         failed = l;
         return false;

@@ -30,6 +30,7 @@ void set_atom(const ArrayView<double, 3>& vector, int i, double ami, const doubl
 }  // namespace
 
 void formtrm1(const int& n, const double* mass, const double* xc, double* v) {
+  if (n < 1) return;
   const int n3 = 3 * n;
   const ArrayView<const double, 2> centred(xc, {3, n});
   const ArrayView<double, 3> vector(v, {3, n, 6});

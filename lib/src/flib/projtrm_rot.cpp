@@ -31,6 +31,7 @@ void form_projector(int n3, const Matrix& trvec, const Matrix& p) {
 
 void projtrm_rot(const int& n, const double* x, const double* mass, double* hess, int& info) {
   info = 0;
+  if (n < 1) return;
   const int n3 = 3 * n;
   Array<double, 2> xc("xc", {3, n});
   std::copy_n(x, n3, xc.data());

@@ -7,7 +7,7 @@ namespace flib {
 // rotation vectors are not made orthogonal to each other, so P is a projector only when the inertia
 // tensor is diagonal in the given axes; otherwise a small residue along the rotations stays. This
 // is deliberate.
-//   n     number of atoms (in)
+//   n     number of atoms; with none nothing is done (in)
 //   x     3 n coordinates, any unit (in)
 //   mass  n masses (in)
 //   hess  3 n x 3 n mass-weighted force constants (in/out)

@@ -75,7 +75,10 @@ int count_high_layer(int fid, int atoms) {
     if (first.content() != "Charge") break;
     several_charge_lines = true;
   }
-  const int skipped = fields_of(line.content()).size() == 5 ? 4 : 5;
+  const std::size_t columns = fields_of(line.content()).size();
+  if (columns == 0)
+    io::fatal_stop(io::place(fid), "expected the first atom line, found a blank one");
+  const int skipped = columns == 5 ? 4 : 5;
   io::step_back(fid);
   int count = 0;
   for (int atom = 1; atom <= atoms; ++atom) {

@@ -31,9 +31,11 @@ bool first_item_is_number(int fid, std::span<char> line) {
   return is_number(item);
 }
 
-// A keyword that ends in a blank also matches in the padding of a line, where the search over the
-// loaded text of the file cannot see it.
-bool may_match_padding(std::string_view word) { return word.empty() || word.back() == ' '; }
+// The search over the loaded text of the file does not see the padding of a line, in which a
+// keyword that ends in a blank also matches, and sees line ends, which are no part of a line.
+bool needs_single_lines(std::string_view word) {
+  return word.empty() || word.back() == ' ' || word.find_first_of("\r\n") != std::string_view::npos;
+}
 
 }  // namespace
 
@@ -89,7 +91,7 @@ bool search_word_back(int fid, int i, int j, std::string_view word, std::span<ch
 bool search_word_free(int fid, std::string_view word, std::span<char> line) {
   bool read = read_next(fid, line);
   if (holds_anywhere(io::view(line), word)) return true;
-  if (read && !may_match_padding(word)) {
+  if (read && !needs_single_lines(word)) {
     return io::read_line_holding(fid, word, false, line) == io::read_ok;
   }
   while (read) {
@@ -114,7 +116,7 @@ bool search_word_free_ignorecase_tline(int fid, std::string_view cword, std::spa
   const auto holds = [&] { return holds_anywhere(strlowcase(io::view(cline)), word); };
   bool read = read_next(fid, cline);
   if (holds()) return true;
-  if (read && tline <= 0 && !may_match_padding(word)) {
+  if (read && tline <= 0 && !needs_single_lines(word)) {
     return io::read_line_holding(fid, word, true, cline) == io::read_ok;
   }
   for (int counter = 1; read && (tline <= 0 || counter <= tline); ++counter) {

@@ -17,7 +17,7 @@ constexpr std::string_view group_opening = "&control";
 constexpr std::string_view group_ending = "&end";
 
 struct Token {
-  enum class Kind { value, equals, comma, close };
+  enum class Kind { value, equals, comma, close, ended };
   Kind kind = Kind::close;
   Item item;           // of a value; its text, unquoted too, is in `quoted`
   std::string shown;   // the value as it is spelled, but for its quotes
@@ -78,9 +78,9 @@ Token GroupTokens::scan() {
   for (;;) {
     if (cursor_.at_end()) {
       if (cursor_.next_record()) continue;
-      fatal_stop(next_place(fid_), "expected '/' to close the group opened in line " +
-                                       std::to_string(opening_line_) +
-                                       ", found the end of the file");
+      Token ended;
+      ended.kind = Token::Kind::ended;
+      return ended;
     }
     const char c = cursor_.peek();
     if (c == '!') cursor_.skip(cursor_.rest().size());
@@ -114,6 +114,11 @@ Token GroupTokens::take() {
   Token token = first_ahead_ ? *first_ahead_ : scan();
   first_ahead_ = second_ahead_;
   second_ahead_.reset();
+  // Not before it is taken: what stands before the end may be wrong already.
+  if (token.kind == Token::Kind::ended) {
+    fatal_stop(next_place(fid_), "expected '/' to close the group opened in line " +
+                                     std::to_string(opening_line_) + ", found the end of the file");
+  }
   return token;
 }
 

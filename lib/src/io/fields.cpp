@@ -16,6 +16,8 @@ namespace {
 // A double in fixed form has up to 309 digits before the point.
 constexpr int longest_number = 400;
 
+#ifdef __SIZEOF_INT128__
+
 __extension__ typedef unsigned __int128 Wide;
 
 // The powers of ten that fit beside the 53 bits of a double in a Wide.
@@ -60,6 +62,19 @@ class ScaledMagnitude {
   std::uint64_t whole_ = 0;
   bool rounds_up_ = false;
 };
+
+#else
+
+// Without integers of 128 bits every number takes the library's way.
+constexpr int largest_power = 22;
+class ScaledMagnitude {
+ public:
+  bool scale(double, int) { return false; }
+  std::uint64_t truncated() const { return 0; }
+  std::uint64_t rounded() const { return 0; }
+};
+
+#endif
 
 // "00", "01", ... "99".
 constexpr auto digit_pairs = [] {
@@ -121,7 +136,8 @@ char* sci_by_library(char* out, double value, int width, int decimals) {
 // Finds the digits and the decimal exponent of a value that is not zero, or fails where the scaled
 // integer does not fit.
 bool find_digits(double value, int decimals, std::uint64_t& digits, int& exponent) {
-  const auto lowest = static_cast<std::uint64_t>(powers_of_ten[static_cast<std::size_t>(decimals)]);
+  std::uint64_t lowest = 1;
+  for (int i = 0; i < decimals; ++i) lowest *= 10;
   // An estimate that is right or one too small: 1233 / 4096 is below log10(2).
   const auto bits = std::bit_cast<std::uint64_t>(value);
   exponent = ((static_cast<int>(bits >> 52 & 0x7ff) - 1023) * 1233) >> 12;

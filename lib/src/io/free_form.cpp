@@ -7,16 +7,36 @@
 
 namespace io {
 
+namespace {
+
+std::string name_of(const Subject& subject) {
+  std::string name(subject.text);
+  if (subject.number >= 0) name += " " + std::to_string(subject.number);
+  return name;
+}
+
+}  // namespace
+
 FreeForm::FreeForm(int fid) : cursor_(fid) { ran_out_ = !cursor_.next_record(); }
 
 FreeForm::FreeForm(int fid, std::string_view buffer) : cursor_(fid, buffer) {}
 
 void FreeForm::stop(const Place& place, const Subject& subject, std::string_view expected,
                     std::string_view found) {
-  std::string message = "expected " + std::string(subject.text);
-  if (subject.number >= 0) message += " " + std::to_string(subject.number);
+  std::string message = "expected " + name_of(subject);
   if (!expected.empty()) message += " (" + std::string(expected) + ")";
-  fatal_stop(place, message + ", found " + std::string(found));
+  message += ", found " + std::string(found);
+  std::string remark;
+  const long long began = cursor_.began();
+  if (began > 0 && began < place.line) remark = "reading began at line " + std::to_string(began);
+  if (!subject.remark.empty()) remark.append(remark.empty() ? "" : "; ").append(subject.remark);
+  fatal_stop(place, remark.empty() ? message : message + " (" + remark + ")");
+}
+
+void FreeForm::warn_of_open_end(const Subject& subject) const {
+  if (!value_taken_ || repeats_left_ > 0 || slash_met_ || !cursor_.at_open_end()) return;
+  warn(cursor_.here(), "the file ends right behind " + name_of(subject) +
+                           ", without a line end: it may have been cut inside the number");
 }
 
 void FreeForm::stop_at_item(const Subject& subject, std::string_view expected) {

@@ -14,7 +14,8 @@ namespace io {
 // What an item is, for messages: "the mass of atom 3" is {"the mass of atom", 3}.
 struct Subject {
   std::string_view text;
-  int number = -1;  // left out of the message when negative
+  int number = -1;               // left out of the message when negative
+  std::string_view remark = {};  // stands at the end of the message, in parentheses
 };
 
 // One read. From a unit it begins with the next record and goes on to further ones until every
@@ -41,6 +42,10 @@ class FreeForm {
   const char* missing_value() const {
     return slash_met_ ? "a slash" : "no value between separators";
   }
+
+  // Warns when the item taken last, a number, ends where the file ends, in a line without its end:
+  // the file may have been cut inside the number.
+  void warn_of_open_end(const Subject& subject) const;
 
   // Takes text items and drops them.
   void skip_words(int count, const Subject& subject);

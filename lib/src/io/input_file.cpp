@@ -58,7 +58,8 @@ void InputFile::attach(int descriptor, const std::string& name) {
   name_ = name;
   used_ = 0;
   start_ = next_ = 0;
-  at_end_ = hit_end_ = false;
+  at_end_ = hit_end_ = last_record_open_ = false;
+  continued_ = -1;
   counted_to_ = counted_ = 0;
 }
 
@@ -129,6 +130,7 @@ int InputFile::read_record(std::string_view& record) {
           text.substr(0, line_end == std::string_view::npos ? text.size() : line_end + 1);
       next_ += static_cast<std::int64_t>(whole.size());
       record = without_line_end(whole);
+      last_record_open_ = line_end == std::string_view::npos;
       return read_ok;
     }
     if (at_end_) {
@@ -153,6 +155,7 @@ void InputFile::pass_record() {
 }
 
 int InputFile::read_line(std::span<char> line) {
+  continued_ = -1;
   // Two characters more than the line takes tell a line end of two bytes apart from content.
   while (ahead().size() < line.size() + 2 && !at_end_ &&
          ahead().find('\n') == std::string_view::npos) {
@@ -206,6 +209,7 @@ std::int64_t InputFile::record_start_before(std::int64_t offset) {
 }
 
 void InputFile::rewind() {
+  continued_ = -1;
   next_ = 0;
   hit_end_ = false;
   if (start_ != 0) load(0);

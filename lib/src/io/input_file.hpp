@@ -1,6 +1,7 @@
 // A sequential text file being read: records (lines without their ends), a step back, a search.
-// The file is held in one window of bounded size; a log of several GB is never in memory whole.
-// A regular file may be of any size; a pipe or device is taken in at once and limited.
+// A regular file of any size is seen through one window of bounded size; a log of several GB is
+// never in memory whole. A pipe or device is read piece by piece as well, but what was read is
+// kept, since it cannot be read again, and so is limited.
 #pragma once
 
 #include <cstdint>
@@ -45,6 +46,13 @@ class InputFile {
   // matches either case. The status is that of the last read.
   int read_line_holding(std::string_view word, bool any_case, std::span<char> line);
 
+  // See io/units.hpp.
+  void note_continuation() {
+    if (continued_ < 0) continued_ = next_;
+  }
+  long long read_began() { return continued_ < 0 ? 0 : line_number(continued_); }
+  bool last_record_is_open() const { return last_record_open_; }
+
   const std::string& name() const { return name_; }
   // A place between records, and the number of the record that ends there. The lines are counted
   // only when asked for, which may read the file again.
@@ -74,13 +82,15 @@ class InputFile {
   bool owned_ = false;
   bool seekable_ = false;
   std::string name_;
-  std::vector<char> buffer_;     // kept from one file to the next
-  std::vector<char> lowered_;    // a copy of the records being searched in any case
-  std::size_t used_ = 0;         // bytes of the file in the buffer
-  std::int64_t start_ = 0;       // file offset of the first byte in the buffer
-  std::int64_t next_ = 0;        // file offset of the next record
-  bool at_end_ = false;          // no byte of the file lies behind the window
-  bool hit_end_ = false;         // the last read found nothing left
+  std::vector<char> buffer_;   // kept from one file to the next
+  std::vector<char> lowered_;  // a copy of the records being searched in any case
+  std::size_t used_ = 0;       // bytes of the file in the buffer
+  std::int64_t start_ = 0;     // file offset of the first byte in the buffer
+  std::int64_t next_ = 0;      // file offset of the next record
+  bool at_end_ = false;        // no byte of the file lies behind the window
+  bool hit_end_ = false;       // the last read found nothing left
+  bool last_record_open_ = false;
+  std::int64_t continued_ = -1;  // end of the record with which the read noted above began
   std::int64_t counted_to_ = 0;  // line ends before this offset have been counted
   long long counted_ = 0;
   char last_counted_ = '\n';

@@ -69,6 +69,8 @@ std::size_t repeat_prefix(std::string_view text) {
 
 bool RecordCursor::next_record() {
   position_ = 0;
+  if (!buffered_ && started_) note_continuation(fid_);
+  started_ = true;
   if (buffered_ || read_record(fid_, record_) != read_ok) {
     record_ = {};
     return false;
@@ -80,6 +82,12 @@ Place RecordCursor::here() const { return place(fid_); }
 
 Place RecordCursor::behind_end() const { return buffered_ ? place(fid_) : next_place(fid_); }
 
+long long RecordCursor::began() const { return buffered_ ? 0 : read_began(fid_); }
+
+bool RecordCursor::at_open_end() const {
+  return !buffered_ && at_end() && last_record_is_open(fid_);
+}
+
 bool ends_word(char c, Grammar grammar) {
   const unsigned char flag = grammar == Grammar::free_form ? free_form_end : control_group_end;
   return (word_ends[static_cast<unsigned char>(c)] & flag) != 0;
@@ -87,7 +95,7 @@ bool ends_word(char c, Grammar grammar) {
 
 void take_item(RecordCursor& cursor, Grammar grammar, Item& item) {
   item.repeat = 1;
-  item.prefix = {};
+  item.prefix.clear();
   const std::string_view rest = cursor.rest();
   if (const std::size_t prefix = repeat_prefix(rest); prefix > 0) {
     const char* const digits_end = rest.data() + prefix - 1;

@@ -20,7 +20,8 @@ class RecordCursor {
   // Over one line buffer that was read from the unit.
   RecordCursor(int fid, std::string_view buffer) : fid_(fid), buffered_(true), record_(buffer) {}
 
-  // Goes on to the next record; false at the end of the file or of the buffer.
+  // Goes on to the next record; false at the end of the file or of the buffer. The unit remembers
+  // where a read that needed more than one record began (io::read_began).
   bool next_record();
   bool at_end() const { return position_ >= record_.size(); }
   char peek() const { return record_[position_]; }
@@ -34,12 +35,17 @@ class RecordCursor {
   // Where the cursor stands, and where it stands when the text ended too early.
   Place here() const;
   Place behind_end() const;
+  // Where the first of several reads in a row began that needed more than one record; 0 for none.
+  long long began() const;
+  // Whether the cursor stands where the file ends, in a line without its end.
+  bool at_open_end() const;
   // What ended too early: "the end of the file" or "the end of the line".
   const char* end_name() const { return buffered_ ? "the end of the line" : "the end of the file"; }
 
  private:
   int fid_;
   bool buffered_ = false;
+  bool started_ = false;
   std::string_view record_;
   std::size_t position_ = 0;
 };
@@ -49,9 +55,9 @@ struct Item {
   enum class Kind { null, word, quoted, malformed, ended };
   Kind kind = Kind::null;
   long long repeat = 1;
-  std::string_view prefix;  // "r*", empty where there is none; lies in the record
-  std::string_view word;    // an unquoted value; lies in the record
-  std::string quoted;       // a quoted value, at most longest_text characters
+  std::string prefix;     // "r*", empty where there is none
+  std::string_view word;  // an unquoted value; lies in the record that the cursor is on
+  std::string quoted;     // a quoted value, at most longest_text characters
 };
 
 // The characters that end an unquoted value: blank, tab, comma and slash; in the control group

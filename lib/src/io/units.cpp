@@ -179,6 +179,12 @@ std::int64_t position(int fid) { return input(fid).position(); }
 
 long long line_number(int fid, std::int64_t position) { return input(fid).line_number(position); }
 
+void note_continuation(int fid) { input(fid).note_continuation(); }
+
+long long read_began(int fid) { return input(fid).read_began(); }
+
+bool last_record_is_open(int fid) { return input(fid).last_record_is_open(); }
+
 Place place(int fid) { return {name(fid), line_number(fid)}; }
 
 Place next_place(int fid) { return {name(fid), line_number(fid) + 1}; }
