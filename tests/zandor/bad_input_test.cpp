@@ -15,6 +15,8 @@ namespace fs = std::filesystem;
 using support::edit_file;
 using support::write_file;
 
+const std::string program = "'" ZANDOR_GATHER "'";  // in a line for the shell
+
 const fs::path good = fs::path(PROJECT_FOLDER) / "tests/zandor/cases/diatomic-dipoles";
 
 // A file of the good job directory, what is replaced in it by what, and the message behind
@@ -224,7 +226,7 @@ TEST(bad_input, neither_hangs_at_pipes_nor_writes_messages_into_files) {
   const support::TempFolder folder;
   fs::copy(good, ".");
   write_file("coord-ref.log", "of no known kind\n");
-  const std::string closed_output = std::string(ZANDOR_GATHER) + " control.inp >&-";
+  const std::string closed_output = program + " control.inp >&-";
   EXPECT_EQ(support::run({"sh", "-c", closed_output}).err,
             "zandor_gather: standard output: cannot write: Bad file descriptor\n");
   EXPECT_EQ(support::read_file("result.log"), "");
@@ -232,7 +234,7 @@ TEST(bad_input, neither_hangs_at_pipes_nor_writes_messages_into_files) {
   // A record that the look ahead has left behind moves when more comes through the pipe.
   write_file("long.inp", "&control\n" + std::string(132000, '!') + "\n qctype = 2*'a\nb' /" +
                              std::string(400000, ' '));
-  const std::string piped = std::string("cat long.inp | ") + ZANDOR_GATHER + " /dev/stdin";
+  const std::string piped = "cat long.inp | " + program + " /dev/stdin";
   EXPECT_EQ(support::run({"sh", "-c", piped}).err,
             "zandor_gather: /dev/stdin:3: expected a text in quotes for the key 'qctype', found "
             "'2*ab'\n");
@@ -331,7 +333,7 @@ TEST(bad_input, of_any_bytes_ends_in_order) {
     write_file(name, text);
     for (const char* result : results) fs::remove(result);
     // The control file also comes through a pipe.
-    const std::string piped = std::string("cat control.inp | ") + ZANDOR_GATHER + " /dev/stdin";
+    const std::string piped = "cat control.inp | " + program + " /dev/stdin";
     const support::Outcome outcome =
         round % 12 == 0 ? support::run({"timeout", "20", "sh", "-c", piped})
                         : support::run({"timeout", "20", ZANDOR_GATHER, "control.inp"});

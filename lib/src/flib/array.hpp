@@ -11,6 +11,7 @@
 #include <string>
 #include <type_traits>
 
+#include "io/exact_arithmetic.hpp"
 #include "io/fatal.hpp"
 
 namespace flib {

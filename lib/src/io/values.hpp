@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "io/exact_arithmetic.hpp"
+
 namespace io {
 
 // Optional sign and decimal digits, nothing else. False when malformed or beyond 32 bits;
