@@ -91,7 +91,7 @@ constexpr auto digit_pairs = [] {
 std::uint64_t put_digits(char* end, std::uint64_t number, int count) {
   for (; count >= 2; count -= 2) {
     end -= 2;
-    std::memcpy(end, &digit_pairs[2 * (number % 100)], 2);
+    std::memcpy(end, &digit_pairs[static_cast<std::size_t>(2 * (number % 100))], 2);
     number /= 100;
   }
   if (count == 0) return number;
