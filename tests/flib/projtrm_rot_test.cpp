@@ -6,10 +6,10 @@
 #include <cmath>
 #include <vector>
 
+#include "flib/all_kernels.hpp"
 #include "flib/array.hpp"
 #include "flib/com.hpp"
 #include "flib/formtrm1.hpp"
-#include "flib/kernels.hpp"
 #include "flib/rotn.hpp"
 
 namespace {
@@ -105,9 +105,9 @@ TEST(projtrm_rot, multiplies_in_the_order_of_the_inner_index) {
       for (std::size_t k = 0; k < n; ++k) plain[j * n + i] += a[k * n + i] * b[j * n + k];
     }
   }
-  for (const flib::Kernels* const* kernels = flib::usable_kernels(); *kernels; ++kernels) {
-    (*kernels)->multiply(n, a.data(), b.data(), product.data(), panel.data());
-    EXPECT_EQ(product, plain) << (*kernels)->name;
+  for (const flib::Kernels* const kernels : support::all_kernels()) {
+    kernels->multiply(n, a.data(), b.data(), product.data(), panel.data());
+    EXPECT_EQ(product, plain) << kernels->name;
   }
 }
 

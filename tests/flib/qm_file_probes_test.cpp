@@ -10,6 +10,7 @@
 #include <functional>
 #include <sstream>
 
+#include "flib/get_free_fid.hpp"
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/qm_file_natom.hpp"
 #include "flib/qm_file_natom_oniom_qm.hpp"
@@ -91,7 +92,7 @@ const Probe probes[] = {
      }},
 };
 
-void check(const Probe& probe, const std::string& file, const Answers& expected) {
+void ask_and_compare(const Probe& probe, const std::string& file, const Answers& expected) {
   if (expected[0] == "io" || expected[0] == "stop") {
     EXPECT_TRUE(support::stops(expected[0] == "io" ? 2 : 1, "", [&] { probe.ask(file); })) << file;
     return;
@@ -101,6 +102,13 @@ void check(const Probe& probe, const std::string& file, const Answers& expected)
     if (expected[i] == "?") continue;
     EXPECT_EQ(answers[i], expected[i]) << file << ", answer " << i;
   }
+}
+
+void check(const Probe& probe, const std::string& file, const Answers& expected) {
+  ask_and_compare(probe, file, expected);
+  int fid = 0;
+  flib::get_free_fid(fid);
+  EXPECT_EQ(fid, 100) << file << " is left open";
 }
 
 TEST(qm_file_probes, answer_as_the_corpus_says) {
@@ -162,6 +170,22 @@ TEST(qm_file_probes, recognise_within_the_first_1000_lines_and_200_characters) {
     EXPECT_EQ(type_of("f"), test.answers) << test.content;
   }
   EXPECT_EQ(type_of("missing"), (Answers{"-", "-", "-1", "F"}));
+}
+
+// Electrons of either spin, basis functions and the class code.
+Answers basis_of(const std::string& content) {
+  const support::TempFolder folder;
+  support::write_file("f", content);
+  int na = kept, nb = kept, nbasis = kept, nbsuse = kept, info = kept;
+  flib::qm_file_nbasis_nbsuse("f", na, nb, nbasis, nbsuse, info);
+  return shown({na, nb, nbasis, info});
+}
+
+TEST(qm_file_probes, count_open_shells_and_miss_what_is_not_there) {
+  EXPECT_EQ(basis_of("NWChem\n  functions       =    19\n  atoms           =     3\n"
+                     "  closed shells   =     4\n  open shells     =     1\n\n"),
+            (Answers{"5", "4", "19", "0"}));
+  EXPECT_EQ(basis_of(" TURBOMOLE V7.2\n no count\n"), (Answers{"-", "-", "-", "-1"}));
 }
 
 TEST(qm_file_probes, count_the_rows_of_a_cif_loop) {

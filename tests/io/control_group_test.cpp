@@ -35,6 +35,7 @@ TEST(control_group, reads_every_spelling) {
       {"&CONTROL\n FLAG=.f. , Count = -3\n SIZE\n=\n 2.5d-1 &END", "F -3 0.25 none"},
       {"title\n! &control count=7\n&other count=9 /\n text &control count=2 / count=5",
        "T 2 1.00 none"},
+      {"&&control count=3 /", "T 3 1.00 none"},
       {"&controlx count=9 /\n& control\n&control,count=4/", "T 4 1.00 none"},
       {"&control count=2 count=3 /", "T 3 1.00 none"},
       {"&control size = , count=2,,flag=f /", "F 2 1.00 none"},

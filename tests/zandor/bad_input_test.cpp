@@ -245,6 +245,18 @@ TEST(bad_input, neither_hangs_at_pipes_nor_writes_messages_into_files) {
             "address\n");
 }
 
+#ifndef __SANITIZE_ADDRESS__  // which needs more memory itself
+TEST(bad_input, that_takes_more_memory_than_there_is_is_refused) {
+  const support::TempFolder folder;
+  const std::string line =
+      "yes '!' | head -c 60000000 | (ulimit -v 60000; " + program + " /dev/stdin)";
+  const support::Outcome outcome = support::run({"bash", "-c", line});
+  EXPECT_EQ(outcome.err,
+            "zandor_gather: expected memory for the input read so far, found none left\n");
+  EXPECT_EQ(outcome.status, 2);
+}
+#endif
+
 TEST(bad_input, ends_a_run_without_control_file_or_keyword) {
   const support::TempFolder folder;
   const support::Outcome none = support::run({ZANDOR_GATHER});

@@ -34,7 +34,8 @@ TEST_P(JobDirectory, gives_the_expected_results) {
 }
 
 INSTANTIATE_TEST_SUITE_P(all, JobDirectory,
-                         testing::Values("examples/formaldehyde-s1", "examples/formaldehyde-s1-c2v", "examples/ammonia-s1-c3v",
+                         testing::Values("examples/formaldehyde-s1", "examples/formaldehyde-s1-c2v",
+                                         "examples/ammonia-s1-c3v",
                                          "tests/zandor/cases/diatomic-dipoles",
                                          "tests/zandor/cases/triatomic-formats",
                                          "tests/zandor/cases/pentatomic-imaginary",
