@@ -118,12 +118,17 @@ TEST(free_form, does_not_leave_a_line_buffer) {
   EXPECT_EQ(read_items(items, "wwI"), "nato|=|12");
   EXPECT_TRUE(support::stops(2, "in:1: expected item 3 (integer), found the end of the line",
                              [&] { read_items(items, "I"); }));
+  io::Line word;
   for (const char* missing : {"a b", "a b 'open", "a b,,", "a b/c", "a 'b'c d"}) {
     io::FreeForm words(unit, missing);
-    io::Line word;
     for (int i = 0; i < 3; ++i) words.text_or_blank(word);
     EXPECT_EQ(word.content(), "") << missing;
   }
+  double number = 0.0;
+  io::FreeForm malformed(unit, "'b'7 8");
+  malformed.text_or_blank(word);
+  EXPECT_TRUE(
+      support::stops(2, "found the end of the line", [&] { malformed.real(number, {"item"}); }));
   io::close(unit);
 }
 

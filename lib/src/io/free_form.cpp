@@ -111,7 +111,7 @@ bool FreeForm::optional_integer(int& value, const Subject& subject) {
 // Takes the next item if it is a plain decimal behind nothing but blanks, as nearly all numbers
 // are.
 bool FreeForm::take_plain_decimal(double& value) {
-  if (repeats_left_ > 0 || slash_met_) return false;
+  if (repeats_left_ > 0 || slash_met_ || ran_out_) return false;
   cursor_.skip_blanks();
   const std::string_view rest = cursor_.rest();
   const std::size_t size = scan_decimal(rest, value);
