@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "io/block.hpp"
 #include "io/fatal.hpp"
 #include "io/text.hpp"
 #include "io/values.hpp"
@@ -16,7 +17,6 @@ namespace io {
 
 namespace {
 
-constexpr std::size_t block_size = std::size_t{256} * 1024;
 // How far a window loaded for reading backwards reaches beyond the point it is loaded for, so that
 // the line there can be read forwards without loading again.
 constexpr std::int64_t forward_reach = block_size / 4;

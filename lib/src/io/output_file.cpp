@@ -8,16 +8,11 @@
 #include <cstring>
 #include <utility>
 
+#include "io/block.hpp"
 #include "io/fatal.hpp"
 #include "io/write_all.hpp"
 
 namespace io {
-
-namespace {
-
-constexpr std::size_t block_size = std::size_t{256} * 1024;
-
-}  // namespace
 
 OutputFile::~OutputFile() {
   if (kept_ && descriptor_ >= 0) ::close(descriptor_);
