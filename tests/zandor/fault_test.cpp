@@ -1,0 +1,105 @@
+// The program while one call of the system after the other fails, or an interrupt comes at it.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <set>
+
+#include "support/support.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path good = fs::path(PROJECT_FOLDER) / "tests/zandor/cases/diatomic-dipoles";
+const std::set<std::string> results = {"zandor-es.out", "vib.xyz", "vibp.xyz"};
+
+// How the results get to their places, by the error that keeps files without a name away.
+struct Way {
+  const char* name;
+  int unnamed;
+  bool old_results;
+};
+void PrintTo(const Way& way, std::ostream* out) { *out << way.name; }
+
+class Faults : public testing::TestWithParam<Way> {
+ protected:
+  void SetUp() override { fs::copy(good, "job"); }
+
+  // The outcome of a run; false behind its last call.
+  bool run(int call, int error) {
+    for (const std::string& name : results) {
+      fs::remove("job/" + name);
+      if (GetParam().old_results) support::write_file("job/" + name, "yesterday");
+    }
+    fs::remove("mark");
+    const auto set = [](const char* name, int value) { return name + std::to_string(value); };
+    outcome_ = support::run(
+        {"env", "-C", "job", "LD_PRELOAD=" FAULTS, "ASAN_OPTIONS=verify_asan_link_order=0",
+         "FAULT_MARK=../mark", set("FAULT_CALL=", call), set("FAULT_ERROR=", error),
+         set("FAULT_UNNAMED=", GetParam().unnamed), ZANDOR_GATHER, "control.inp"});
+    return fs::exists("mark");
+  }
+
+  // "old", "new", "cleared", or several of them; or which file is none of these.
+  std::string shown_results() {
+    std::set<std::string> states;
+    for (const std::string& name : results) {
+      const std::string content = support::read_file("job/" + name);
+      const bool is_new = content == support::read_file(good / "expected" / name);
+      const bool is_old =
+          GetParam().old_results ? content == "yesterday" : !fs::exists("job/" + name);
+      states.insert(is_new ? "new" : is_old ? "old" : content.empty() ? "cleared" : name);
+    }
+    std::string shown;
+    for (const std::string& state : states) shown += (shown.empty() ? "" : ", ") + state;
+    return shown;
+  }
+
+  void check(const std::string& where) {
+    const std::string state = shown_results();
+    const auto lines = std::count(outcome_.err.begin(), outcome_.err.end(), '\n');
+    EXPECT_EQ(outcome_.out, "") << where;
+    if (outcome_.status == 2) {
+      EXPECT_TRUE(outcome_.err.starts_with("zandor_gather: ") && lines == 1)
+          << where << outcome_.err;
+    } else {
+      const bool ended = outcome_.status == 1000 + SIGTERM;
+      EXPECT_TRUE(outcome_.status == 0 || ended) << where << outcome_.status;
+      EXPECT_EQ(outcome_.err, ended ? "Terminated\n" : "") << where;  // so says the shell
+    }
+    // What is written into the files themselves cannot be taken back, but is never half a file.
+    const bool mixed = GetParam().unnamed == EACCES && outcome_.status == 2 &&
+                       state.find('.') == std::string::npos;
+    EXPECT_TRUE(state == "new" || (state == "old" && outcome_.status != 0) || mixed)
+        << where << state;
+    for (const auto& entry : fs::directory_iterator("job")) {
+      const std::string name = entry.path().filename();
+      EXPECT_TRUE(results.contains(name) || name == "result.log" || fs::exists(good / name))
+          << where << "leaves " << name;
+    }
+  }
+
+  support::TempFolder folder_;
+  support::Outcome outcome_;
+};
+
+TEST_P(Faults, leave_all_results_of_a_run_or_none) {
+  for (const int error : {EIO, EACCES, -SIGTERM}) {
+    int call = 1;
+    for (; run(call, error); ++call) {
+      check("call " + std::to_string(call) + ", error " + std::to_string(error) + ": ");
+    }
+    EXPECT_GT(call, 50) << "too few calls were counted";
+    EXPECT_EQ(outcome_.status, 0) << "behind the last call";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(ways, Faults,
+                         testing::Values(Way{"unnamed", 0, true}, Way{"unnamed_first", 0, false},
+                                         Way{"hidden", EOPNOTSUPP, true},
+                                         Way{"hidden_first", EOPNOTSUPP, false},
+                                         Way{"in_place", EACCES, true}),
+                         [](const auto& way) { return way.param.name; });
+
+}  // namespace
