@@ -41,7 +41,7 @@ class Faults : public testing::TestWithParam<Way> {
     return fs::exists("mark");
   }
 
-  // "old", "new", "cleared", or several of them; or which file is none of these.
+  // "old", "new" or both; or which file is neither.
   std::string shown_results() {
     std::set<std::string> states;
     for (const std::string& name : results) {
@@ -49,7 +49,7 @@ class Faults : public testing::TestWithParam<Way> {
       const bool is_new = content == support::read_file(good / "expected" / name);
       const bool is_old =
           GetParam().old_results ? content == "yesterday" : !fs::exists("job/" + name);
-      states.insert(is_new ? "new" : is_old ? "old" : content.empty() ? "cleared" : name);
+      states.insert(is_new ? "new" : is_old ? "old" : name);
     }
     std::string shown;
     for (const std::string& state : states) shown += (shown.empty() ? "" : ", ") + state;
@@ -68,11 +68,7 @@ class Faults : public testing::TestWithParam<Way> {
       EXPECT_TRUE(outcome_.status == 0 || ended) << where << outcome_.status;
       EXPECT_EQ(outcome_.err, ended ? "Terminated\n" : "") << where;  // so says the shell
     }
-    // What is written into the files themselves cannot be taken back, but is never half a file.
-    const bool mixed = GetParam().unnamed == EACCES && outcome_.status == 2 &&
-                       state.find('.') == std::string::npos;
-    EXPECT_TRUE(state == "new" || (state == "old" && outcome_.status != 0) || mixed)
-        << where << state;
+    EXPECT_TRUE(state == "new" || (state == "old" && outcome_.status != 0)) << where << state;
     for (const auto& entry : fs::directory_iterator("job")) {
       const std::string name = entry.path().filename();
       EXPECT_TRUE(results.contains(name) || name == "result.log" || fs::exists(good / name))

@@ -50,6 +50,29 @@ std::string path_of_descriptor(int descriptor) {
   return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
+// Copies all that stands in a file to another one; the result is 0 or the error number.
+int copy_all(int from, int to) {
+  if (::lseek(from, 0, SEEK_SET) != 0) return errno;
+  char block[65536];
+  for (;;) {
+    const ssize_t got = ::read(from, block, sizeof block);
+    if (got == 0) return 0;
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return errno;
+    const int error = write_all(to, {block, static_cast<std::size_t>(got)});
+    if (error != 0) return error;
+  }
+}
+
+// Writes into a file what it held before: all of that, or rather nothing than half of it.
+bool restore(const std::string& name, int old_content) {
+  const int file = ::open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  const bool whole = old_content >= 0 && copy_all(old_content, file) == 0;
+  const bool clean = whole || ::ftruncate(file, 0) == 0;
+  ::close(file);
+  return clean;
+}
+
 // Holds other programs off that put files into the same folder. They need microseconds; one that
 // holds the folder for longer has stopped, and is not waited for.
 class FolderLock {
@@ -87,8 +110,10 @@ Replacement& Replacement::operator=(Replacement&& other) noexcept {
   anonymous_ = other.anonymous_;
   created_ = other.created_;
   exchanged_ = other.exchanged_;
+  overwritten_ = other.overwritten_;
   descriptor_ = std::exchange(other.descriptor_, -1);
   destination_ = std::exchange(other.destination_, -1);
+  old_content_ = std::exchange(other.old_content_, -1);
   return *this;
 }
 
@@ -101,7 +126,7 @@ void Replacement::drop() {
 }
 
 void Replacement::close_descriptors() {
-  for (int* const descriptor : {&descriptor_, &destination_}) {
+  for (int* const descriptor : {&descriptor_, &destination_, &old_content_}) {
     if (*descriptor >= 0) ::close(*descriptor);
     *descriptor = -1;
   }
@@ -110,7 +135,7 @@ void Replacement::close_descriptors() {
 int Replacement::begin(const std::string& name) {
   drop();
   name_ = target_ = name;
-  created_ = exchanged_ = false;
+  created_ = exchanged_ = overwritten_ = false;
   if (name.empty()) return ENOENT;
   struct stat status {};
   const bool exists = ::stat(name.c_str(), &status) == 0;
@@ -120,7 +145,9 @@ int Replacement::begin(const std::string& name) {
   if (exists && !S_ISREG(status.st_mode)) return begin_writing(Way::write_through);
   if (!follow_links(target_)) return begin_writing(Way::write_in_place);
   const int error = begin_renaming(exists, status.st_mode & 07777);
-  return exists && is_closed_folder(error) ? begin_writing(Way::write_in_place) : error;
+  if (!exists || !is_closed_folder(error)) return error;
+  drop();  // what could be had, but not with the old file's permission bits
+  return begin_writing(Way::write_in_place);
 }
 
 int Replacement::begin_renaming(bool exists, mode_t mode) {
@@ -174,23 +201,25 @@ int Replacement::link_hidden() {
   return EEXIST;
 }
 
+// Keeps what stands in the file that is about to be overwritten, to be able to take that back.
+int Replacement::keep_old() {
+  const int file = ::open(name_.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) return errno == EACCES ? 0 : errno;  // a file that may be written only
+  old_content_ = ::memfd_create("old results", MFD_CLOEXEC);
+  const int error = old_content_ < 0 ? errno : copy_all(file, old_content_);
+  ::close(file);
+  return error;
+}
+
 // Writes the content to a device, a pipe or a file that cannot be replaced.
 int Replacement::copy_through() {
   if (way_ == Way::write_in_place) {
+    if (const int error = keep_old(); error != 0) return error;
     destination_ = ::open(name_.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
     if (destination_ < 0) return errno;
+    overwritten_ = true;
   }
-  int error = ::lseek(descriptor_, 0, SEEK_SET) == 0 ? 0 : errno;
-  char block[65536];
-  while (error == 0) {
-    const ssize_t got = ::read(descriptor_, block, sizeof block);
-    if (got == 0) break;
-    if (got < 0 && errno != EINTR) error = errno;
-    if (got > 0) error = write_all(destination_, {block, static_cast<std::size_t>(got)});
-  }
-  if (error != 0 && way_ == Way::write_in_place && ::ftruncate(destination_, 0) != 0) {
-    return error;  // the half file stays; its first failure is the one to tell
-  }
+  const int error = copy_all(descriptor_, destination_);
   const int closed = std::exchange(destination_, -1);
   return ::close(closed) != 0 && error == 0 ? errno : error;
 }
@@ -224,7 +253,8 @@ void Replacement::swap_back() {
   if (exchanged_) {
     ::renameat2(AT_FDCWD, hidden_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE);
   }
-  created_ = exchanged_ = false;
+  if (overwritten_) restore(name_, old_content_);
+  created_ = exchanged_ = overwritten_ = false;
 }
 
 void put_in_place(std::span<Replacement> files) {

@@ -24,7 +24,8 @@ class Replacement {
   //     permission bits. Links are followed: the file to which they lead is replaced.
   //   - A name that leads to no regular file (a device, a pipe that somebody reads), and a file
   //     that can be written in a folder that takes no new one, are written when all is complete;
-  //     until then the content is kept in memory.
+  //     until then the content is kept in memory, and such a file's old content while it is
+  //     written.
   int begin(const std::string& name);
 
   // The descriptor to write to.
@@ -43,6 +44,7 @@ class Replacement {
   void drop();
   void close_descriptors();
   int link_hidden();
+  int keep_old();
   int copy_through();
   int swap_in();
   void swap_back();
@@ -51,16 +53,19 @@ class Replacement {
   std::string target_;  // the file to which it leads
   std::string hidden_;  // a hidden name in the target's folder; empty where there is none
   Way way_ = Way::rename;
-  bool replaces_ = false;   // something stood there at the beginning
-  bool anonymous_ = false;  // the descriptor is the only way to the content
-  bool created_ = false;    // put in place where nothing stood
-  bool exchanged_ = false;  // put in place, and the old file is at the hidden name
+  bool replaces_ = false;     // something stood there at the beginning
+  bool anonymous_ = false;    // the descriptor is the only way to the content
+  bool created_ = false;      // put in place where nothing stood
+  bool exchanged_ = false;    // put in place, and the old file is at the hidden name
+  bool overwritten_ = false;  // written into the file itself
   int descriptor_ = -1;
   int destination_ = -1;  // of a device or pipe, open from the beginning
+  int old_content_ = -1;  // of a file that is written itself, in memory
 };
 
 // Puts complete files in place in their order, all or none: a failure is a fatal stop that takes
-// back those already in place. What is written through goes first, since it cannot be taken back.
+// back those already in place. What goes to a device or pipe goes first, since only it cannot be
+// taken back.
 // Interrupts wait until it is done, and so does another program that does this in the same folder.
 void put_in_place(std::span<Replacement> files);
 
