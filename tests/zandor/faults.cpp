@@ -1,6 +1,8 @@
 // Preloaded into the program under test: lets one of its calls that concern files fail, or sends it
 // a signal at that call. Settings come by the environment:
-//   FAULT_CALL     which call, counted from 1
+//   FAULT_CALL     which call, counted from 1, or from the first file without a name that is asked
+//   for
+//                  if FAULT_WRITING is 1
 //   FAULT_ERROR    the error number with which it fails; negative: the signal to send before it
 //   FAULT_UNNAMED  the error number with which files without a name can never be had
 //   FAULT_MARK     a file that is created when the call comes
@@ -19,9 +21,12 @@ int setting(const char* name) {
   return text == nullptr ? 0 : std::atoi(text);
 }
 
+bool writing = false;
+
 // Whether the call that is about to be made is to fail; errno then says why.
 bool fails() {
   static int calls = 0;
+  if (!writing && setting("FAULT_WRITING") == 1) return false;
   if (++calls != setting("FAULT_CALL")) return false;
   const long mark = ::syscall(SYS_openat, AT_FDCWD, std::getenv("FAULT_MARK"), O_CREAT, 0600);
   ::syscall(SYS_close, mark);
@@ -41,10 +46,9 @@ int call(long number, Arguments... arguments) {
 extern "C" {
 
 int open(const char* path, int flags, ...) {
-  const int unnamed = setting("FAULT_UNNAMED");
-  if ((flags & O_TMPFILE) == O_TMPFILE && unnamed != 0) {
-    errno = unnamed;
-    return -1;
+  if ((flags & O_TMPFILE) == O_TMPFILE) {
+    writing = true;
+    if ((errno = setting("FAULT_UNNAMED")) != 0) return -1;
   }
   return call(SYS_openat, AT_FDCWD, path, flags, 0644);
 }
