@@ -1,0 +1,37 @@
+// The transition dipoles of the jobs, how far their digits can be trusted, and their gradient along
+// the true steps.
+#pragma once
+
+#include <Eigen/Dense>
+
+#include "run_data.hpp"
+
+namespace analysis {
+
+// The two jobs of coordinate ih (1..n3) by what they hold: with a disp_sign other than 1 the job
+// labelled positive, 2 ih, holds the negative step.
+struct StepJobs {
+  int plus = 0, minus = 0;
+};
+StepJobs step_jobs(const zandor::RunData& run, int ih);
+
+// 3 x (n6 + 1), atomic units: column i is the transition dipole of job i, column 0 that of the
+// reference. Zero for derived jobs, until derive_dipoles (characters.hpp) fills them.
+Eigen::Matrix3Xd job_dipoles(const zandor::RunData& run);
+
+// The computed job from whose results those of a job come: the job itself, or the end of its chain
+// of sources. 0 where there is none: a source that is the reference or is derived later in the
+// list.
+int computed_source(const zandor::RunData& run, int job);
+
+// n6 + 1, atomic units: the largest error that printing may have made in a component of each job's
+// dipole, half a unit of its last printed digit (a derived job has that of its source). The digits
+// are found from the numbers of all jobs: as many decimals as the finest number has, but no number
+// has more significant digits than the longest one. Zero where all dipoles are zero.
+Eigen::VectorXd print_rounding(const zandor::RunData& run);
+
+// 3 x n3: column ih - 1 is dmu/dx_ih = (mu(plus) - mu(minus)) / (2 dx) with the true steps, e. The
+// report's tddip takes the labels instead, and differs in sign when disp_sign is not 1.
+Eigen::Matrix3Xd dipole_gradient(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
+
+}  // namespace analysis

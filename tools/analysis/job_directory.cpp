@@ -1,0 +1,115 @@
+#include "job_directory.hpp"
+
+#include <cctype>
+#include <charconv>
+#include <cmath>
+
+#include "dipole_derivatives.hpp"
+#include "flib/units_of_measure.hpp"
+#include "job_list.hpp"
+#include "job_results.hpp"
+#include "run_control.hpp"
+#include "vibrational_analysis.hpp"
+
+namespace analysis {
+
+namespace {
+
+template <class Number>
+bool parse_whole(std::string_view text, Number& number) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+[[noreturn]] void stop_at_option(const char* option, const char* expected, std::string_view text) {
+  io::fatal_stop("expected " + std::string(option) + " " + expected + ", found " +
+                 io::quoted(text));
+}
+
+// Splits "KEY=MASS".
+std::string split(const char* option, const char* expected, std::string_view text, double& amu) {
+  const std::size_t equals = text.find('=');
+  if (equals == 0 || equals == text.npos || !parse_whole(text.substr(equals + 1), amu) ||
+      !std::isfinite(amu) || !(amu > 0.0)) {
+    stop_at_option(option, expected, text);
+  }
+  return std::string(text.substr(0, equals));
+}
+
+bool same_element(std::string_view a, std::string_view b) {
+  const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](char x, char y) { return lower(x) == lower(y); });
+}
+
+std::string_view symbol_of(const zandor::RunData& run, int atom) {
+  return run.symbol[static_cast<std::size_t>(atom - 1)].content();
+}
+
+bool concerns(const MassChange& change, const zandor::RunData& run, int atom) {
+  return change.atom == 0 ? same_element(change.element, symbol_of(run, atom))
+                          : change.atom == atom;
+}
+
+}  // namespace
+
+MassChange parse_mass(const std::string& text) {
+  constexpr const char* expected = "ATOM=MASS with an atom number and a mass (amu) above 0";
+  MassChange change;
+  const std::string atom = split("--mass", expected, text, change.amu);
+  if (!parse_whole(atom, change.atom) || change.atom < 1) stop_at_option("--mass", expected, text);
+  return change;
+}
+
+MassChange parse_isotope(const std::string& text) {
+  MassChange change;
+  change.element =
+      split("--isotope", "SYMBOL=MASS with an element and a mass (amu) above 0", text, change.amu);
+  return change;
+}
+
+void change_masses(const std::vector<MassChange>& changes, zandor::RunData& run) {
+  for (const MassChange& change : changes) {
+    bool found = false;
+    for (int a = 1; a <= run.natom; ++a) {
+      if (!concerns(change, run, a)) continue;
+      found = true;
+      run.mass(a) = change.amu * flib::electron_masses_per_amu;
+      for (int k = 1; k <= 3; ++k) run.sqtmass(3 * (a - 1) + k) = std::sqrt(run.mass(a));
+    }
+    if (found) continue;
+    if (change.atom > 0) {
+      io::fatal_stop("expected an atom within 1.." + std::to_string(run.natom) +
+                     " behind --mass, found " + std::to_string(change.atom));
+    }
+    io::fatal_stop("expected an element of the molecule behind --isotope, found " +
+                   io::quoted(change.element));
+  }
+}
+
+std::string describe(const std::vector<MassChange>& changes, const zandor::RunData& run) {
+  std::string text;
+  for (const MassChange& change : changes) {
+    text += text.empty() ? "masses changed: " : ", ";
+    text += change.atom == 0 ? "all " + change.element
+                             : "atom " + std::to_string(change.atom) + " (" +
+                                   std::string(symbol_of(run, change.atom)) + ")";
+    text += " " + io::shown(change.amu);
+  }
+  return text;
+}
+
+zandor::RunData load_job_directory(const std::string& control_file,
+                                   const std::vector<MassChange>& changes) {
+  zandor::RunData run;
+  zandor::read_control_file(io::Line(control_file), run);
+  zandor::read_job_list(run);
+  zandor::allocate_run_arrays(run);
+  zandor::read_job_results(run);
+  change_masses(changes, run);
+  zandor::differentiate_transition_dipoles(run);
+  zandor::analyse_vibrations(run);
+  return run;
+}
+
+}  // namespace analysis

@@ -1,0 +1,51 @@
+// Rigid motions of a molecule, exact in any axes, and how its axes lie.
+//
+// The geometry is RunData::x, that of the reference input (".com") in Bohr: the jobs were displaced
+// along its axes, so forces and dipole differences belong to it, and the report's projection uses
+// it.
+#pragma once
+
+#include <Eigen/Dense>
+
+#include "run_data.hpp"
+
+namespace analysis {
+
+struct RigidMotions {
+  // n3 x rank, orthonormal columns: the space of the mass-weighted translations
+  // t_k(a) = sqrt(m_a) e_k and rotations r_k(a) = sqrt(m_a) e_k x (R_a - centre of mass).
+  Eigen::MatrixXd basis;
+  // 6; 5 for a linear molecule, 3 for one atom: the number of singular values of the six vectors,
+  // each of length 1, above 1e-6 of the largest.
+  int rank = 0;
+};
+
+// Takes natom, mass and x of the run (any mass unit, any length unit).
+RigidMotions rigid_motions(const zandor::RunData& run);
+
+// The part, 0 to 1, of a mass-weighted eigenvector (n3, length 1) that is rigid motion:
+// |basis^T v|**2.
+double rigid_weight(const RigidMotions& rigid,
+                    const Eigen::Ref<const Eigen::VectorXd>& eigenvector);
+
+// The same for each column of n3 x n eigenvectors.
+Eigen::VectorXd rigid_weights(const RigidMotions& rigid,
+                              const Eigen::Ref<const Eigen::MatrixXd>& eigenvectors);
+
+struct PrincipalAxes {
+  Eigen::Vector3d centre;   // of mass, Bohr
+  Eigen::Vector3d moments;  // of inertia, ascending, m_e Bohr**2
+  Eigen::Matrix3d axes;     // in columns, right-handed
+  // Largest off-diagonal element of the inertia tensor in the given axes over its largest diagonal
+  // element, 0 to 1: 0 where the given axes are principal, then the report's projector is exact.
+  double off_diagonal = 0.0;
+  // Angle in degrees between each given axis and the nearest principal axis, the largest of the
+  // three. Moments that agree within 1e-4 of the largest leave their axes free to turn: a given
+  // axis is compared with the space that belongs to them.
+  double largest_angle = 0.0;
+};
+
+// Takes natom, mass (electron masses) and x (Bohr) of the run.
+PrincipalAxes principal_axes(const zandor::RunData& run);
+
+}  // namespace analysis

@@ -1,0 +1,48 @@
+// Exact sum rules of the transition dipole, and by how much the jobs miss them.
+//
+// A transition dipole does not change when the molecule is shifted, and turns with it when it is
+// turned. So, with R_a counted from the centre of the atoms and k, c = x, y, z (18 conditions):
+//   T(c,k): sum over atoms of dmu_c/dR_ak = 0                                              [e]
+//   R(c,k): sum over atoms of ((e_k x R_a) . grad_a) mu_c - (e_k x mu0)_c = 0              [e Bohr]
+// They hold for every molecule that floats freely, at any geometry. The dipoles are linear in them:
+// each job adds a column of 18 numbers, and a turned sign shows as twice that column.
+#pragma once
+
+#include <Eigen/Dense>
+
+#include "run_data.hpp"
+
+namespace analysis {
+
+// 18 rows: T(x,x), T(y,x), T(z,x), T(x,y), ..., T(z,z), then R in the same order, atomic units.
+inline constexpr int sum_rule_count = 18;
+using SumRuleVectors = Eigen::Matrix<double, sum_rule_count, Eigen::Dynamic>;
+
+struct SumRuleResidual {
+  double absolute = 0.0;     // root of the sum of the squares of the 18 conditions, atomic units
+  double translation = 0.0;  // the same of T alone, e
+  double rotation = 0.0;     // and of R alone, e Bohr
+  // absolute over the root of the sum of the squares of all terms that the 18 sums are made of:
+  // about 1 for unrelated numbers. 0 where all are zero.
+  double relative = 0.0;
+  // What print rounding alone may make of `absolute`: per condition the sum of its weights times
+  // half a last digit / dx (print_rounding), of these the root of the sum of the squares. It is the
+  // worst case, all errors in one direction.
+  double bound = 0.0;
+  // The largest of the 18 ratios of a condition to its own bound. Print rounding gives 1 at most.
+  double worst_ratio = 0.0;
+
+  // Print rounding and the error of the differences explain it: no condition stands above `bounds`
+  // times its bound, or the residual is 1e-2 relative at most.
+  bool explained(double bounds = 3.0) const { return worst_ratio <= bounds || relative <= 1e-2; }
+};
+
+// 18 x (n6 + 1): what the dipole of each job (column; 0 is the reference) adds to the conditions.
+// dipoles as in dipoles.hpp. The sum of the columns is the residual.
+SumRuleVectors sum_rule_terms(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
+
+// The residual of the dipoles of all jobs (derived ones filled in); takes natom, x, dx, disp_sign
+// and, for the bound, jobs, tdip and dipole0 of the run.
+SumRuleResidual sum_rule_residual(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
+
+}  // namespace analysis

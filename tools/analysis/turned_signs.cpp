@@ -1,0 +1,126 @@
+#include "turned_signs.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "dipoles.hpp"
+
+namespace analysis {
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+// The two choices with the smallest squared residuals.
+struct Ranking {
+  double best = infinity, next = infinity;
+  std::vector<int> jobs;
+
+  void offer(double square, std::initializer_list<int> offered) {
+    if (square < best) {
+      next = best;
+      best = square;
+      jobs = offered;
+    } else {
+      next = std::min(next, square);
+    }
+  }
+};
+
+// What the conditions change by when the sign of each computed job is turned, with the jobs derived
+// from it: -2 times the sum of their terms, at the column of the computed job.
+SumRuleVectors changes_by_job(const zandor::RunData& run, const SumRuleVectors& terms) {
+  SumRuleVectors changes = SumRuleVectors::Zero(sum_rule_count, terms.cols());
+  changes.col(0) = -2.0 * terms.col(0);
+  for (int i = 1; i <= run.n6; ++i) {
+    const int source = computed_source(run, i);
+    if (source > 0) changes.col(source) -= 2.0 * terms.col(i);
+  }
+  return changes;
+}
+
+// Jobs that change nothing are no choice.
+std::vector<int> choices(const SumRuleVectors& changes) {
+  std::vector<int> jobs;
+  for (int i = 0; i < changes.cols(); ++i) {
+    if (changes.col(i).squaredNorm() > 0.0) jobs.push_back(i);
+  }
+  return jobs;
+}
+
+Ranking rank_singles(const SumRuleVectors& changes, const Eigen::VectorXd& residual) {
+  Ranking ranking;
+  for (const int i : choices(changes)) {
+    ranking.offer((residual + changes.col(i)).squaredNorm(), {i});
+  }
+  return ranking;
+}
+
+Ranking rank_pairs(const SumRuleVectors& changes, const Eigen::VectorXd& residual) {
+  const std::vector<int> jobs = choices(changes);
+  Ranking ranking;
+  for (std::size_t a = 0; a < jobs.size(); ++a) {
+    const Eigen::Matrix<double, sum_rule_count, 1> first = residual + changes.col(jobs[a]);
+    for (std::size_t b = a + 1; b < jobs.size(); ++b) {
+      ranking.offer((first + changes.col(jobs[b])).squaredNorm(), {jobs[a], jobs[b]});
+    }
+  }
+  return ranking;
+}
+
+std::vector<int> against_reference(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
+  std::vector<int> against;
+  std::vector<int> along = {0};
+  for (int i = 1; i <= run.n6; ++i) {
+    if (!run.jobs[static_cast<std::size_t>(i)].is_calc) continue;
+    (dipoles.col(i).dot(dipoles.col(0)) < 0.0 ? against : along).push_back(i);
+  }
+  return along.size() < against.size() ? along : against;
+}
+
+// Takes the choice when it explains the residual.
+bool settle(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles, std::vector<int> jobs,
+            double next_square, TurnedSigns& signs) {
+  Eigen::Matrix3Xd turned = dipoles;
+  turn_signs(run, jobs, turned);
+  const SumRuleResidual residual = sum_rule_residual(run, turned);
+  if (jobs.empty() || !residual.explained()) return false;
+  signs.jobs = std::move(jobs);
+  signs.settled = residual;
+  signs.next_best = std::sqrt(next_square);
+  return true;
+}
+
+}  // namespace
+
+TurnedSigns find_turned_signs(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
+  TurnedSigns signs;
+  signs.as_read = sum_rule_residual(run, dipoles);
+  signs.settled = signs.as_read;
+  signs.next_best = infinity;
+  if (signs.as_read.explained()) return signs;
+  if (settle(run, dipoles, against_reference(run, dipoles), infinity, signs)) return signs;
+  const SumRuleVectors terms = sum_rule_terms(run, dipoles);
+  const SumRuleVectors changes = changes_by_job(run, terms);
+  const Eigen::VectorXd residual = terms.rowwise().sum();
+  const Ranking single = rank_singles(changes, residual);
+  if (settle(run, dipoles, single.jobs, single.next, signs)) return signs;
+  const Ranking pair = rank_pairs(changes, residual);
+  settle(run, dipoles, pair.jobs, pair.next, signs);
+  return signs;
+}
+
+void turn_signs(const zandor::RunData& run, const std::vector<int>& jobs,
+                Eigen::Matrix3Xd& dipoles) {
+  const auto turned = [&](int job) {
+    return std::find(jobs.begin(), jobs.end(), job) != jobs.end();
+  };
+  if (turned(0)) dipoles.col(0) *= -1.0;
+  for (int i = 1; i <= run.n6; ++i) {
+    const int source = computed_source(run, i);
+    if (source > 0 && turned(source)) dipoles.col(i) *= -1.0;
+  }
+}
+
+}  // namespace analysis

@@ -1,0 +1,111 @@
+#include "vibrations.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+
+#include "flib/units_of_measure.hpp"
+
+namespace analysis {
+
+namespace {
+
+using Matrix = Eigen::Map<const Eigen::MatrixXd>;
+using Vector = Eigen::Map<const Eigen::VectorXd>;
+
+// n3 x (n3 - rank): orthonormal columns, orthogonal to the rigid motions.
+Eigen::MatrixXd complement(const RigidMotions& rigid) {
+  const Eigen::Index n3 = rigid.basis.rows();
+  const Eigen::HouseholderQR<Eigen::MatrixXd> qr(rigid.basis);
+  Eigen::MatrixXd all = Eigen::MatrixXd::Identity(n3, n3);
+  all.applyOnTheLeft(qr.householderQ());
+  return all.rightCols(n3 - rigid.rank);
+}
+
+// Gives every vibration (row) the mode of the report (column) that it is most alike, each once.
+std::vector<int> pair_modes(const Eigen::MatrixXd& alike) {
+  struct Candidate {
+    double overlap;
+    int row, column;
+  };
+  const auto rows = static_cast<int>(alike.rows());
+  const auto columns = static_cast<int>(alike.cols());
+  std::vector<Candidate> candidates;
+  candidates.reserve(static_cast<std::size_t>(alike.size()));
+  for (int column = 0; column < columns; ++column) {
+    for (int row = 0; row < rows; ++row) {
+      candidates.push_back({std::abs(alike(row, column)), row, column});
+    }
+  }
+  std::sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
+    return std::tuple(-a.overlap, a.row, a.column) < std::tuple(-b.overlap, b.row, b.column);
+  });
+  std::vector<int> mode(static_cast<std::size_t>(rows), 0);
+  std::vector<char> taken(static_cast<std::size_t>(columns), 0);
+  for (const Candidate& pair : candidates) {
+    int& number = mode[static_cast<std::size_t>(pair.row)];
+    char& used = taken[static_cast<std::size_t>(pair.column)];
+    if (number != 0 || used != 0) continue;
+    number = pair.column + 1;
+    used = 1;
+  }
+  return mode;
+}
+
+// Degenerate vibrations may be any mixture of degenerate modes of the report: of such numbers the
+// smallest goes first.
+void order_degenerate(const Vector& report_frequency, Vibrations& vibrations) {
+  const auto same = [](double a, double b) {
+    return std::abs(a - b) * flib::wavenumbers_per_au <= degenerate_within;
+  };
+  std::vector<int>& mode = vibrations.report_mode;
+  const Eigen::VectorXd& frequency = vibrations.frequency;
+  for (std::size_t k = 0; k < mode.size(); ++k) {
+    for (std::size_t l = k; l > 0 && mode[l] < mode[l - 1]; --l) {
+      const auto row = static_cast<Eigen::Index>(l);
+      if (!same(frequency(row), frequency(row - 1)) ||
+          !same(report_frequency(mode[l] - 1), report_frequency(mode[l - 1] - 1))) {
+        break;
+      }
+      std::swap(mode[l], mode[l - 1]);
+    }
+  }
+}
+
+void compare_with_report(const zandor::RunData& run, Vibrations& vibrations) {
+  const Matrix report_modes(run.cp.data(), run.n3, run.n3);
+  const Vector report_frequency(run.freqp.data(), run.n3);
+  const Eigen::MatrixXd alike = vibrations.modes.transpose() * report_modes;
+  vibrations.report_mode = pair_modes(alike);
+  order_degenerate(report_frequency, vibrations);
+  vibrations.overlap.resize(alike.rows());
+  for (Eigen::Index k = 0; k < alike.rows(); ++k) {
+    const int mode = vibrations.report_mode[static_cast<std::size_t>(k)] - 1;
+    const Eigen::ArrayXd apart =
+        (report_frequency.array() - report_frequency(mode)).abs() * flib::wavenumbers_per_au;
+    const Eigen::ArrayXd share = alike.row(k).transpose().array().square();
+    const double length = std::sqrt((apart <= degenerate_within).select(share, 0.0).sum());
+    vibrations.overlap(k) = std::min(length, 1.0);
+    if (alike(k, mode) < 0.0) vibrations.modes.col(k) *= -1.0;
+  }
+}
+
+}  // namespace
+
+Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigid) {
+  const Vector root_mass(run.sqtmass.data(), run.n3);
+  const Eigen::VectorXd weight = root_mass.cwiseInverse();
+  const Eigen::MatrixXd weighted =
+      weight.asDiagonal() * Matrix(run.hess.data(), run.n3, run.n3) * weight.asDiagonal();
+  const Eigen::MatrixXd space = complement(rigid);
+  Vibrations vibrations;
+  if (space.cols() == 0) return vibrations;
+  const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(space.transpose() * weighted * space);
+  const Eigen::VectorXd& lambda = solver.eigenvalues();
+  vibrations.frequency = lambda.cwiseAbs().cwiseSqrt().cwiseProduct(lambda.cwiseSign());
+  vibrations.modes = space * solver.eigenvectors();
+  compare_with_report(run, vibrations);
+  return vibrations;
+}
+
+}  // namespace analysis

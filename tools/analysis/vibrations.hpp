@@ -1,0 +1,37 @@
+// Vibrations with the rigid motions taken out exactly, and which modes of the report they are.
+#pragma once
+
+#include <Eigen/Dense>
+#include <vector>
+
+#include "rigid_motions.hpp"
+#include "run_data.hpp"
+
+namespace analysis {
+
+// Modes whose frequencies differ by no more count as degenerate, cm-1.
+inline constexpr double degenerate_within = 0.1;
+
+// n = n3 - rank vibrations, by ascending frequency. What is left when the rigid motions are gone is
+// a vibration, however small its frequency.
+struct Vibrations {
+  // n, atomic units, imaginary ones negative: the root of |lambda| with the sign of lambda.
+  Eigen::VectorXd frequency;
+  // n3 x n: orthonormal mass-weighted eigenvectors L in columns, orthogonal to the rigid motions;
+  // their signs are such that they point along the mode of the report.
+  Eigen::MatrixXd modes;
+  // n, from 1: the number of each in the report's list of projected frequencies. No number comes
+  // twice; the pairs with the largest |L . cp| go first, and degenerate ones are put in order.
+  std::vector<int> report_mode;
+  // n, 0 to 1: the length of L in the space of that mode of the report and of those of the report
+  // that are degenerate with it (they may be any mixture of each other). Small where the report's
+  // projector, which is exact in principal axes only, has left rigid motion in its modes.
+  Eigen::VectorXd overlap;
+};
+
+// Diagonalises U^T M^-1/2 hess M^-1/2 U, with U an orthonormal basis of what is orthogonal to the
+// rigid motions, and puts it beside the report's projected modes. Takes hess, sqtmass, cp and freqp
+// of the run as analyse_vibrations leaves them.
+Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigid);
+
+}  // namespace analysis
