@@ -28,6 +28,11 @@ struct Product {
 };
 
 std::vector<Product> products_of(const zandor::RunData& run) {
+  if (run.nop > most_operations) {
+    io::fatal_stop({zandor::job_list_name}, "expected at most " + std::to_string(most_operations) +
+                                                " operations to find characters, found " +
+                                                std::to_string(run.nop));
+  }
   std::vector<Product> products;
   for (int k = 1; k <= run.nop; ++k) {
     for (int l = 1; l <= run.nop; ++l) {
@@ -89,11 +94,6 @@ bool is_identity(const zandor::RunData& run, int k) {
 }
 
 std::vector<Characters> allowed_characters(const zandor::RunData& run) {
-  if (run.nop > most_operations) {
-    io::fatal_stop({zandor::job_list_name}, "expected at most " + std::to_string(most_operations) +
-                                                " operations to find characters, found " +
-                                                std::to_string(run.nop));
-  }
   const std::vector<Product> products = products_of(run);
   std::vector<Characters> patterns = {{}};
   for (int k = 1; k <= run.nop; ++k) {
@@ -115,6 +115,54 @@ std::vector<Characters> allowed_characters(const zandor::RunData& run) {
   return distinct(std::move(patterns), operations_used(run));
 }
 
+bool are_allowed(const zandor::RunData& run, const Characters& characters) {
+  const std::vector<Product> products = products_of(run);
+  for (int known = 1; known <= run.nop; ++known) {
+    if (!agrees(characters, products, known)) return false;
+  }
+  return true;
+}
+
+Characters parse_characters(const zandor::RunData& run, const std::string& text) {
+  Characters signs;
+  bool well_formed = text.size() % 2 == 1;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const std::string_view fitting = i % 2 == 0 ? "+-" : ",";
+    well_formed = well_formed && fitting.find(text[i]) != fitting.npos;
+    if (i % 2 == 0) signs.push_back(text[i] == '-' ? -1 : 1);
+  }
+  Characters characters(static_cast<std::size_t>(run.nop), 1);
+  std::vector<std::size_t> others;
+  for (int k = 1; k <= run.nop; ++k) {
+    if (!is_identity(run, k)) others.push_back(static_cast<std::size_t>(k - 1));
+  }
+  if (!well_formed || (signs.size() != characters.size() && signs.size() != others.size())) {
+    io::fatal_stop(
+        "expected behind --characters a + or - for each of the " + std::to_string(others.size()) +
+        " operations other than the identity, separated by commas, found " + io::quoted(text));
+  }
+  if (signs.size() == characters.size()) {
+    characters = signs;
+  } else {
+    for (std::size_t i = 0; i < others.size(); ++i) characters[others[i]] = signs[i];
+  }
+  if (!are_allowed(run, characters)) {
+    io::fatal_stop("expected behind --characters signs that multiply as the operations do, found " +
+                   io::quoted(text));
+  }
+  return characters;
+}
+
+std::string shown(const zandor::RunData& run, const Characters& characters) {
+  std::string text;
+  for (int k = 1; k <= run.nop; ++k) {
+    if (is_identity(run, k)) continue;
+    if (!text.empty()) text += ',';
+    text += characters[static_cast<std::size_t>(k - 1)] > 0 ? '+' : '-';
+  }
+  return text;
+}
+
 void derive_dipoles(const zandor::RunData& run, const Characters& characters,
                     Eigen::Matrix3Xd& dipoles) {
   for (int i = 1; i <= run.n6; ++i) {
@@ -131,7 +179,6 @@ void derive_dipoles(const zandor::RunData& run, const Characters& characters,
 
 CharacterChoice find_characters(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
   CharacterChoice best;
-  best.residual.absolute = std::numeric_limits<double>::infinity();
   std::vector<SumRuleResidual> residuals;
   std::vector<Eigen::Matrix3Xd> gradients;
   Eigen::Matrix3Xd chosen;
@@ -140,7 +187,7 @@ CharacterChoice find_characters(const zandor::RunData& run, const Eigen::Matrix3
     derive_dipoles(run, characters, filled);
     residuals.push_back(sum_rule_residual(run, filled));
     gradients.push_back(dipole_gradient(run, filled));
-    if (residuals.back().absolute < best.residual.absolute) {
+    if (residuals.size() == 1 || residuals.back().absolute < best.residual.absolute) {
       best.residual = residuals.back();
       best.characters = characters;
       chosen = gradients.back();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <Eigen/Dense>
+#include <string>
 #include <vector>
 
 #include "run_data.hpp"
@@ -24,6 +25,16 @@ bool is_identity(const zandor::RunData& run, int k);
 // job uses, one. A fatal stop when the list has more than 256 operations, or more than 4096
 // patterns are possible (operations that are no group).
 std::vector<Characters> allowed_characters(const zandor::RunData& run);
+
+// Whether the characters, one per operation, contradict no product of the list. Limits as above.
+bool are_allowed(const zandor::RunData& run, const Characters& characters);
+
+// "+,-,-" as --characters takes it: one sign per operation of the list, or one per operation that
+// is not the identity. What is of another form, number or contradicts the products is a fatal stop.
+Characters parse_characters(const zandor::RunData& run, const std::string& text);
+
+// The characters as parse_characters reads them, without those of identities.
+std::string shown(const zandor::RunData& run, const Characters& characters);
 
 // Fills the columns of the derived jobs; zero where a job has no computed source (computed_source).
 void derive_dipoles(const zandor::RunData& run, const Characters& characters,

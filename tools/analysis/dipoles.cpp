@@ -84,4 +84,10 @@ Eigen::Matrix3Xd dipole_gradient(const zandor::RunData& run, const Eigen::Matrix
   return gradient;
 }
 
+Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,
+                                    const Eigen::Ref<const Eigen::MatrixXd>& modes) {
+  const Eigen::Map<const Eigen::VectorXd> root_mass(run.sqtmass.data(), run.n3);
+  return gradient * root_mass.cwiseInverse().asDiagonal() * modes;
+}
+
 }  // namespace analysis

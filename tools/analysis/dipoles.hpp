@@ -34,4 +34,9 @@ Eigen::VectorXd print_rounding(const zandor::RunData& run);
 // report's tddip takes the labels instead, and differs in sign when disp_sign is not 1.
 Eigen::Matrix3Xd dipole_gradient(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
 
+// 3 x n: column k is dmu/dQ_k = sum_j dmu/dx_j L_jk / sqrt(m_j), e/sqrt(m_e), for mass-weighted
+// eigenvectors L in the columns of modes (n3 x n).
+Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,
+                                    const Eigen::Ref<const Eigen::MatrixXd>& modes);
+
 }  // namespace analysis

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "flib/units_of_measure.hpp"
+
 namespace analysis {
 
 namespace {
@@ -52,7 +54,7 @@ RigidMotions rigid_motions(const zandor::RunData& run) {
   Eigen::MatrixXd vectors(run.n3, 6);
   for (int k = 0; k < 3; ++k) {
     const Eigen::Vector3d axis = Eigen::Vector3d::Unit(k);
-    for (int a = 0; a < run.natom; ++a) {
+    for (Eigen::Index a = 0; a < run.natom; ++a) {
       const double root = std::sqrt(run.mass(a + 1));
       vectors.col(k).segment<3>(3 * a) = root * axis;
       vectors.col(3 + k).segment<3>(3 * a) = root * axis.cross(x.col(a) - centre);
@@ -61,7 +63,7 @@ RigidMotions rigid_motions(const zandor::RunData& run) {
   // Rotations are measured against the largest of them, so that the rotation of a linear molecule
   // about its own axis, which is rounding, is not blown up to length 1.
   vectors.leftCols<3>() /= vectors.col(0).norm();
-  const double longest = vectors.rightCols<3>().colwise().norm().maxCoeff();
+  const double longest = vectors.rightCols<3>().colwise().stableNorm().maxCoeff();
   if (longest > 0.0) vectors.rightCols<3>() /= longest;
   const Eigen::JacobiSVD<Eigen::MatrixXd> svd(vectors, Eigen::ComputeThinU);
   RigidMotions rigid;
@@ -79,6 +81,12 @@ double rigid_weight(const RigidMotions& rigid,
 Eigen::VectorXd rigid_weights(const RigidMotions& rigid,
                               const Eigen::Ref<const Eigen::MatrixXd>& eigenvectors) {
   return (rigid.basis.transpose() * eigenvectors).colwise().squaredNorm().transpose();
+}
+
+double geometry_mismatch(const zandor::RunData& run) {
+  const Eigen::Map<const Eigen::Matrix3Xd> sign_file(run.xa.data(), 3, run.natom);
+  const Eigen::Matrix3Xd apart = geometry_of(run) * flib::angstrom_per_bohr - sign_file;
+  return (apart.colwise() - apart.rowwise().mean()).colwise().stableNorm().maxCoeff();
 }
 
 PrincipalAxes principal_axes(const zandor::RunData& run) {

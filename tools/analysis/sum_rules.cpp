@@ -16,8 +16,8 @@ Weights rigid_displacements(const zandor::RunData& run) {
   const Eigen::Map<const Eigen::Matrix3Xd> x(run.x.data(), 3, run.natom);
   const Eigen::Vector3d centre = x.rowwise().mean();
   Weights weights(6, run.n3);
-  for (int a = 0; a < run.natom; ++a) {
-    for (int k = 0; k < 3; ++k) {
+  for (Eigen::Index a = 0; a < run.natom; ++a) {
+    for (Eigen::Index k = 0; k < 3; ++k) {
       const Eigen::Vector3d axis = Eigen::Vector3d::Unit(k);
       weights.row(k).segment<3>(3 * a) = axis;
       weights.row(3 + k).segment<3>(3 * a) = axis.cross(x.col(a) - centre);
@@ -31,12 +31,12 @@ Eigen::Matrix<double, sum_rule_count, 1> rounding_bounds(const zandor::RunData& 
                                                          const Weights& weights) {
   const Eigen::VectorXd rounding = print_rounding(run);
   Eigen::Matrix<double, 6, 1> per_motion = Eigen::Matrix<double, 6, 1>::Zero();
-  for (int ih = 1; ih <= run.n3; ++ih) {
+  for (Eigen::Index ih = 1; ih <= run.n3; ++ih) {
     const double error = (rounding(2 * ih - 1) + rounding(2 * ih)) / std::abs(2.0 * run.dx);
     per_motion += weights.col(ih - 1).cwiseAbs() * error;
   }
   Eigen::Matrix<double, sum_rule_count, 1> bounds;
-  for (int k = 0; k < 6; ++k) bounds.segment<3>(3 * k).setConstant(per_motion(k));
+  for (Eigen::Index k = 0; k < 6; ++k) bounds.segment<3>(3 * k).setConstant(per_motion(k));
   bounds.tail<9>().array() += rounding(0);
   return bounds;
 }
@@ -46,12 +46,12 @@ Eigen::Matrix<double, sum_rule_count, 1> rounding_bounds(const zandor::RunData& 
 SumRuleVectors sum_rule_terms(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
   const Weights weights = rigid_displacements(run);
   SumRuleVectors terms = SumRuleVectors::Zero(sum_rule_count, run.n6 + 1);
-  for (int k = 0; k < 3; ++k) {
+  for (Eigen::Index k = 0; k < 3; ++k) {
     terms.col(0).segment<3>(9 + 3 * k) = -Eigen::Vector3d::Unit(k).cross(dipoles.col(0));
   }
   for (int ih = 1; ih <= run.n3; ++ih) {
     const StepJobs jobs = step_jobs(run, ih);
-    for (int k = 0; k < 6; ++k) {
+    for (Eigen::Index k = 0; k < 6; ++k) {
       const double weight = weights(k, ih - 1) / (2.0 * run.dx);
       terms.col(jobs.plus).segment<3>(3 * k) = weight * dipoles.col(jobs.plus);
       terms.col(jobs.minus).segment<3>(3 * k) = -weight * dipoles.col(jobs.minus);
@@ -65,7 +65,7 @@ SumRuleResidual sum_rule_residual(const zandor::RunData& run, const Eigen::Matri
   // The two jobs of a coordinate count as one term: with a large dipole they nearly cancel.
   SumRuleVectors differences(sum_rule_count, run.n3 + 1);
   differences.col(0) = terms.col(0);
-  for (int ih = 1; ih <= run.n3; ++ih) {
+  for (Eigen::Index ih = 1; ih <= run.n3; ++ih) {
     differences.col(ih) = terms.col(2 * ih - 1) + terms.col(2 * ih);
   }
   const Eigen::Matrix<double, sum_rule_count, 1> sum = differences.rowwise().sum();

@@ -52,19 +52,20 @@ std::vector<int> pair_modes(const Eigen::MatrixXd& alike) {
   return mode;
 }
 
+bool degenerate(double a, double b) {
+  return std::abs(a - b) * flib::wavenumbers_per_au <= degenerate_within;
+}
+
 // Degenerate vibrations may be any mixture of degenerate modes of the report: of such numbers the
 // smallest goes first.
 void order_degenerate(const Vector& report_frequency, Vibrations& vibrations) {
-  const auto same = [](double a, double b) {
-    return std::abs(a - b) * flib::wavenumbers_per_au <= degenerate_within;
-  };
   std::vector<int>& mode = vibrations.report_mode;
   const Eigen::VectorXd& frequency = vibrations.frequency;
   for (std::size_t k = 0; k < mode.size(); ++k) {
     for (std::size_t l = k; l > 0 && mode[l] < mode[l - 1]; --l) {
       const auto row = static_cast<Eigen::Index>(l);
-      if (!same(frequency(row), frequency(row - 1)) ||
-          !same(report_frequency(mode[l] - 1), report_frequency(mode[l - 1] - 1))) {
+      if (!degenerate(frequency(row), frequency(row - 1)) ||
+          !degenerate(report_frequency(mode[l] - 1), report_frequency(mode[l - 1] - 1))) {
         break;
       }
       std::swap(mode[l], mode[l - 1]);
@@ -102,10 +103,28 @@ Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigi
   if (space.cols() == 0) return vibrations;
   const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(space.transpose() * weighted * space);
   const Eigen::VectorXd& lambda = solver.eigenvalues();
+  if (solver.info() != Eigen::Success || !lambda.allFinite()) {
+    io::fatal_stop(
+        "expected vibrations that can be told from the rigid motions, found a geometry or "
+        "force constants too large for it");
+  }
   vibrations.frequency = lambda.cwiseAbs().cwiseSqrt().cwiseProduct(lambda.cwiseSign());
   vibrations.modes = space * solver.eigenvectors();
   compare_with_report(run, vibrations);
   return vibrations;
+}
+
+std::vector<std::vector<Eigen::Index>> degenerate_groups(const Vibrations& vibrations) {
+  const Eigen::VectorXd& frequency = vibrations.frequency;
+  std::vector<std::vector<Eigen::Index>> groups;
+  bool in_group = false;
+  for (Eigen::Index k = 1; k < frequency.size(); ++k) {
+    const bool same = frequency(k - 1) > 0.0 && degenerate(frequency(k), frequency(k - 1));
+    if (same && !in_group) groups.push_back({k - 1});
+    if (same) groups.back().push_back(k);
+    in_group = same;
+  }
+  return groups;
 }
 
 }  // namespace analysis

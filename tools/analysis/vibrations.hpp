@@ -31,7 +31,12 @@ struct Vibrations {
 
 // Diagonalises U^T M^-1/2 hess M^-1/2 U, with U an orthonormal basis of what is orthogonal to the
 // rigid motions, and puts it beside the report's projected modes. Takes hess, sqtmass, cp and freqp
-// of the run as analyse_vibrations leaves them.
+// of the run as analyse_vibrations leaves them. Numbers too large to be diagonalised are a fatal
+// stop.
 Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigid);
+
+// The positions (from 0) of vibrations that are degenerate, by groups of two or more: real
+// frequencies, each within degenerate_within of the one before.
+std::vector<std::vector<Eigen::Index>> degenerate_groups(const Vibrations& vibrations);
 
 }  // namespace analysis

@@ -10,4 +10,8 @@ inline constexpr double debye_per_au = 2.541580252938;
 // debye_per_au / angstrom_per_bohr, with the digits that reports print.
 inline constexpr double debye_per_angstrom_per_au = 4.802890256035933;
 
+// Used by the companions only; CODATA 2018.
+inline constexpr double electronvolts_per_hartree = 27.211386245988;
+inline constexpr double hartree_per_kelvin = 3.1668115634556e-6;  // Boltzmann's constant
+
 }  // namespace flib

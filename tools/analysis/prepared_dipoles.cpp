@@ -1,0 +1,126 @@
+#include "prepared_dipoles.hpp"
+
+#include <cstdio>
+#include <limits>
+
+#include "dipoles.hpp"
+
+namespace analysis {
+
+namespace {
+
+constexpr std::size_t most_names = 10;
+
+std::string figure(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.2g", value);
+  return text;
+}
+
+std::string residual_text(const SumRuleResidual& residual) {
+  return "residual " + figure(residual.absolute) + ", " + figure(residual.relative) +
+         " relative; print rounding allows " + figure(residual.bound);
+}
+
+// A derived job whose dipole cannot be known; 0 where there is none.
+int job_without_source(const zandor::RunData& run) {
+  for (int i = 1; i <= run.n6; ++i) {
+    if (computed_source(run, i) == 0) return i;
+  }
+  return 0;
+}
+
+void choose_characters(const zandor::RunData& run, const std::string& by_hand,
+                       PreparedDipoles& prepared) {
+  if (!by_hand.empty()) {
+    CharacterChoice given;
+    given.characters = parse_characters(run, by_hand);
+    derive_dipoles(run, given.characters, prepared.dipoles);
+    given.residual = sum_rule_residual(run, prepared.dipoles);
+    given.next_best = std::numeric_limits<double>::infinity();
+    prepared.characters = given;
+    return;
+  }
+  const CharacterChoice choice = find_characters(run, prepared.dipoles);
+  derive_dipoles(run, choice.characters, prepared.dipoles);
+  prepared.characters = choice;
+  if (!choice.sound()) {
+    prepared.refusal =
+        "no characters of the operations meet the sum rules of the transition dipole (" +
+        residual_text(choice.residual) + ")";
+  } else if (!choice.separated()) {
+    prepared.refusal = "the sum rules do not tell the characters of the operations (" +
+                       shown(run, choice.characters) + " leaves " +
+                       figure(choice.residual.absolute) + ", the next best " +
+                       figure(choice.next_best) + ")";
+  }
+  if (!prepared.refusal.empty()) {
+    prepared.refusal +=
+        ": the state may be degenerate or signs of jobs may have turned; compute the jobs that are "
+        "derived, or give the characters by hand";
+  }
+}
+
+std::string turned_text(const zandor::RunData& run, const TurnedSigns& signs) {
+  std::string text =
+      "the transition dipoles miss their sum rules (" + residual_text(signs.as_read) + "): ";
+  if (!signs.found()) {
+    return text + "no turned sign of a job or of two explains it, the state may have changed";
+  }
+  text += "the sign of " + job_names(run, signs.jobs) + " seems to have turned, with it " +
+          figure(signs.settled.absolute) + " is left";
+  if (!signs.certain()) text += ", but others would do nearly as well";
+  return text;
+}
+
+void settle_signs(const zandor::RunData& run, bool wanted, PreparedDipoles& prepared) {
+  prepared.signs = find_turned_signs(run, prepared.dipoles);
+  if (prepared.signs.fine_as_read()) return;
+  const std::string text = turned_text(run, prepared.signs);
+  if (wanted && !prepared.signs.certain()) {
+    prepared.refusal = text;
+    return;
+  }
+  if (!wanted) {
+    prepared.warnings.push_back(text);
+    return;
+  }
+  prepared.warnings.push_back(text + "; turned back");
+  turn_signs(run, prepared.signs.jobs, prepared.dipoles);
+  prepared.signs_turned = true;
+}
+
+}  // namespace
+
+PreparedDipoles prepare_dipoles(const zandor::RunData& run, const DipoleChoices& choices) {
+  PreparedDipoles prepared;
+  prepared.dipoles = job_dipoles(run);
+  if (const int job = job_without_source(run); job > 0) {
+    prepared.refusal = "job " + std::to_string(job) +
+                       " has no transition dipole: its source is not a computed displaced job";
+    return prepared;
+  }
+  if (needs_characters(run)) {
+    choose_characters(run, choices.characters, prepared);
+  } else if (!choices.characters.empty()) {
+    prepared.warnings.emplace_back("no job is derived: the characters are not used");
+  }
+  if (prepared.refusal.empty()) settle_signs(run, choices.settle_signs, prepared);
+  prepared.gradient = dipole_gradient(run, prepared.dipoles);
+  if (!prepared.gradient.allFinite()) {
+    prepared.refusal = "the derivatives of the transition dipole are not finite";
+  }
+  return prepared;
+}
+
+std::string job_names(const zandor::RunData& run, const std::vector<int>& jobs) {
+  std::string names;
+  for (std::size_t i = 0; i < jobs.size() && i < most_names; ++i) {
+    if (i > 0) names += ", ";
+    names += io::printable(run.jobs[static_cast<std::size_t>(jobs[i])].sgn_name.content());
+  }
+  if (jobs.size() > most_names) names += " and more, " + std::to_string(jobs.size()) + " in all";
+  return names;
+}
+
+}  // namespace analysis

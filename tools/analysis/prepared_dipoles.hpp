@@ -1,0 +1,44 @@
+// Transition dipoles of all jobs, ready to be differentiated: derived ones filled in, signs settled
+// if wanted, and what has to be said about them.
+#pragma once
+
+#include <Eigen/Dense>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "characters.hpp"
+#include "run_data.hpp"
+#include "turned_signs.hpp"
+
+namespace analysis {
+
+struct DipoleChoices {
+  std::string characters;     // as parse_characters reads them; empty: found by the sum rules
+  bool settle_signs = false;  // turn the signs that find_turned_signs names
+};
+
+struct PreparedDipoles {
+  Eigen::Matrix3Xd dipoles;   // 3 x (n6 + 1), atomic units, column i of job i, 0 the reference
+  Eigen::Matrix3Xd gradient;  // 3 x n3, e, along the true steps (dipole_gradient)
+  // Where jobs are derived: what was chosen. With characters given by hand next_best is infinite.
+  std::optional<CharacterChoice> characters;
+  TurnedSigns signs;
+  bool signs_turned = false;  // `signs` have been applied
+  // Why the gradient means nothing; empty where it is fit for use. One line, no full stop.
+  std::string refusal;
+  // What the user should know, each a line for standard error.
+  std::vector<std::string> warnings;
+
+  // The residual of the dipoles as they are used.
+  const SumRuleResidual& residual() const { return signs_turned ? signs.settled : signs.as_read; }
+};
+
+// Stops only where the choices cannot be understood; everything else is a warning or a refusal.
+PreparedDipoles prepare_dipoles(const zandor::RunData& run, const DipoleChoices& choices);
+
+// The base names of the jobs' sign files, as messages name them: "a.sgn, b.sgn"; of many the first
+// ten and their number.
+std::string job_names(const zandor::RunData& run, const std::vector<int>& jobs);
+
+}  // namespace analysis
