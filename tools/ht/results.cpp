@@ -1,0 +1,111 @@
+#include "results.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "flib/units_of_measure.hpp"
+#include "herzberg_teller.hpp"
+#include "rigid_motions.hpp"
+#include "vibrations.hpp"
+
+namespace ht {
+
+namespace {
+
+// Energy of the transition that takes up or leaves a quantum, Hartree. A vertical energy is the
+// mean of the band already and stays as it is.
+double transition_energy(const Request& request, double omega) {
+  const double energy = *request.energy / flib::electronvolts_per_hartree;
+  if (request.vertical) return energy;
+  return request.emission ? energy - omega : energy + omega;
+}
+
+Line line_of(const Request& request, const analysis::Vibrations& vibrations,
+             const analysis::HerzbergTeller& terms, Eigen::Index k) {
+  const double omega = vibrations.frequency(k);
+  Line line;
+  line.modes = {vibrations.report_mode[static_cast<std::size_t>(k)]};
+  line.frequency = omega * flib::wavenumbers_per_au;
+  line.overlap = vibrations.overlap(k);
+  line.dmu_dQ = terms.dmu_dQ.col(k);
+  if (!(omega > 0.0)) return line;
+  line.dmu_dq = terms.dmu_dq.col(k).norm();
+  line.strength = terms.strength(k);
+  if (request.kelvin) {
+    line.thermal = *line.strength * analysis::thermal_factor(omega, *request.kelvin);
+  }
+  if (request.energy) {
+    const double energy = transition_energy(request, omega);
+    if (energy > 0.0) line.oscillator = analysis::oscillator_strength(energy, *line.strength);
+  }
+  return line;
+}
+
+void add(const std::optional<double>& term, std::optional<double>& sum) {
+  if (term) sum = sum.value_or(0.0) + *term;
+}
+
+Line sum_of(const std::vector<Line>& lines, const std::vector<Eigen::Index>& group) {
+  Line sum;
+  sum.overlap = 1.0;
+  for (const Eigen::Index k : group) {
+    const Line& line = lines[static_cast<std::size_t>(k)];
+    sum.modes.push_back(line.modes.front());
+    sum.frequency += line.frequency / static_cast<double>(group.size());
+    sum.overlap = std::min(sum.overlap, line.overlap);
+    add(line.strength, sum.strength);
+    add(line.share, sum.share);
+    add(line.thermal, sum.thermal);
+    add(line.oscillator, sum.oscillator);
+  }
+  sum.dmu_dq = std::sqrt(2.0 * *sum.strength);
+  return sum;
+}
+
+Totals totals_of(const Request& request, const Eigen::Vector3d& reference,
+                 const std::vector<Line>& lines) {
+  Totals totals;
+  totals.reference_square = reference.squaredNorm();
+  if (request.kelvin) totals.thermal = totals.reference_square;
+  if (request.energy) totals.oscillator = 0.0;
+  for (const Line& line : lines) {
+    totals.strength += line.strength.value_or(0.0);
+    if (!line.strength) ++totals.imaginary;
+    add(line.thermal, totals.thermal);
+    add(line.oscillator, totals.oscillator);
+  }
+  if (!request.energy) return totals;
+  const double energy = *request.energy / flib::electronvolts_per_hartree;
+  totals.reference_oscillator = analysis::oscillator_strength(energy, totals.reference_square);
+  if (totals.thermal && request.vertical) {
+    totals.thermal_oscillator = analysis::oscillator_strength(energy, *totals.thermal);
+  }
+  return totals;
+}
+
+}  // namespace
+
+Results form_results(const Request& request, const zandor::RunData& run,
+                     const analysis::PreparedDipoles& dipoles) {
+  const analysis::RigidMotions rigid = analysis::rigid_motions(run);
+  const analysis::Vibrations vibrations = analysis::exact_vibrations(run, rigid);
+  const analysis::HerzbergTeller terms =
+      analysis::herzberg_teller(run, dipoles.gradient, vibrations);
+  Results results;
+  results.rigid_motions = rigid.rank;
+  for (Eigen::Index k = 0; k < vibrations.frequency.size(); ++k) {
+    results.lines.push_back(line_of(request, vibrations, terms, k));
+  }
+  results.totals = totals_of(request, dipoles.dipoles.col(0), results.lines);
+  for (Line& line : results.lines) {
+    if (line.strength && results.totals.strength > 0.0) {
+      line.share = *line.strength / results.totals.strength;
+    }
+  }
+  for (const auto& group : analysis::degenerate_groups(vibrations)) {
+    results.degenerate.push_back(sum_of(results.lines, group));
+  }
+  return results;
+}
+
+}  // namespace ht

@@ -1,0 +1,146 @@
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "flib/units_of_measure.hpp"
+#include "herzberg_teller.hpp"
+#include "output.hpp"
+
+namespace ht {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// null where there is no value; infinity has no spelling in JSON either.
+Json value_or_null(const std::optional<double>& value) {
+  return value && std::isfinite(*value) ? Json(*value) : Json();
+}
+
+Json vector(const Eigen::Vector3d& v) { return {v(0), v(1), v(2)}; }
+
+Json units() {
+  return {{"frequency", "cm-1, imaginary ones negative"},
+          {"dmu_dQ", "e/sqrt(m_e), Q mass-weighted with orthonormal eigenvectors"},
+          {"dmu_dQ_debye", "Debye/(Angstrom sqrt(amu))"},
+          {"dmu_dq", "e Bohr, length of the derivative along q = sqrt(omega) Q"},
+          {"strength", "e**2 Bohr**2, |mu|**2 of the transition 0 -> 1: 1/2 |dmu/dq|**2"},
+          {"thermal", "e**2 Bohr**2, strength times coth(omega / 2kT)"},
+          {"share", "of the sum of the strengths, 0 to 1"},
+          {"overlap", "with the modes of that number in the report's projected list, 0 to 1"},
+          {"masses", "amu"},
+          {"reference_dipole", "e Bohr"},
+          {"energy", "eV"},
+          {"temperature", "K"}};
+}
+
+Json molecule(const Request& request, const zandor::RunData& run) {
+  Json symbols = Json::array();
+  Json masses = Json::array();
+  for (int a = 1; a <= run.natom; ++a) {
+    symbols.push_back(run.symbol[static_cast<std::size_t>(a - 1)].content());
+    masses.push_back(run.mass(a) / flib::electron_masses_per_amu);
+  }
+  Json changed = Json::array();
+  for (const analysis::MassChange& change : request.masses) {
+    changed.push_back({{change.atom > 0 ? "atom" : "element",
+                        change.atom > 0 ? Json(change.atom) : Json(change.element)},
+                       {"mass", change.amu}});
+  }
+  return {{"formula", formula(run)},
+          {"symbols", symbols},
+          {"masses", masses},
+          {"masses_changed", changed}};
+}
+
+Json sum_rules(const analysis::SumRuleResidual& residual) {
+  return {{"residual", residual.absolute},
+          {"relative", residual.relative},
+          {"rounding_bound", residual.bound},
+          {"worst_ratio_to_bound", residual.worst_ratio}};
+}
+
+Json derived_jobs(const Request& request, const zandor::RunData& run,
+                  const analysis::PreparedDipoles& dipoles) {
+  if (!dipoles.characters) return nullptr;
+  const bool by_hand = !request.dipoles.characters.empty();
+  return {{"characters", dipoles.characters->characters},
+          {"shown", analysis::shown(run, dipoles.characters->characters)},
+          {"given_by_hand", by_hand},
+          {"residual", dipoles.characters->residual.absolute},
+          {"next_best_residual", value_or_null(dipoles.characters->next_best)}};
+}
+
+Json signs(const zandor::RunData& run, const analysis::PreparedDipoles& dipoles) {
+  Json suspected = Json::array();
+  for (const int job : dipoles.signs.jobs) {
+    suspected.push_back(run.jobs[static_cast<std::size_t>(job)].sgn_name.content());
+  }
+  return {{"as_read_meet_sum_rules", dipoles.signs.fine_as_read()},
+          {"turned_files", suspected},
+          {"turned_back", dipoles.signs_turned}};
+}
+
+Json mode(const Request& request, const Line& line) {
+  const bool single = line.modes.size() == 1;
+  Json json = {{single ? "mode" : "modes", single ? Json(line.modes.front()) : Json(line.modes)},
+               {"frequency", line.frequency}};
+  if (single) {
+    json["dmu_dQ"] = vector(line.dmu_dQ);
+    json["dmu_dQ_debye"] = vector(line.dmu_dQ * analysis::debye_per_angstrom_root_amu);
+  }
+  json["dmu_dq"] = value_or_null(line.dmu_dq);
+  json["strength"] = value_or_null(line.strength);
+  json["share"] = value_or_null(line.share);
+  if (request.kelvin) json["thermal"] = value_or_null(line.thermal);
+  if (request.energy) json["oscillator_strength"] = value_or_null(line.oscillator);
+  json["overlap"] = line.overlap;
+  return json;
+}
+
+Json modes(const Request& request, const std::vector<Line>& lines) {
+  Json json = Json::array();
+  for (const Line& line : lines) json.push_back(mode(request, line));
+  return json;
+}
+
+Json totals(const Totals& totals) {
+  Json json = {{"reference_square", totals.reference_square},
+               {"strength", totals.strength},
+               {"modes_left_out", totals.imaginary}};
+  if (totals.thermal) json["thermal"] = *totals.thermal;
+  if (totals.reference_oscillator) {
+    json["reference_oscillator_strength"] = *totals.reference_oscillator;
+  }
+  if (totals.oscillator) json["oscillator_strength"] = *totals.oscillator;
+  if (totals.thermal_oscillator) json["thermal_oscillator_strength"] = *totals.thermal_oscillator;
+  return json;
+}
+
+}  // namespace
+
+std::string json(const Request& request, const zandor::RunData& run,
+                 const analysis::PreparedDipoles& dipoles, const Results& results) {
+  Json json = {{"program", io::program_name},
+               {"control_file", request.control_file},
+               {"units", units()},
+               {"molecule", molecule(request, run)},
+               {"rigid_motions", results.rigid_motions},
+               {"disp_sign", run.disp_sign},
+               {"derivatives_take_true_steps", true},
+               {"derived_jobs", derived_jobs(request, run, dipoles)},
+               {"sum_rules", sum_rules(dipoles.residual())},
+               {"signs", signs(run, dipoles)}};
+  if (request.kelvin) json["temperature"] = *request.kelvin;
+  if (request.energy) {
+    json["energy"] = *request.energy;
+    json["energy_kind"] = request.vertical ? "vertical" : "0-0";
+    json["process"] = request.emission ? "emission" : "absorption";
+  }
+  json["reference_dipole"] = vector(dipoles.dipoles.col(0));
+  json["modes"] = modes(request, results.lines);
+  json["degenerate"] = modes(request, results.degenerate);
+  json["totals"] = totals(results.totals);
+  return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace ht

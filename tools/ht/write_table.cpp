@@ -1,0 +1,90 @@
+#include <cmath>
+#include <cstdio>
+
+#include "herzberg_teller.hpp"
+#include "output.hpp"
+
+namespace ht {
+
+namespace {
+
+std::string fixed(double value, int width, int decimals) {
+  // What rounds to zero is printed without a sign.
+  if (std::abs(value) < 0.5 * std::pow(10.0, -decimals)) value = 0.0;
+  char text[400];
+  std::snprintf(text, sizeof text, "%*.*f", width, decimals, value);
+  return text;
+}
+
+std::string sci(double value, int width) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%*.4e", width, value);
+  return text;
+}
+
+std::string right(const std::string& text, std::size_t width) {
+  return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
+}
+
+std::string sci_or_dash(const std::optional<double>& value, int width) {
+  return value ? sci(*value, width) : right("-", static_cast<std::size_t>(width));
+}
+
+std::string caption(const Request& request) {
+  std::string text = right("mode", 8) + right("cm-1", 11) + right("dmu/dQ x", 11) + right("y", 11) +
+                     right("z", 11) + right("|dmu/dq|", 12) + right("0-1", 12) + right("share", 9);
+  if (request.kelvin) text += right("thermal", 12);
+  if (request.energy) text += right("f", 12);
+  return text + right("overlap", 9) + "\n";
+}
+
+std::string row(const Request& request, const Line& line) {
+  std::string text = right(shown_modes(line), 8) + fixed(line.frequency, 11, 3);
+  const bool single = line.modes.size() == 1;
+  for (const double component : line.dmu_dQ) {
+    text +=
+        single ? fixed(component * analysis::debye_per_angstrom_root_amu, 11, 5) : right("", 11);
+  }
+  text += line.dmu_dq ? fixed(*line.dmu_dq, 12, 7) : right("-", 12);
+  text += sci_or_dash(line.strength, 12);
+  text += line.share ? fixed(100.0 * *line.share, 8, 2) + "%" : right("-", 9);
+  if (request.kelvin) text += sci_or_dash(line.thermal, 12);
+  if (request.energy) text += sci_or_dash(line.oscillator, 12);
+  return text + fixed(line.overlap, 9, 4) + "\n";
+}
+
+std::string total(const char* what, double value) {
+  return " " + std::string(what) + std::string(46 - std::string(what).size(), ' ') +
+         sci(value, 12) + "\n";
+}
+
+std::string totals_text(const Totals& totals) {
+  std::string text = total("|mu0|**2 of the reference", totals.reference_square) +
+                     total("sum of the 0-1 |mu|**2", totals.strength);
+  if (totals.thermal) text += total("thermal <|mu|**2>, |mu0|**2 included", *totals.thermal);
+  if (totals.reference_oscillator) {
+    text += total("f of the dipole of the reference", *totals.reference_oscillator);
+  }
+  if (totals.oscillator) text += total("f of all modes together", *totals.oscillator);
+  if (totals.thermal_oscillator) text += total("f of <|mu|**2>", *totals.thermal_oscillator);
+  if (totals.imaginary > 0) {
+    text +=
+        " " + std::to_string(totals.imaginary) + " imaginary (or zero): dmu/dQ only, left out of every sum\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string table(const Request& request, const zandor::RunData& run,
+                  const analysis::PreparedDipoles& dipoles, const Results& results) {
+  std::string text;
+  for (const std::string& line : head_lines(request, run, dipoles, results)) text += line + "\n";
+  text += "\n" + caption(request);
+  for (const Line& line : results.lines) text += row(request, line);
+  if (!results.degenerate.empty()) text += "\n degenerate modes together\n";
+  for (const Line& line : results.degenerate) text += row(request, line);
+  return text + "\n" + totals_text(results.totals);
+}
+
+}  // namespace ht

@@ -1,0 +1,107 @@
+// zandor_ht: Herzberg-Teller terms along the normal modes. Runs in the job directory, on the
+// control file of zandor_gather, and writes to standard output only.
+#include <cmath>
+#include <iostream>
+
+#include "io/process.hpp"
+#include "options.hpp"
+#include "output.hpp"
+#include "rigid_motions.hpp"
+
+const char* const io::program_name = "zandor_ht";
+
+namespace {
+
+// Distance in Angstrom from which the geometries of ".com" and sign file count as different.
+constexpr double mismatch_tolerance = 1e-3;
+
+struct CommandLine {
+  ht::Request request;
+  bool as_json = false;
+  bool as_csv = false;
+};
+
+bool parse(int argc, char** argv, CommandLine& line) {
+  CLI::App app(
+      "Herzberg-Teller terms along the normal modes, from a job directory of zandor_gather (run in "
+      "that directory).",
+      io::program_name);
+  app.footer("Exit status: 0 done, 2 not, with one line on standard error that says why.");
+  ht::Request& request = line.request;
+  std::vector<std::string> masses, isotopes;
+  std::string kind;
+  double kelvin = 0.0, energy = 0.0;
+  app.add_option("CONTROLFILE", request.control_file, "control file of the run")->required();
+  auto* const json = app.add_flag("--json", line.as_json, "write JSON");
+  app.add_flag("--csv", line.as_csv, "write comma-separated values")->excludes(json);
+  auto* const temperature =
+      app.add_option("--temperature", kelvin, "thermal strengths at K kelvin");
+  auto* const given_energy =
+      app.add_option("--energy", energy, "electronic energy in eV, for oscillator strengths");
+  auto* const given_kind =
+      app.add_option("--energy-kind", kind, "what --energy is: vertical or 0-0");
+  given_kind->check(CLI::IsMember({"vertical", "0-0"}))->needs(given_energy);
+  given_energy->needs(given_kind);
+  app.add_flag("--emission", request.emission, "oscillator strengths of emission, not absorption")
+      ->needs(given_energy);
+  app.add_option("--characters", request.dipoles.characters,
+                 "characters of the operations other than the identity, for derived jobs: "
+                 "--characters=+,-,-");
+  app.add_flag("--settle-signs", request.dipoles.settle_signs,
+               "turn back the signs of jobs that the sum rules name");
+  app.add_option("--mass", masses, "ATOM=MASS: another mass (amu) for one atom")
+      ->allow_extra_args(false);
+  app.add_option("--isotope", isotopes, "SYMBOL=MASS: another mass for all atoms of an element")
+      ->allow_extra_args(false);
+  if (!options::parse(app, argc, argv)) return false;
+  if (temperature->count() > 0) request.kelvin = kelvin;
+  if (given_energy->count() > 0) request.energy = energy;
+  request.vertical = kind == "vertical";
+  // Isotopes first: a mass given for one atom is the more particular.
+  for (const std::string& text : isotopes) request.masses.push_back(analysis::parse_isotope(text));
+  for (const std::string& text : masses) request.masses.push_back(analysis::parse_mass(text));
+  return true;
+}
+
+void check(const ht::Request& request) {
+  if (request.kelvin && !(std::isfinite(*request.kelvin) && *request.kelvin >= 0.0)) {
+    io::fatal_stop("expected behind --temperature a number of 0 or more, found " +
+                   io::shown(*request.kelvin));
+  }
+  if (request.energy && !(std::isfinite(*request.energy) && *request.energy > 0.0)) {
+    io::fatal_stop("expected behind --energy a number above 0, found " +
+                   io::shown(*request.energy));
+  }
+}
+
+void warn_of_geometry(const zandor::RunData& run) {
+  const double mismatch = analysis::geometry_mismatch(run);
+  if (!(mismatch > mismatch_tolerance)) return;
+  io::warn({run.com_name.content()},
+           "the geometry is not that of " + io::printable(run.jobs[0].sgn_name.content()) +
+               " shifted (" + io::shown(std::round(mismatch * 1e4) / 1e4) +
+               " Angstrom apart): forces and dipoles are taken to belong to the axes of this one");
+}
+
+int run_and_write(int argc, char** argv) {
+  CommandLine line;
+  if (!parse(argc, argv, line)) return 0;
+  check(line.request);
+  const zandor::RunData run =
+      analysis::load_job_directory(line.request.control_file, line.request.masses);
+  warn_of_geometry(run);
+  const analysis::PreparedDipoles dipoles = analysis::prepare_dipoles(run, line.request.dipoles);
+  for (const std::string& warning : dipoles.warnings) io::warn({}, warning);
+  if (!dipoles.refusal.empty()) io::fatal_stop(dipoles.refusal);
+  const ht::Results results = ht::form_results(line.request, run, dipoles);
+  const auto write = line.as_json ? ht::json : line.as_csv ? ht::csv : ht::table;
+  std::cout << write(line.request, run, dipoles, results);
+  if (!std::cout.flush()) io::fatal_stop({"standard output"}, "cannot write the results");
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return io::run_program([&] { return run_and_write(argc, argv); });
+}
