@@ -70,7 +70,7 @@ Eigen::VectorXd print_rounding(const zandor::RunData& run) {
     const double largest = dipoles.col(source).cwiseAbs().maxCoeff();
     int last = -decimals;
     if (largest > 0.0) last = std::max(last, decimal(largest).exponent + 1 - longest);
-    rounding(i) = 0.5 * std::pow(10.0, last);
+    rounding(i) = std::max(0.5 * std::pow(10.0, last), 1e-15 * largest);
   }
   return rounding;
 }

@@ -27,7 +27,8 @@ int computed_source(const zandor::RunData& run, int job);
 // n6 + 1, atomic units: the largest error that printing may have made in a component of each job's
 // dipole, half a unit of its last printed digit (a derived job has that of its source). The digits
 // are found from the numbers of all jobs: as many decimals as the finest number has, but no number
-// has more significant digits than the longest one. Zero where all dipoles are zero.
+// has more significant digits than the longest one. At least 1e-15 of the largest component of the
+// job; zero where all dipoles are zero.
 Eigen::VectorXd print_rounding(const zandor::RunData& run);
 
 // 3 x n3: column ih - 1 is dmu/dx_ih = (mu(plus) - mu(minus)) / (2 dx) with the true steps, e. The

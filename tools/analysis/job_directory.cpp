@@ -3,6 +3,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 #include "dipole_derivatives.hpp"
 #include "flib/units_of_measure.hpp"
@@ -103,7 +104,10 @@ zandor::RunData load_job_directory(const std::string& control_file,
                                    const std::vector<MassChange>& changes) {
   zandor::RunData run;
   zandor::read_control_file(io::Line(control_file), run);
+  // Without symm the job list warns that the dipoles of derived jobs count as zeros. Not here.
+  const bool symm = std::exchange(run.symm, true);
   zandor::read_job_list(run);
+  run.symm = symm;
   zandor::allocate_run_arrays(run);
   zandor::read_job_results(run);
   change_masses(changes, run);

@@ -1,8 +1,8 @@
 #include "turned_signs.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
+#include <utility>
 
 #include "dipoles.hpp"
 
@@ -10,20 +10,19 @@ namespace analysis {
 
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
 // The two choices with the smallest squared residuals.
 struct Ranking {
-  double best = infinity, next = infinity;
-  std::vector<int> jobs;
+  struct Choice {
+    double square = std::numeric_limits<double>::infinity();
+    std::vector<int> jobs;
+  };
+  Choice best, next;
 
-  void offer(double square, std::initializer_list<int> offered) {
-    if (square < best) {
-      next = best;
-      best = square;
-      jobs = offered;
-    } else {
-      next = std::min(next, square);
+  void offer(double square, std::initializer_list<int> jobs) {
+    if (square < best.square) {
+      next = std::exchange(best, {square, jobs});
+    } else if (square < next.square) {
+      next = {square, jobs};
     }
   }
 };
@@ -79,16 +78,21 @@ std::vector<int> against_reference(const zandor::RunData& run, const Eigen::Matr
   return along.size() < against.size() ? along : against;
 }
 
+SumRuleResidual residual_with(const zandor::RunData& run, const std::vector<int>& jobs,
+                              Eigen::Matrix3Xd dipoles) {
+  turn_signs(run, jobs, dipoles);
+  return sum_rule_residual(run, dipoles);
+}
+
 // Takes the choice when it explains the residual.
-bool settle(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles, std::vector<int> jobs,
-            double next_square, TurnedSigns& signs) {
-  Eigen::Matrix3Xd turned = dipoles;
-  turn_signs(run, jobs, turned);
-  const SumRuleResidual residual = sum_rule_residual(run, turned);
-  if (jobs.empty() || !residual.explained()) return false;
-  signs.jobs = std::move(jobs);
+bool settle(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles,
+            const std::vector<int>& jobs, const std::vector<int>& next, TurnedSigns& signs) {
+  if (jobs.empty()) return false;
+  const SumRuleResidual residual = residual_with(run, jobs, dipoles);
+  if (!residual.explained()) return false;
+  signs.jobs = jobs;
   signs.settled = residual;
-  signs.next_best = std::sqrt(next_square);
+  if (!next.empty()) signs.next_best = residual_with(run, next, dipoles);
   return true;
 }
 
@@ -98,16 +102,15 @@ TurnedSigns find_turned_signs(const zandor::RunData& run, const Eigen::Matrix3Xd
   TurnedSigns signs;
   signs.as_read = sum_rule_residual(run, dipoles);
   signs.settled = signs.as_read;
-  signs.next_best = infinity;
   if (signs.as_read.explained()) return signs;
-  if (settle(run, dipoles, against_reference(run, dipoles), infinity, signs)) return signs;
+  if (settle(run, dipoles, against_reference(run, dipoles), {}, signs)) return signs;
   const SumRuleVectors terms = sum_rule_terms(run, dipoles);
   const SumRuleVectors changes = changes_by_job(run, terms);
   const Eigen::VectorXd residual = terms.rowwise().sum();
   const Ranking single = rank_singles(changes, residual);
-  if (settle(run, dipoles, single.jobs, single.next, signs)) return signs;
+  if (settle(run, dipoles, single.best.jobs, single.next.jobs, signs)) return signs;
   const Ranking pair = rank_pairs(changes, residual);
-  settle(run, dipoles, pair.jobs, pair.next, signs);
+  settle(run, dipoles, pair.best.jobs, pair.next.jobs, signs);
   return signs;
 }
 

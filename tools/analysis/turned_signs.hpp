@@ -5,6 +5,7 @@
 #pragma once
 
 #include <Eigen/Dense>
+#include <optional>
 #include <vector>
 
 #include "run_data.hpp"
@@ -18,15 +19,19 @@ struct TurnedSigns {
   // have to be multiplied by -1; empty where the signs as read are fine or nothing settles them.
   std::vector<int> jobs;
   SumRuleResidual settled;  // with the signs of `jobs` turned
-  // The same with the next best choice of as many jobs; infinity where the reference's dipole told.
-  double next_best = 0.0;
+  // The same with the next best choice of as many jobs; empty where the reference's dipole told.
+  std::optional<SumRuleResidual> next_best;
 
   bool fine_as_read() const { return as_read.explained(); }
   // False where no single job or pair brings the residual to its floor: then a state has changed,
   // or more signs have turned than can be told.
   bool found() const { return !jobs.empty(); }
-  // Whether the flips can be told from the next best ones, by a factor of 3.
-  bool certain() const { return found() && next_best >= 3.0 * settled.absolute; }
+  // Whether the flips can be told from the next best ones: these leave 3 times as much, and more
+  // than print rounding can make.
+  bool certain() const {
+    return found() && (!next_best || (next_best->absolute >= 3.0 * settled.absolute &&
+                                      next_best->worst_ratio > 1.0));
+  }
 };
 
 // When the residual is not explained, turns the jobs, any number, whose dipole points against that
