@@ -82,6 +82,12 @@ double gradient_rounding(const zandor::RunData& run) {
   return print_rounding(run).tail(run.n6).maxCoeff() / std::abs(run.dx);
 }
 
+double midpoint_ratio(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
+  const Eigen::Matrix3Xd midpoints = dipole_midpoints(run, dipoles);
+  if (midpoints.cwiseAbs().maxCoeff() <= 3.0 * gradient_rounding(run)) return 0.0;
+  return midpoints.norm() / dipole_gradient(run, dipoles).norm();
+}
+
 }  // namespace
 
 bool needs_characters(const zandor::RunData& run) {
@@ -190,6 +196,7 @@ CharacterChoice find_characters(const zandor::RunData& run, const Eigen::Matrix3
     if (residuals.size() == 1 || residuals.back().absolute < best.residual.absolute) {
       best.residual = residuals.back();
       best.characters = characters;
+      best.midpoint_ratio = midpoint_ratio(run, filled);
       chosen = gradients.back();
     }
   }

@@ -47,11 +47,16 @@ struct CharacterChoice {
   // that give the same gradient as the chosen one, to print rounding, do not count.
   double next_best = 0.0;
 
-  // Fit to be used: the next best is 3 times as large, and rounding explains the residual: it is
-  // no condition is above 10 bounds, or the residual is 1e-2 relative at most. Otherwise the state
-  // may be degenerate, or signs of jobs have turned.
+  // Norm of dipole_midpoints over the norm of the gradient: small when the dipoles of two steps lie
+  // on either side of the reference's, as they must. 0 where print rounding explains the midpoints.
+  double midpoint_ratio = 0.0;
+
+  // Fit to be used: the next best is 3 times as large; no sum rule is missed by more than 10 times
+  // its bound, or they are missed by 1e-2 relative at most; and the midpoints stand back behind the
+  // gradient (otherwise a pattern that makes differences vanish would meet the sum rules for that
+  // alone). What is not fit may be a degenerate state, or signs of jobs that have turned.
   bool separated() const { return next_best >= 3.0 * residual.absolute; }
-  bool sound() const { return residual.explained(10.0); }
+  bool sound() const { return residual.explained(10.0) && midpoint_ratio <= 0.5; }
 };
 
 // Tries every pattern that the group allows and gives the one with the smallest sum-rule residual.

@@ -84,6 +84,15 @@ Eigen::Matrix3Xd dipole_gradient(const zandor::RunData& run, const Eigen::Matrix
   return gradient;
 }
 
+Eigen::Matrix3Xd dipole_midpoints(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
+  Eigen::Matrix3Xd midpoints(3, run.n3);
+  for (int ih = 1; ih <= run.n3; ++ih) {
+    const Eigen::Vector3d mean = (dipoles.col(2 * ih) + dipoles.col(2 * ih - 1)) / 2.0;
+    midpoints.col(ih - 1) = (mean - dipoles.col(0)) / run.dx;
+  }
+  return midpoints;
+}
+
 Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,
                                     const Eigen::Ref<const Eigen::MatrixXd>& modes) {
   const Eigen::Map<const Eigen::VectorXd> root_mass(run.sqtmass.data(), run.n3);

@@ -35,6 +35,11 @@ Eigen::VectorXd print_rounding(const zandor::RunData& run);
 // report's tddip takes the labels instead, and differs in sign when disp_sign is not 1.
 Eigen::Matrix3Xd dipole_gradient(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
 
+// 3 x n3: column ih - 1 is ((mu(plus) + mu(minus)) / 2 - mu0) / dx, e. Dipoles of one state give
+// dx/2 times a second derivative, little beside the gradient; turned signs give numbers of its
+// size.
+Eigen::Matrix3Xd dipole_midpoints(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
+
 // 3 x n: column k is dmu/dQ_k = sum_j dmu/dx_j L_jk / sqrt(m_j), e/sqrt(m_e), for mass-weighted
 // eigenvectors L in the columns of modes (n3 x n).
 Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,

@@ -44,7 +44,11 @@ void choose_characters(const zandor::RunData& run, const std::string& by_hand,
   const CharacterChoice choice = find_characters(run, prepared.dipoles);
   derive_dipoles(run, choice.characters, prepared.dipoles);
   prepared.characters = choice;
-  if (!choice.sound()) {
+  if (!(choice.midpoint_ratio <= 0.5)) {
+    prepared.refusal = "with the characters that meet the sum rules best (" +
+                       shown(run, choice.characters) +
+                       ") the derived transition dipoles do not go through that of the reference";
+  } else if (!choice.sound()) {
     prepared.refusal =
         "no characters of the operations meet the sum rules of the transition dipole (" +
         residual_text(choice.residual) + ")";

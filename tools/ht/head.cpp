@@ -14,17 +14,18 @@ std::string figure(double value) {
   return text;
 }
 
-std::string characters_line(const zandor::RunData& run, const analysis::PreparedDipoles& dipoles,
-                            bool by_hand) {
+void add_characters(const zandor::RunData& run, const analysis::PreparedDipoles& dipoles,
+                    bool by_hand, std::vector<std::string>& lines) {
   const auto derived = std::count_if(run.jobs.begin() + 1, run.jobs.end(),
                                      [](const zandor::Job& job) { return !job.is_calc; });
   const analysis::CharacterChoice& choice = *dipoles.characters;
-  std::string text = std::to_string(derived) + " of " + std::to_string(run.n6) +
-                     " jobs are derived; characters of the operations other than the identity: " +
-                     analysis::shown(run, choice.characters);
-  if (by_hand) return text + ", given by hand";
-  return text + ", by the sum rules (residual " + figure(choice.residual.absolute) +
-         ", next best " + figure(choice.next_best) + ")";
+  lines.push_back(std::to_string(derived) + " of " + std::to_string(run.n6) +
+                  " jobs are derived; characters of the operations other than the identity: " +
+                  analysis::shown(run, choice.characters));
+  lines.push_back(by_hand ? "characters given by hand"
+                          : "characters found by the sum rules: residual " +
+                                figure(choice.residual.absolute) + ", next best " +
+                                figure(choice.next_best));
 }
 
 std::string energy_line(const Request& request) {
@@ -74,11 +75,10 @@ std::vector<std::string> head_lines(const Request& request, const zandor::RunDat
   if (!request.masses.empty()) lines.push_back(analysis::describe(request.masses, run));
   if (run.disp_sign != 1) {
     lines.emplace_back(
-        "disp_sign is not 1: derivatives take the true steps here, the labels in zandor-es.out "
-        "(opposite sign)");
+        "disp_sign is not 1: derivatives take the true steps, those of zandor-es.out the labels");
   }
   if (dipoles.characters) {
-    lines.push_back(characters_line(run, dipoles, !request.dipoles.characters.empty()));
+    add_characters(run, dipoles, !request.dipoles.characters.empty(), lines);
   }
   if (dipoles.signs_turned) {
     lines.push_back("signs turned back: " + analysis::job_names(run, dipoles.signs.jobs));
@@ -88,11 +88,10 @@ std::vector<std::string> head_lines(const Request& request, const zandor::RunDat
                   ", relative " + figure(residual.relative) + "; print rounding allows " +
                   figure(residual.bound));
   lines.emplace_back(
-      "dmu/dQ: Debye/(Angstrom sqrt(amu)), Q mass-weighted with orthonormal eigenvectors; 1 "
-      "e/sqrt(m_e) = 205.06");
+      "dmu/dQ: Debye/(Angstrom sqrt(amu)), Q mass-weighted, eigenvectors orthonormal; 1 au = "
+      "205.06");
   lines.emplace_back(
-      "|dmu/dq|: e Bohr, q = sqrt(omega) Q without dimension; 0-1: |mu|**2 = 1/2 |dmu/dq|**2, "
-      "e**2 Bohr**2");
+      "|dmu/dq|: e Bohr, q = sqrt(omega) Q; 0-1: |mu|**2 of 0 -> 1, 1/2 |dmu/dq|**2, e**2 Bohr**2");
   if (request.kelvin) {
     lines.push_back("thermal: 1/2 |dmu/dq|**2 coth(omega/2kT) at " + io::shown(*request.kelvin) +
                     " K");

@@ -17,6 +17,8 @@ std::string fixed(double value, int width, int decimals) {
 }
 
 std::string sci(double value, int width) {
+  // What only the arithmetic leaves of an exact zero.
+  if (std::abs(value) < 1e-20) value = 0.0;
   char text[64];
   std::snprintf(text, sizeof text, "%*.4e", width, value);
   return text;
@@ -68,8 +70,8 @@ std::string totals_text(const Totals& totals) {
   if (totals.oscillator) text += total("f of all modes together", *totals.oscillator);
   if (totals.thermal_oscillator) text += total("f of <|mu|**2>", *totals.thermal_oscillator);
   if (totals.imaginary > 0) {
-    text +=
-        " " + std::to_string(totals.imaginary) + " imaginary (or zero): dmu/dQ only, left out of every sum\n";
+    text += " " + std::to_string(totals.imaginary) +
+            " imaginary (or zero): dmu/dQ only, left out of every sum\n";
   }
   return text;
 }
