@@ -36,6 +36,14 @@ int OutputFile::open_kept(const std::string& name) {
   return 0;
 }
 
+int OutputFile::open_standard_output(const std::string& name) {
+  descriptor_ = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+  if (descriptor_ < 0) return errno;
+  kept_ = true;
+  name_ = name;
+  return 0;
+}
+
 void OutputFile::flush() {
   const int error = write_all(descriptor_, {buffer_.data(), used_});
   if (error != 0) fatal_stop({name_}, std::string("cannot write: ") + strerror(error));

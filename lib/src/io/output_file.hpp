@@ -23,6 +23,8 @@ class OutputFile {
   // absent. The result is 0 or the error number.
   int open_replaced(const std::string& name);
   int open_kept(const std::string& name);
+  // Writes to standard output, block by block; `name` is for messages.
+  int open_standard_output(const std::string& name);
 
   // Ends the writing. One that replaces another comes back complete, to be put in place; nothing
   // is put in place that is not complete.

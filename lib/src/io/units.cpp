@@ -103,6 +103,10 @@ void open_kept(int fid, std::string_view name) {
   connect_output(fid, name, &OutputFile::open_kept);
 }
 
+void open_standard_output(int fid) {
+  connect_output(fid, "standard output", &OutputFile::open_standard_output);
+}
+
 void close(int fid) {
   Table& units = table();
   if (const auto found = units.inputs.find(fid); found != units.inputs.end()) {

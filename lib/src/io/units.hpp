@@ -29,6 +29,9 @@ int try_open_existing(int fid, std::string_view name);
 void open_replaced(int fid, std::string_view name);
 void open_kept(int fid, std::string_view name);
 
+// Opens standard output for writing.
+void open_standard_output(int fid);
+
 // Closes a unit; one that is not open is left alone. A failure to write is a fatal stop.
 void close(int fid);
 
