@@ -1,0 +1,167 @@
+#include "load_results.hpp"
+
+#include <Eigen/Dense>
+#include <algorithm>
+#include <cmath>
+
+#include "dipoles.hpp"
+#include "flib/units_of_measure.hpp"
+#include "io/fatal.hpp"
+#include "rigid_motions.hpp"
+#include "vibrations.hpp"
+
+namespace exporting {
+
+namespace {
+
+using Eigen::MatrixXd;
+using Eigen::VectorXd;
+using zandor::RunData;
+
+Eigen::Map<const VectorXd> root_masses(const RunData& run) { return {run.sqtmass.data(), run.n3}; }
+
+// Modes by number: frequencies (atomic units) and mass-weighted eigenvectors in columns.
+struct Eigenmodes {
+  VectorXd frequency;
+  MatrixXd vectors;
+};
+
+// The force constants as they are; every vector points along the report's.
+Eigenmodes unprojected_modes(const RunData& run) {
+  const VectorXd weight = root_masses(run).cwiseInverse();
+  const Eigen::Map<const MatrixXd> hessian(run.hess.data(), run.n3, run.n3);
+  const Eigen::SelfAdjointEigenSolver<MatrixXd> solver(weight.asDiagonal() * hessian *
+                                                       weight.asDiagonal());
+  const VectorXd& lambda = solver.eigenvalues();
+  Eigenmodes modes{lambda.cwiseAbs().cwiseSqrt().cwiseProduct(lambda.cwiseSign()),
+                   solver.eigenvectors()};
+  const Eigen::Map<const MatrixXd> report(run.c.data(), run.n3, run.n3);
+  for (Eigen::Index k = 0; k < run.n3; ++k) {
+    if (modes.vectors.col(k).dot(report.col(k)) < 0.0) modes.vectors.col(k) *= -1.0;
+  }
+  return modes;
+}
+
+// Vibrations at their numbers in the report, the rigid motions at those that are left.
+Eigenmodes projected_modes(const RunData& run, const analysis::RigidMotions& rigid) {
+  const analysis::Vibrations vibrations = analysis::exact_vibrations(run, rigid);
+  Eigenmodes modes{VectorXd::Zero(run.n3), MatrixXd::Zero(run.n3, run.n3)};
+  std::vector<char> taken(static_cast<std::size_t>(run.n3), 0);
+  for (Eigen::Index k = 0; k < vibrations.frequency.size(); ++k) {
+    const int number = vibrations.report_mode[static_cast<std::size_t>(k)];
+    taken[static_cast<std::size_t>(number - 1)] = 1;
+    modes.frequency(number - 1) = vibrations.frequency(k);
+    modes.vectors.col(number - 1) = vibrations.modes.col(k);
+  }
+  Eigen::Index next = 0;
+  for (int k = 0; k < run.n3; ++k) {
+    if (taken[static_cast<std::size_t>(k)] == 0) modes.vectors.col(k) = rigid.basis.col(next++);
+  }
+  return modes;
+}
+
+// gradient: 3 x n3, dmu/dx; without columns where it is not known.
+ModeList mode_list(const RunData& run, const Eigenmodes& modes, const analysis::RigidMotions& rigid,
+                   const Eigen::Matrix3Xd& gradient) {
+  const auto n3 = static_cast<std::size_t>(run.n3);
+  ModeList list;
+  list.displacements = {"displacements", {3, run.natom, run.n3}};
+  Eigen::Map<MatrixXd> moves(list.displacements.data(), run.n3, run.n3);
+  moves = root_masses(run).cwiseInverse().asDiagonal() * modes.vectors;
+  if (gradient.cols() > 0) {
+    const Eigen::Matrix3Xd slopes = analysis::dipole_along_modes(run, gradient, modes.vectors);
+    list.dipole_derivatives.assign(slopes.data(), slopes.data() + slopes.size());
+  }
+  const VectorXd weights = analysis::rigid_weights(rigid, modes.vectors);
+  for (std::size_t k = 0; k < n3; ++k) {
+    const auto column = static_cast<Eigen::Index>(k);
+    list.frequencies.push_back(modes.frequency(column) * flib::wavenumbers_per_au);
+    list.reduced_masses.push_back(1.0 / moves.col(column).squaredNorm() /
+                                  flib::electron_masses_per_amu);
+    list.rigid_weights.push_back(std::clamp(weights(column), 0.0, 1.0));
+    moves.col(column).normalize();
+  }
+  list.rigid_motions =
+      largest_rigid_weights(list.rigid_weights, static_cast<std::size_t>(rigid.rank));
+  return list;
+}
+
+// dmu/dx, 3 x n3, or no columns where it is not known. What has to be said about it goes to the
+// notes, and what is a warning to standard error, too.
+Eigen::Matrix3Xd known_gradient(const RunData& run, const analysis::DipoleChoices& choices,
+                                Results& results) {
+  const analysis::PreparedDipoles prepared = analysis::prepare_dipoles(run, choices);
+  std::vector<std::string> warnings = prepared.warnings;
+  if (!prepared.refusal.empty()) {
+    warnings.push_back("transition dipole derivatives are left out: " + prepared.refusal);
+  }
+  for (const std::string& text : warnings) io::warn({}, text);
+  results.notes.insert(results.notes.end(), warnings.begin(), warnings.end());
+  if (!prepared.refusal.empty()) return Eigen::Matrix3Xd(3, 0);
+  if (prepared.characters) {
+    results.notes.push_back("characters of the operations: " +
+                            analysis::shown(run, prepared.characters->characters));
+  }
+  if (run.disp_sign != 1) {
+    results.notes.emplace_back(
+        "dipole derivatives are along the true steps; those of the report, with this disp_sign, "
+        "have the other sign");
+  }
+  std::copy_n(prepared.dipoles.data(), 3, results.dipole.begin());
+  return prepared.gradient;
+}
+
+std::vector<std::string> input_files(const std::string& control_file, const RunData& run) {
+  const zandor::Job& reference = run.jobs[0];
+  std::vector<std::string> files = {control_file, zandor::job_list_name};
+  for (const auto& name : {reference.sgn_name, run.com_name, reference.log_name}) {
+    files.emplace_back(name.content());
+  }
+  for (std::size_t i = 1; i < run.jobs.size(); ++i) {
+    if (run.jobs[i].is_calc) files.emplace_back(run.jobs[i].sgn_name.content());
+  }
+  return files;
+}
+
+// Principal axes of inertia as rows: the smallest moment across, the largest one to the viewer.
+std::array<double, 9> first_view(const RunData& run) {
+  const Eigen::Matrix3d rows = analysis::principal_axes(run).axes.transpose();
+  std::array<double, 9> view{};
+  Eigen::Map<Eigen::Matrix<double, 3, 3, Eigen::RowMajor>>(view.data()) = rows;
+  return view;
+}
+
+void describe_molecule(const RunData& run, Results& results) {
+  for (int a = 1; a <= run.natom; ++a) {
+    const auto place = static_cast<std::size_t>(a - 1);
+    results.symbols.push_back(io::printable(run.symbol[place].content()));
+    results.atomic_numbers.push_back(run.nat[place]);
+    results.masses.push_back(run.mass(a) / flib::electron_masses_per_amu);
+  }
+  results.geometry.assign(run.x.data(), run.x.data() + run.x.size());
+  results.step = run.dx;
+  results.symmetry_used = run.symm;
+  results.dipole = run.dipole0;
+}
+
+}  // namespace
+
+Results load_results(const JobOptions& options) {
+  RunData run = analysis::load_job_directory(options.control_file, options.mass_changes);
+  Results results;
+  results.control_file = options.control_file;
+  results.input_files = input_files(options.control_file, run);
+  describe_molecule(run, results);
+  results.changed_masses = analysis::describe(options.mass_changes, run);
+  if (!results.changed_masses.empty()) results.notes.push_back(results.changed_masses);
+  const Eigen::Matrix3Xd gradient = known_gradient(run, options.dipoles, results);
+  results.dipole_gradient.assign(gradient.data(), gradient.data() + gradient.size());
+  const analysis::RigidMotions rigid = analysis::rigid_motions(run);
+  results.projected = mode_list(run, projected_modes(run, rigid), rigid, gradient);
+  results.unprojected = mode_list(run, unprojected_modes(run), rigid, gradient);
+  results.view = first_view(run);
+  results.hessian = std::move(run.hess);
+  return results;
+}
+
+}  // namespace exporting

@@ -1,0 +1,62 @@
+// What every format writes: the vibrational analysis of one job directory, at full precision.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "flib/array.hpp"
+
+namespace exporting {
+
+// One of the two lists of modes, projected or unprojected. Modes count from 1; what belongs to mode
+// k stands at [k - 1].
+struct ModeList {
+  std::vector<double> frequencies;     // cm-1, imaginary ones negative
+  std::vector<double> reduced_masses;  // u
+  std::vector<double> rigid_weights;   // 0..1: share of translations and rotations
+  std::vector<int> rigid_motions;      // numbers of the modes with the largest rigid weights
+  // 3 x natom x 3 natom: displacement of an atom in a mode, of unit Cartesian length.
+  flib::Array<double, 3> displacements;
+  // dmu/dQ in e/sqrt(m_e), three components per mode; empty where it is not known.
+  std::vector<double> dipole_derivatives;
+};
+
+struct Results {
+  std::string control_file;
+  std::vector<std::string> input_files;  // everything that was read, the control file first
+  std::vector<std::string> notes;        // what was changed or assumed, a sentence each
+  std::string changed_masses;            // the note on masses; empty where none was changed
+
+  std::vector<std::string> symbols;
+  std::vector<int> atomic_numbers;
+  std::vector<double> masses;    // u
+  std::vector<double> geometry;  // x, y, z of every atom, Bohr
+  // Rows of a rotation that turns the axis of the largest moment of inertia to the viewer.
+  std::array<double, 9> view{};
+  double step = 0.0;  // Bohr
+  bool symmetry_used = false;
+  flib::Array<double, 2> hessian;  // 3 natom x 3 natom, Hartree/Bohr**2, symmetric
+  std::array<double, 3> dipole{};  // e a0
+  // Derivatives of the dipole, e: of its three components (fastest) along the three axes of every
+  // atom; empty where signs or characters are not known.
+  std::vector<double> dipole_gradient;
+
+  // The rigid motions are taken out exactly; vibrations have the numbers that they have in the
+  // report, rigid motions (frequency 0) the rest.
+  ModeList projected;
+  // The modes of the force constants as they are, ascending.
+  ModeList unprojected;
+};
+
+// The numbers, ascending, of the `count` modes with the largest rigid weights.
+std::vector<int> largest_rigid_weights(const std::vector<double>& rigid_weights, std::size_t count);
+
+// Whether mode `mode` (from 1) is one of the list's rigid motions.
+bool is_rigid_motion(const ModeList& list, std::size_t mode);
+
+// The factor that makes the farthest moving atom of mode `mode` (from 1) move by 1; 0 where no atom
+// moves.
+double scale_to_unit_motion(const ModeList& list, std::size_t mode);
+
+}  // namespace exporting
