@@ -1,0 +1,160 @@
+// The writers on a small molecule made by hand: every number that they write is known.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "html.hpp"
+#include "io/units.hpp"
+#include "json.hpp"
+#include "json_text.hpp"
+#include "molden.hpp"
+#include "support/support.hpp"
+#include "xyz.hpp"
+
+namespace {
+
+using exporting::ModeList;
+using exporting::Results;
+
+constexpr int unit = 13;
+
+// What a writer writes.
+std::string text_of(const std::function<void(io::OutputFile& out)>& write) {
+  const support::TempFolder folder;
+  io::open_replaced(unit, "out");
+  write(io::output(unit));
+  io::close(unit);
+  return support::read_file("out");
+}
+
+// Six modes of two atoms: number k moves coordinate k alone. Rigid weights pick out five of them.
+ModeList mode_list() {
+  ModeList list;
+  list.frequencies = {-500.25, -1e-7, 0.0, 0.0, 1.5, 2000.0};
+  list.reduced_masses = {2.0, 1.0, 1.0, 1.0, 1.0, 1.5};
+  list.rigid_weights = {1e-20, 0.75, 1.0, 1.0, 1.0, 0.8};
+  list.rigid_motions = exporting::largest_rigid_weights(list.rigid_weights, 5);
+  list.dipole_derivatives.assign(18, 0.0);
+  list.dipole_derivatives[1] = 0.125;
+  list.displacements = {"displacements", {3, 2, 6}};
+  for (int k = 1; k <= 6; ++k) list.displacements((k - 1) % 3 + 1, (k - 1) / 3 + 1, k) = 1.0;
+  list.displacements(1, 1, 6) = -0.25;
+  return list;
+}
+
+Results molecule() {
+  Results results;
+  results.control_file = "</script>\"\\\n";
+  results.notes = {"a note"};
+  results.symbols = {"Cl", ""};
+  results.atomic_numbers = {17, 0};
+  results.masses = {34.96885268, 1.1};
+  results.geometry = {0.1, -200000, 1e-300, 0.0, 0.0, 2.4};
+  results.view = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+  results.step = 0.01;
+  results.hessian = {"hessian", {6, 6}};
+  for (int i = 1; i <= 6; ++i) results.hessian(i, i) = i / 3.0;
+  results.dipole = {1e-30, 2e22, -0.0};
+  results.projected = mode_list();
+  results.unprojected = mode_list();
+  return results;
+}
+
+TEST(Formats, write_molden_without_blank_lines_exponents_or_rigid_motions) {
+  Results results = molecule();
+  const auto written = [&](bool all) {
+    return text_of([&](io::OutputFile& out) {
+      exporting::write_molden(results, results.projected, all, out);
+    });
+  };
+  EXPECT_EQ(written(false),
+            "[Molden Format]\n[Atoms] AU\n"
+            "  Cl 1 17      0.1000000000 -200000.0000000000      0.0000000000\n"
+            "   X 2 0      0.0000000000      0.0000000000      2.4000000000\n"
+            "[FREQ]\n     -500.250000\n[FR-COORD]\n"
+            "  Cl      0.1000000000 -200000.0000000000      0.0000000000\n"
+            "   X      0.0000000000      0.0000000000      2.4000000000\n"
+            "[FR-NORM-COORD]\nvibration 1\n"
+            "      1.0000000000      0.0000000000      0.0000000000\n"
+            "      0.0000000000      0.0000000000      0.0000000000\n");
+  results.changed_masses = "masses changed: all H 2.014";
+  const std::string all = written(true);
+  EXPECT_NE(all.find("[Molden Format]\n[Title]\nmasses changed: all H 2.014\n[Atoms] AU\n"),
+            std::string::npos);
+  EXPECT_NE(all.find("vibration 6\n     -0.2500000000"), std::string::npos);
+  EXPECT_EQ(all.find("vibration 7"), std::string::npos);
+}
+
+TEST(Formats, write_frames_of_modes_and_of_a_film) {
+  const Results results = molecule();
+  const std::string frame = text_of(
+      [&](io::OutputFile& out) { exporting::write_xyz(results, results.projected, 0.5, 6, out); });
+  EXPECT_EQ(frame,
+            "2\nProperties=species:S:1:pos:R:3:mode:R:3 mode#=6 frequency_cm-1=2000 "
+            "reduced_mass_u=1.5 rigid_weight=0.8\n"
+            "  Cl    0.0529177249 -105835.4498000000    0.0000000000   -0.1250000000    "
+            "0.0000000000    0.0000000000\n"
+            "   X    0.0000000000    0.0000000000    1.2700253976    0.0000000000    0.0000000000 "
+            "   0.5000000000\n");
+  const std::string film = text_of([&](io::OutputFile& out) {
+    exporting::write_xyz_movie(results, results.projected, 0.5, 6, 4, out);
+  });
+  for (const char* place : {"frame=1\n  Cl    0.0529177249", "frame=2\n  Cl   -0.0720822751",
+                            "frame=3\n  Cl    0.0529177249", "frame=4\n  Cl    0.1779177249"}) {
+    EXPECT_NE(film.find(place), std::string::npos) << place << film;
+  }
+}
+
+TEST(Formats, write_json_that_reads_back_bit_by_bit) {
+  Results results = molecule();
+  const auto written = [&] {
+    return text_of([&](io::OutputFile& out) { exporting::write_json(results, out); });
+  };
+  auto json = nlohmann::json::parse(written());
+  EXPECT_EQ(json["provenance"]["control_file"], results.control_file);
+  EXPECT_EQ(json["masses"].get<std::vector<double>>(), results.masses);
+  EXPECT_EQ(json["geometry"].get<std::vector<double>>(), results.geometry);
+  EXPECT_EQ(json["hessian"][4][4], 5 / 3.0);
+  EXPECT_EQ(json["transition_dipole"], results.dipole);
+  EXPECT_FALSE(json.contains("transition_dipole_gradient"));
+  EXPECT_EQ(json["projected"]["displacements"][5][0][0], -0.25);
+  EXPECT_EQ(json["unprojected"]["displacements"][5][1][2], 1.0);
+  EXPECT_EQ(json["projected"]["transition_dipole_derivatives"][0][1], 0.125);
+  results.dipole_gradient.resize(18);
+  results.dipole_gradient[9 + 3 * 2 + 1] = 7.0;  // atom 2, along z, of the y component
+  json = nlohmann::json::parse(written());
+  EXPECT_EQ(json["transition_dipole_gradient"][1][2][1], 7.0);
+  results.step = std::numeric_limits<double>::infinity();
+  EXPECT_TRUE(support::stops(2, "expected finite numbers to write", [&] { written(); }));
+}
+
+// What the page makes of the packed displacements, which the browser's test looks at, too.
+TEST(Formats, pack_displacements_into_16_bits) {
+  double scale = 0.0;
+  const double values[] = {0.5, -0.5, 0.25, 0.0, -1e-9, 0.1};
+  EXPECT_EQ(exporting::packed_displacements(values, 6, scale), "/38BgABAAAAAAJkZ");
+  EXPECT_EQ(scale, 0.5);
+  const double zeros[3] = {};
+  EXPECT_EQ(exporting::packed_displacements(zeros, 3, scale), "AAAAAAAA");
+  EXPECT_EQ(scale, 0.0);
+}
+
+TEST(Formats, write_a_page_whose_script_no_text_can_end) {
+  const Results results = molecule();
+  const std::string page =
+      text_of([&](io::OutputFile& out) { exporting::write_html(results, out); });
+  const std::string begin = "var zandor = ";
+  const std::size_t from = page.find(begin) + begin.size();
+  const std::string script = page.substr(from, page.find("</script>", from) - from);
+  const auto data = nlohmann::json::parse(script.substr(0, script.rfind(';')));
+  EXPECT_EQ(data["control_file"], results.control_file);
+  EXPECT_EQ(data["formula"], nlohmann::json({"", "", "Cl", ""}));
+  const auto& projected = data["sets"]["projected"];
+  EXPECT_EQ(projected["rigid_motions"], nlohmann::json({2, 3, 4, 5, 6}));
+  EXPECT_EQ(projected["strengths"], nlohmann::json(std::vector<nlohmann::json>(6, nullptr)))
+      << "imaginary modes and rigid motions have none";
+  EXPECT_EQ(page.find("@DATA@"), std::string::npos);
+  EXPECT_EQ(page.find("@SCRIPT@"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,156 @@
+// The program zandor_export as a user runs it.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "support/support.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using nlohmann::json;
+using Arguments = std::vector<std::string>;
+
+class ZandorExport : public testing::Test {
+ protected:
+  void enter(const std::string& job) {
+    fs::copy(fs::path(PROJECT_FOLDER) / job, ".",
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+  }
+  support::Outcome run(const Arguments& arguments) {
+    Arguments command = {ZANDOR_EXPORT};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return support::run(command);
+  }
+  json exported(const Arguments& options = {}) {
+    Arguments arguments = {"json", "control.inp"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const support::Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    return json::parse(outcome.out);
+  }
+  support::TempFolder folder_;
+};
+
+// The vibrations of a list, those with little rigid motion in them.
+std::vector<double> vibrations(const json& modes) {
+  std::vector<double> result;
+  for (std::size_t k = 0; k < modes["frequencies"].size(); ++k) {
+    if (modes["rigid_weight"][k] < 0.5) result.push_back(modes["frequencies"][k]);
+  }
+  return result;
+}
+
+double strength(const json& derivative) {
+  double sum = 0.0;
+  for (const double component : derivative) sum += component * component;
+  return sum;
+}
+
+TEST_F(ZandorExport, gives_what_the_report_and_its_jobs_hold) {
+  enter("examples/formaldehyde-s1");
+  const json all = exported();
+  // From the report, whose own digits are good to 0.01 cm-1.
+  const double expected[] = {-569.0862, 898.7569, 1308.8758, 1410.1017, 3109.7927, 3222.7946};
+  const std::vector<double> found = vibrations(all["projected"]);
+  ASSERT_EQ(found.size(), 6U);
+  for (std::size_t k = 0; k < 6; ++k) EXPECT_NEAR(found[k], expected[k], 0.01);
+  EXPECT_EQ(all["projected"]["frequencies"][1], 0.0) << "rigid motions are taken out exactly";
+  EXPECT_EQ(all["provenance"]["inputs"].size(), 29U);
+  EXPECT_EQ(all["symmetry_used"], false);
+  // Most of the strength is in modes 8 and 12.
+  const auto& slopes = all["projected"]["transition_dipole_derivatives"];
+  EXPECT_GT(strength(slopes[7]) + strength(slopes[11]), 50.0 * strength(slopes[9]));
+}
+
+TEST_F(ZandorExport, gives_the_same_with_and_without_symmetry) {
+  enter("examples/formaldehyde-s1");
+  const json all = exported();
+  enter("examples/formaldehyde-s1-c2v");
+  const json derived = exported();
+  EXPECT_EQ(derived["provenance"]["notes"], json({"characters of the operations: +,-,-"}));
+  for (std::size_t mode : {7U, 11U}) {
+    const double computed = strength(all["projected"]["transition_dipole_derivatives"][mode]);
+    const double found = strength(derived["projected"]["transition_dipole_derivatives"][mode]);
+    EXPECT_NEAR(found, computed, 1e-3 * computed);
+  }
+}
+
+TEST_F(ZandorExport, leaves_out_derivatives_that_mean_nothing_and_says_so) {
+  enter("tests/zandor/cases/nine-atoms-c2v");
+  const support::Outcome outcome = run({"json", "control.inp"});
+  EXPECT_EQ(outcome.status, 0);
+  const std::string warning = "transition dipole derivatives are left out: ";
+  EXPECT_NE(outcome.err.find("zandor_export: warning: " + warning), std::string::npos);
+  const json all = json::parse(outcome.out);
+  EXPECT_FALSE(all.contains("transition_dipole_gradient"));
+  EXPECT_FALSE(all["projected"].contains("transition_dipole_derivatives"));
+  EXPECT_TRUE(all["provenance"]["notes"][0].get<std::string>().starts_with(warning));
+  EXPECT_NE(run({"html", "control.inp"}).out.find("\"dipole_derivatives\": null"),
+            std::string::npos);
+}
+
+TEST_F(ZandorExport, takes_five_motions_from_a_linear_molecule_and_other_masses) {
+  enter("tests/zandor/cases/diatomic-dipoles");
+  const std::vector<double> light = vibrations(exported()["projected"]);
+  ASSERT_EQ(light.size(), 1U);
+  const json masses = exported()["masses"];
+  Arguments heavier;
+  for (std::size_t a = 0; a < masses.size(); ++a) {
+    const double mass = masses[a];
+    heavier.insert(heavier.end(),
+                   {"--mass", std::to_string(a + 1) + "=" + std::to_string(4 * mass)});
+  }
+  const json heavy = exported(heavier);
+  EXPECT_NEAR(vibrations(heavy["projected"])[0], light[0] / 2, 1e-4);
+  EXPECT_TRUE(
+      heavy["provenance"]["notes"][0].get<std::string>().starts_with("masses changed: atom 1 ("));
+}
+
+TEST_F(ZandorExport, writes_a_file_completely_or_not_at_all) {
+  enter("examples/formaldehyde-s1");
+  EXPECT_EQ(run({"molden", "control.inp", "-o", "modes"}).status, 0);
+  const std::string before = support::read_file("modes");
+  EXPECT_EQ(before, run({"molden", "control.inp"}).out);
+  fs::remove("coord-ch2o-s1-03my.sgn");
+  EXPECT_EQ(run({"molden", "control.inp", "-o", "modes"}).status, 2);
+  EXPECT_EQ(support::read_file("modes"), before);
+}
+
+TEST_F(ZandorExport, names_what_it_cannot_do) {
+  enter("examples/formaldehyde-s1");
+  struct Case {
+    Arguments arguments;
+    const char* message;
+  };
+  const Case cases[] = {
+      {{"pdf", "control.inp"}, "expected a format (json, molden, xyz or html), found 'pdf'"},
+      {{}, "expected a format (json, molden, xyz or html), found none"},
+      {{"json"}, "CONTROLFILE is required"},
+      {{"json", "control.inp", "--all"}, "--all"},
+      {{"xyz", "control.inp", "--mode", "13"}, "expected a mode from 1 to 12, found 13"},
+      {{"xyz", "control.inp", "--movie", "13", "8"}, "expected a mode from 1 to 12, found 13"},
+      {{"xyz", "control.inp", "--movie", "8", "3"}, "expected --movie with at least 4 frames"},
+      {{"xyz", "control.inp", "--movie", "8", "8", "--mode", "8"}, "--mode excludes --movie"},
+      {{"xyz", "control.inp", "--amplitude", "nan"}, "expected --amplitude above 0, found NaN"},
+      {{"html", "control.inp", "-o", "missing/page.html"}, "missing/page.html: expected a file"},
+      {{"html", "missing.inp"}, "missing.inp: expected a file that can be read"},
+      {{"json", "control.inp", "--mass", "5=1.0"}, "expected an atom within 1..4"},
+  };
+  for (const Case& entry : cases) {
+    const support::Outcome outcome = run(entry.arguments);
+    EXPECT_EQ(outcome.status, 2) << entry.message;
+    EXPECT_EQ(outcome.out, "") << entry.message;
+    EXPECT_EQ(outcome.err.find("zandor_export: "), 0U) << outcome.err;
+    EXPECT_NE(outcome.err.find(entry.message), std::string::npos) << outcome.err;
+  }
+  for (const char* ending : {">/dev/full", ">&-"}) {
+    const support::Outcome outcome =
+        support::run({"sh", "-c", "\"$0\" html control.inp " + std::string(ending), ZANDOR_EXPORT});
+    EXPECT_EQ(outcome.status, 2) << ending;
+    EXPECT_EQ(outcome.err.find("zandor_export: standard output: cannot write: "), 0U);
+  }
+}
+
+}  // namespace
