@@ -1,0 +1,214 @@
+// Force constants of one energy surface are symmetric: h(i,j) from the jobs of coordinate j against
+// h(j,i) from those of coordinate i.
+//
+// A bad job spoils a column, and with it one element of every other column. The jobs are therefore
+// taken together with all columns that rest on them (a symmetry job rests on its source), and that
+// group is blamed without which least asymmetry is left. Without it the search goes on.
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "checks.hpp"
+#include "force_constants.hpp"
+
+namespace check {
+
+namespace {
+
+// Computed jobs on which the same columns rest.
+struct Group {
+  std::vector<int> jobs;
+  std::vector<int> columns;
+};
+
+std::vector<Group> group_jobs(const JobData& jobs, const RawForceConstants& raw) {
+  std::map<int, std::vector<int>> columns_of;
+  for (const int ih : raw.columns) {
+    for (const int job : {2 * ih - 1, 2 * ih}) {
+      std::vector<int>& columns = columns_of[jobs.source(job)];
+      if (columns.empty() || columns.back() != ih) columns.push_back(ih);
+    }
+  }
+  std::map<std::vector<int>, std::vector<int>> jobs_of;
+  for (const auto& [job, columns] : columns_of) jobs_of[columns].push_back(job);
+  std::vector<Group> groups;
+  for (const auto& [columns, sources] : jobs_of) groups.push_back({sources, columns});
+  return groups;
+}
+
+// The columns still in the game, and the asymmetry among them.
+class Columns {
+ public:
+  explicit Columns(const RawForceConstants& raw) : raw_(raw), active_(raw.columns) {}
+
+  double asymmetry(int i, int j) const { return std::fabs(raw_.h(i, j) - raw_.h(j, i)); }
+  // What print rounding allows.
+  double allowed(int i, int j) const {
+    return raw_.rounding[static_cast<std::size_t>(i - 1)] +
+           raw_.rounding[static_cast<std::size_t>(j - 1)];
+  }
+  const std::vector<int>& active() const { return active_; }
+  bool is_active(int ih) const { return std::binary_search(active_.begin(), active_.end(), ih); }
+  void remove(const std::vector<int>& columns) { active_ = without(columns); }
+
+  std::vector<int> without(const std::vector<int>& columns) const {
+    std::vector<int> rest;
+    std::set_difference(active_.begin(), active_.end(), columns.begin(), columns.end(),
+                        std::back_inserter(rest));
+    return rest;
+  }
+
+  // Sum of the squares in each active column, at [ih - 1].
+  std::vector<double> squares() const {
+    std::vector<double> sums(raw_.rounding.size(), 0.0);
+    for (const int i : active_) {
+      for (const int j : active_) sums[static_cast<std::size_t>(i - 1)] += square(i, j);
+    }
+    return sums;
+  }
+  double square(int i, int j) const { return std::pow(asymmetry(i, j), 2); }
+
+  // The largest element in each of the columns, among themselves; ascending.
+  std::vector<double> largest_by_column(const std::vector<int>& columns) const {
+    std::vector<double> largest;
+    for (const int i : columns) {
+      double value = 0.0;
+      for (const int j : columns) value = std::max(value, asymmetry(i, j));
+      largest.push_back(value);
+    }
+    std::sort(largest.begin(), largest.end());
+    return largest;
+  }
+
+ private:
+  const RawForceConstants& raw_;
+  std::vector<int> active_;
+};
+
+struct Element {
+  int i = 0, j = 0;
+  double asymmetry = 0.0;
+  double excess = 0.0;  // above what print rounding allows
+};
+
+// The largest element, above rounding, of the given columns with any active one.
+Element worst_element(const Columns& columns, const std::vector<int>& of) {
+  Element worst;
+  for (const int i : of) {
+    if (!columns.is_active(i)) continue;
+    for (const int j : columns.active()) {
+      const double asymmetry = columns.asymmetry(i, j);
+      const double excess = asymmetry - columns.allowed(i, j);
+      if (worst.i == 0 || excess > worst.excess) worst = {i, j, asymmetry, excess};
+    }
+  }
+  return worst;
+}
+
+// What is taken out of the sum of the squares with a group.
+double share_of(const Group& group, const Columns& columns, const std::vector<double>& squares) {
+  double share = 0.0;
+  for (const int i : group.columns) {
+    if (!columns.is_active(i)) continue;
+    share += 2.0 * squares[static_cast<std::size_t>(i - 1)];
+    for (const int j : group.columns) {
+      if (columns.is_active(j)) share -= columns.square(i, j);
+    }
+  }
+  return share;
+}
+
+// The group that explains most. Of two that explain nearly the same, the smaller one.
+const Group& suspect(const std::vector<Group>& groups, const Columns& columns) {
+  const std::vector<double> squares = columns.squares();
+  double total = 0.0;
+  for (const double sum : squares) total += sum;
+  const Group* best = &groups.front();
+  double best_rest = total;
+  for (const Group& group : groups) {
+    const double rest = total - share_of(group, columns, squares);
+    const bool smaller = group.columns.size() < best->columns.size();
+    if (rest < best_rest * (smaller ? 1.1 : 0.9) ||
+        (rest < best_rest && !smaller && group.columns.size() == best->columns.size())) {
+      best = &group;
+      best_rest = rest;
+    }
+  }
+  return *best;
+}
+
+double median(const std::vector<double>& ascending) {
+  return ascending.empty() ? 0.0 : ascending[ascending.size() / 2];
+}
+
+std::string names_of_columns(const JobData& jobs, const std::vector<int>& columns) {
+  std::string names;
+  for (std::size_t k = 0; k < columns.size() && k < 4; ++k) {
+    names += (k > 0 ? ", " : "") + coordinate_text(jobs, columns[k]);
+  }
+  return names + (columns.size() > 4 ? ", ..." : "");
+}
+
+void blame(const JobData& jobs, const RawForceConstants& raw, const Group& group,
+           const Columns& columns, const Element& worst, double typical, Report& report) {
+  const std::vector<int> blamed = single_out(jobs, raw, group.jobs, columns.without(group.columns));
+  std::string others;
+  for (std::size_t k = 1; k < blamed.size(); ++k) {
+    others +=
+        (k == 1 ? "; this job or " : ", ") + std::string(jobs.job(blamed[k]).sgn_name.content());
+  }
+  report.add(Severity::warning, place_of(jobs, blamed.front()),
+             "the forces do not fit those of the other jobs: h(i,j) - h(j,i) is " +
+                 rounded(worst.asymmetry) + " Hartree/Bohr**2 for " +
+                 coordinate_text(jobs, worst.i) + " and " + coordinate_text(jobs, worst.j) + ", " +
+                 rounded(typical) + " in the median of the other columns; columns of " +
+                 names_of_columns(jobs, group.columns) + others,
+             blamed.front(), blamed);
+}
+
+bool is_trouble(const Element& worst, double typical, double allowed, const Thresholds& limits) {
+  const bool stands_out = worst.asymmetry > limits.asymmetry_ratio * typical &&
+                          worst.asymmetry > limits.asymmetry_ratio * allowed;
+  return worst.excess > limits.asymmetry || stands_out;
+}
+
+void add_figures(const Columns& columns, const Element& worst, int n3, Report& report) {
+  report.figure("largest |h(i,j) - h(j,i)| (Hartree/Bohr**2)", worst.asymmetry);
+  report.figure("what print rounding allows there (Hartree/Bohr**2)",
+                columns.allowed(worst.i, worst.j));
+  std::vector<double> largest(static_cast<std::size_t>(n3), 0.0);
+  for (const int i : columns.active()) {
+    for (const int j : columns.active()) {
+      double& value = largest[static_cast<std::size_t>(i - 1)];
+      value = std::max(value, columns.asymmetry(i, j));
+    }
+  }
+  report.figure("largest of each coordinate (Hartree/Bohr**2)", std::move(largest));
+}
+
+}  // namespace
+
+void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& report) {
+  const RawForceConstants raw = difference_forces(jobs);
+  Columns columns(raw);
+  const int missing = jobs.run.n3 - static_cast<int>(raw.columns.size());
+  if (missing > 0) {
+    report.note({zandor::job_list_name},
+                "not looked at: " + counted(missing, "coordinate") + " without both jobs");
+  }
+  if (raw.columns.size() < 2) return;
+  const std::vector<Group> groups = group_jobs(jobs, raw);
+  add_figures(columns, worst_element(columns, raw.columns), jobs.run.n3, report);
+  while (columns.active().size() >= 2) {
+    const Group& group = suspect(groups, columns);
+    const Element worst = worst_element(columns, group.columns);
+    const double typical = median(columns.largest_by_column(columns.without(group.columns)));
+    if (worst.i == 0 || !is_trouble(worst, typical, columns.allowed(worst.i, worst.j), limits)) {
+      return;
+    }
+    blame(jobs, raw, group, columns, worst, typical, report);
+    columns.remove(group.columns);
+  }
+}
+
+}  // namespace check

@@ -1,0 +1,185 @@
+// Jobs whose forces are carried over from others: source, operation and atom table.
+//
+// The force on atom a is op times the force on atom atom_m(a) of the source, so the operation must
+// carry atom atom_m(a) of the reference onto atom a, and the source's displacement onto the job's.
+#include <Eigen/Dense>
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "checks.hpp"
+
+namespace check {
+
+namespace {
+
+Eigen::Matrix3d operation(const zandor::RunData& run, int k) {
+  return Eigen::Map<const Eigen::Matrix3d>(run.op.column(1, k));
+}
+
+// Angstrom, from the centre of the atoms: only forces are carried over, so the operation may pass
+// through any point.
+Eigen::Matrix3Xd centred_geometry(const JobData& jobs) {
+  Eigen::Matrix3Xd x =
+      Eigen::Map<const Eigen::Matrix3Xd>(jobs.sign_file(0).geometry->x.data(), 3, jobs.run.natom);
+  x.colwise() -= x.rowwise().mean().eval();
+  return x;
+}
+
+// How far operation k is from carrying the atoms of the table's column onto its rows, and from the
+// reverse: Angstrom.
+struct Misfit {
+  double forward = 0.0;
+  double reverse = 0.0;
+  int atom = 0;  // where `forward` is
+};
+
+Misfit misfit_of(const zandor::RunData& run, const Eigen::Matrix3Xd& x, int k) {
+  const Eigen::Matrix3d op = operation(run, k);
+  Misfit misfit;
+  for (int a = 1; a <= run.natom; ++a) {
+    const int b = run.atom_m(a, k);
+    const double forward = (op * x.col(b - 1) - x.col(a - 1)).cwiseAbs().maxCoeff();
+    const double reverse = (op * x.col(a - 1) - x.col(b - 1)).cwiseAbs().maxCoeff();
+    if (misfit.atom == 0 || forward > misfit.forward) {
+      misfit.forward = forward;
+      misfit.atom = a;
+    }
+    misfit.reverse = std::max(misfit.reverse, reverse);
+  }
+  return misfit;
+}
+
+// The first atom whose image is taken twice or is of another element, 0 where there is none.
+int wrong_image(const zandor::RunData& run, int k) {
+  std::vector<char> taken(static_cast<std::size_t>(run.natom), 0);
+  for (int a = 1; a <= run.natom; ++a) {
+    const auto image = static_cast<std::size_t>(run.atom_m(a, k) - 1);
+    if (taken[image] != 0 || run.nat[image] != run.nat[static_cast<std::size_t>(a - 1)]) return a;
+    taken[image] = 1;
+  }
+  return 0;
+}
+
+// What is wrong with an operation, in a sentence; empty when nothing is.
+std::string complaint_about(const JobData& jobs, const Eigen::Matrix3Xd& x, int k,
+                            double tolerance) {
+  const zandor::RunData& run = jobs.run;
+  const Eigen::Matrix3d op = operation(run, k);
+  const double off = (op * op.transpose() - Eigen::Matrix3d::Identity()).cwiseAbs().maxCoeff();
+  if (off > tolerance) return "is not orthogonal: op op^T differs from 1 by " + rounded(off);
+  if (const int atom = wrong_image(run, k); atom > 0) {
+    return "has in the atom table an image of atom " + std::to_string(atom) +
+           " that is of another element or taken twice: " + std::to_string(run.atom_m(atom, k));
+  }
+  const Misfit misfit = misfit_of(run, x, k);
+  if (misfit.forward <= tolerance) return {};
+  const std::string expected = "does not carry atom " + std::to_string(run.atom_m(misfit.atom, k)) +
+                               " onto atom " + std::to_string(misfit.atom) +
+                               " as the atom table says";
+  if (misfit.reverse <= tolerance) {
+    return expected +
+           ", but the other way round: the table holds the inverse map, or the matrix is the "
+           "transpose (row a must hold the atom that the operation carries onto a)";
+  }
+  return expected + ": " + rounded(misfit.forward) + " Angstrom away";
+}
+
+// A coordinate and the sign of a step along it; none where a direction is along no axis.
+struct Step {
+  int ih = 0;
+  int sign = 0;
+};
+
+Step step_along(int atom, const Eigen::Vector3d& direction, double tolerance) {
+  for (int axis = 0; axis < 3; ++axis) {
+    for (const int sign : {1, -1}) {
+      if ((direction - sign * Eigen::Vector3d::Unit(axis)).cwiseAbs().maxCoeff() <= tolerance) {
+        return {3 * (atom - 1) + axis + 1, sign};
+      }
+    }
+  }
+  return {};
+}
+
+// The job that holds a step.
+int job_of(const zandor::RunData& run, const Step& step) {
+  const int negative = 2 * step.ih - 1;
+  return step_sign(run, negative) == step.sign ? negative : negative + 1;
+}
+
+// The source from which job i should be carried over with its operation; 0 where there is none.
+int expected_source(const zandor::RunData& run, int i, double tolerance) {
+  const int k = run.jobs[static_cast<std::size_t>(i)].iops;
+  const int ih = (i + 1) / 2;
+  const Eigen::Vector3d direction =
+      operation(run, k).transpose() * step_sign(run, i) * Eigen::Vector3d::Unit((ih - 1) % 3);
+  const Step step = step_along(run.atom_m((ih - 1) / 3 + 1, k), direction, tolerance);
+  return step.ih == 0 ? 0 : job_of(run, step);
+}
+
+void check_source(const JobData& jobs, int i, double tolerance, Report& report) {
+  const int expected = expected_source(jobs.run, i, tolerance);
+  const int source = jobs.job(i).calc_m;
+  if (source == expected) return;
+  report.add(Severity::error, place_of(jobs, i),
+             job_text(jobs, i) + " is not the image of " + job_text(jobs, source) +
+                 " under operation " + std::to_string(jobs.job(i).iops) +
+                 (expected > 0 ? ", but of " + job_text(jobs, expected) : ", nor of any job"),
+             i);
+}
+
+// The jobs that each operation carries over, in their order.
+std::map<int, std::vector<int>> jobs_by_operation(const JobData& jobs) {
+  std::map<int, std::vector<int>> used;
+  for (int i = 1; i <= jobs.run.n6; ++i) {
+    if (!jobs.job(i).is_calc) used[jobs.job(i).iops].push_back(i);
+  }
+  return used;
+}
+
+// What the reader of the list says about derived jobs: sources without forces.
+void pass_on_warnings(const JobData& jobs, Report& report) {
+  for (const Fault& warning : jobs.list_warnings) {
+    for (int i = 1; i <= jobs.run.n6; ++i) {
+      if (jobs.job(i).is_calc || jobs.job(i).list_line != warning.line) continue;
+      report.add(jobs.source(i) == 0 ? Severity::error : Severity::warning, warning.place(),
+                 warning.text, i);
+    }
+  }
+}
+
+}  // namespace
+
+void check_derived(const JobData& jobs, const Thresholds& limits, Report& report) {
+  pass_on_warnings(jobs, report);
+  const auto used = jobs_by_operation(jobs);
+  if (used.empty()) return;
+  if (!jobs.has_geometry()) {
+    report.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
+    return;
+  }
+  const Eigen::Matrix3Xd x = centred_geometry(jobs);
+  double worst = 0.0;
+  for (const auto& [k, derived] : used) {
+    worst = std::max(worst, misfit_of(jobs.run, x, k).forward);
+    const std::string complaint = complaint_about(jobs, x, k, limits.derived);
+    if (!complaint.empty()) {
+      report.add(
+          Severity::error, place_of(jobs, derived.front()),
+          "operation " + std::to_string(k) + " of " + job_text(jobs, derived.front()) +
+              (derived.size() > 1
+                   ? " and " + counted(static_cast<long long>(derived.size()) - 1, "more job")
+                   : "") +
+              " " + complaint,
+          derived.front());
+      continue;
+    }
+    for (const int i : derived) {
+      if (jobs.source(i) > 0) check_source(jobs, i, limits.derived, report);
+    }
+  }
+  report.figure("largest misfit of an operation (Angstrom)", worst);
+}
+
+}  // namespace check

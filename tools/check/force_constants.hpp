@@ -1,0 +1,33 @@
+// Force constants as the jobs give them, before they are made symmetric.
+#pragma once
+
+#include <vector>
+
+#include "job_data.hpp"
+
+namespace check {
+
+struct RawForceConstants {
+  flib::Array<double, 2> h;      // n3 x n3, Hartree/Bohr**2: h(j, i) = -dF(j)/dx(i), true step
+  std::vector<int> columns;      // the coordinates, from 1, both of whose jobs could be read
+  std::vector<double> rounding;  // of coordinate ih at [ih - 1]: what print rounding may change in
+                                 // an element of its column
+};
+
+RawForceConstants difference_forces(const JobData& jobs);
+
+// Half a unit of the last digit in which n forces are printed, at most 1e-4 and at least 5e-15.
+double print_rounding(const double* forces, int n);
+
+// How far the forces of a computed job are from what the other columns say: the root mean square of
+// (F(c) - F0(c)) / step + h(ih, c) over the given coordinates, with F0 the forces of the reference.
+// It holds the error of a one-sided difference, which is the same for both jobs of a coordinate.
+// Negative where the reference's sign file holds no forces.
+double one_sided_deviation(const JobData& jobs, const RawForceConstants& raw, int job,
+                           const std::vector<int>& coordinates);
+
+// Of these jobs the one that stands out by a factor of 2 and more in one_sided_deviation, else all.
+std::vector<int> single_out(const JobData& jobs, const RawForceConstants& raw,
+                            const std::vector<int>& suspects, const std::vector<int>& coordinates);
+
+}  // namespace check

@@ -1,0 +1,54 @@
+// The axes of the projection's geometry, and what the projector leaves of the rigid motions.
+#include <Eigen/Dense>
+#include <algorithm>
+#include <numeric>
+
+#include "checks.hpp"
+#include "projected_modes.hpp"
+#include "rigid_motions.hpp"
+
+namespace check {
+
+namespace {
+
+// The largest |frequency| (cm-1), with its sign, among the projected modes that are most like rigid
+// motions.
+double largest_rigid_frequency(const JobData& jobs, const analysis::RigidMotions& rigid) {
+  const int n3 = jobs.run.n3;
+  const Eigen::Map<const Eigen::MatrixXd> modes(jobs.run.cp.data(), n3, n3);
+  const Eigen::VectorXd weights = analysis::rigid_weights(rigid, modes);
+  std::vector<int> order(static_cast<std::size_t>(n3));
+  std::iota(order.begin(), order.end(), 0);
+  std::sort(order.begin(), order.end(), [&](int a, int b) { return weights(a) > weights(b); });
+  double largest = 0.0;
+  for (int k = 0; k < rigid.rank; ++k) {
+    const double frequency = wavenumber(jobs.run.evalp(order[static_cast<std::size_t>(k)] + 1));
+    if (std::abs(frequency) > std::abs(largest)) largest = frequency;
+  }
+  return largest;
+}
+
+}  // namespace
+
+void check_frame(const JobData& jobs, const Thresholds& limits, Report& report) {
+  const io::Place place{jobs.run.com_name.content()};
+  if (!jobs.has_modes) {
+    report.note(place, "not looked at: the projection needs the input, the masses and all jobs");
+    return;
+  }
+  const zandor::RunData frame = projection_frame(jobs);
+  const double angle = analysis::principal_axes(frame).largest_angle;
+  const double left = largest_rigid_frequency(jobs, analysis::rigid_motions(frame));
+  report.figure("largest angle to the principal axes (degree)", angle);
+  report.figure("largest projected rigid motion (cm-1)", left);
+  const bool spurious = std::abs(left) > limits.frame;
+  if (!spurious && angle <= limits.frame_angle) return;
+  report.add(spurious && !jobs.layered ? Severity::warning : Severity::note, place,
+             "the axes are " + rounded(angle) +
+                 " degrees off the principal axes of inertia, where the projection is exact: "
+                 "rigid motions stay in the projected set with up to " +
+                 rounded(left) + " cm-1",
+             0);
+}
+
+}  // namespace check

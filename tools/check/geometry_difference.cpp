@@ -1,0 +1,110 @@
+#include "geometry_difference.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "report.hpp"
+
+namespace check {
+
+namespace {
+
+using Geometry = Eigen::Matrix3Xd;
+using Kind = GeometryDifference::Kind;
+
+Geometry geometry_of(const std::vector<double>& x) {
+  return Eigen::Map<const Geometry>(x.data(), 3, static_cast<Eigen::Index>(x.size() / 3));
+}
+
+bool agree(const Geometry& a, const Geometry& b, double tolerance) {
+  return (a - b).cwiseAbs().maxCoeff() <= tolerance;
+}
+
+// The turn (determinant +1) or mirror turn (-1) that brings `from` nearest to `to` (Kabsch, Acta
+// Cryst. A 32, 922 (1976)); both have their centre at the origin.
+Eigen::Matrix3d best_turn(const Geometry& from, const Geometry& to, double determinant) {
+  const Eigen::JacobiSVD<Eigen::Matrix3d> svd(to * from.transpose(),
+                                              Eigen::ComputeFullU | Eigen::ComputeFullV);
+  Eigen::Vector3d signs = Eigen::Vector3d::Ones();
+  const double found = (svd.matrixU() * svd.matrixV().transpose()).determinant();
+  if (found * determinant < 0.0) signs(2) = -1.0;
+  return svd.matrixU() * signs.asDiagonal() * svd.matrixV().transpose();
+}
+
+// Whether the atoms stand at each other's places, and nowhere else.
+bool reordered(const Geometry& x, const Geometry& reference, double tolerance,
+               GeometryDifference& difference) {
+  std::vector<char> taken(static_cast<std::size_t>(x.cols()), 0);
+  for (Eigen::Index a = 0; a < x.cols(); ++a) {
+    Eigen::Index b = 0;
+    (reference.colwise() - x.col(a)).colwise().squaredNorm().minCoeff(&b);
+    char& is_taken = taken[static_cast<std::size_t>(b)];
+    if (is_taken != 0 || !agree(x.col(a), reference.col(b), tolerance)) return false;
+    is_taken = 1;
+    if (a == b || difference.stands_for > 0) continue;
+    difference.atom = static_cast<int>(a) + 1;
+    difference.stands_for = static_cast<int>(b) + 1;
+  }
+  return true;
+}
+
+double angle_of(const Eigen::Matrix3d& turn) {
+  const double cosine = std::clamp((turn.trace() - 1.0) / 2.0, -1.0, 1.0);
+  return std::acos(cosine) * 180.0 / std::numbers::pi;
+}
+
+}  // namespace
+
+GeometryDifference compare_geometries(const std::vector<double>& x,
+                                      const std::vector<double>& reference, double tolerance) {
+  const Geometry a = geometry_of(x);
+  const Geometry b = geometry_of(reference);
+  GeometryDifference difference;
+  Eigen::Index row = 0, column = 0;
+  difference.largest = (a - b).cwiseAbs().maxCoeff(&row, &column);
+  difference.atom = static_cast<int>(column) + 1;
+  difference.shift = a.rowwise().mean() - b.rowwise().mean();
+  if (difference.largest <= tolerance) return difference;
+  const Geometry centred_a = a.colwise() - a.rowwise().mean();
+  const Geometry centred_b = b.colwise() - b.rowwise().mean();
+  const Eigen::Matrix3d turn = best_turn(centred_b, centred_a, 1.0);
+  const Eigen::Matrix3d mirror = best_turn(centred_b, centred_a, -1.0);
+  difference.kind = Kind::other;
+  if (agree(centred_a, centred_b, tolerance)) {
+    difference.kind = Kind::shifted;
+  } else if (reordered(a, b, tolerance, difference)) {
+    difference.kind = Kind::reordered;
+  } else if (agree(centred_a, turn * centred_b, tolerance)) {
+    difference.kind = Kind::turned;
+    difference.angle = angle_of(turn);
+  } else if (agree(centred_a, mirror * centred_b, tolerance)) {
+    difference.kind = Kind::mirrored;
+  }
+  return difference;
+}
+
+std::string describe(const GeometryDifference& difference) {
+  const auto& shift = difference.shift;
+  const std::string by =
+      rounded(shift(0)) + ", " + rounded(shift(1)) + ", " + rounded(shift(2)) + " Angstrom";
+  switch (difference.kind) {
+    case Kind::none:
+      return "agrees";
+    case Kind::shifted:
+      return "is shifted by " + by;
+    case Kind::turned:
+      return "is turned by " + rounded(difference.angle) + " degrees (distances agree)";
+    case Kind::mirrored:
+      return "is a mirror image (distances agree)";
+    case Kind::reordered:
+      return "has its atoms in another order: atom " + std::to_string(difference.atom) +
+             " stands at the place of atom " + std::to_string(difference.stands_for);
+    case Kind::other:
+      break;
+  }
+  return "is another geometry: atom " + std::to_string(difference.atom) + " is " +
+         rounded(difference.largest) + " Angstrom away";
+}
+
+}  // namespace check

@@ -1,0 +1,25 @@
+// The reference's input against its sign file: order and frame of the atoms.
+#include "checks.hpp"
+#include "geometry_difference.hpp"
+
+namespace check {
+
+void check_input(const JobData& jobs, const Thresholds& limits, Report& report) {
+  const io::Place place{jobs.run.com_name.content()};
+  if (!jobs.input || !jobs.has_geometry()) {
+    report.note(place, "not looked at: the geometry of the input or of the sign file is missing");
+    return;
+  }
+  const GeometryDifference difference =
+      compare_geometries(jobs.input->atoms.x, jobs.sign_file(0).geometry->x, limits.input);
+  report.figure("largest difference (Angstrom)", difference.largest);
+  if (difference.kind == GeometryDifference::Kind::none) return;
+  const auto atom = static_cast<std::size_t>(difference.atom - 1);
+  report.add(Severity::warning, {place.file, jobs.input->atoms.lines[atom]},
+             "the geometry " + describe(difference) + ", against " +
+                 std::string(jobs.job(0).sgn_name.content()) +
+                 ": the projection and the animations use this one, the forces belong to that one",
+             0);
+}
+
+}  // namespace check

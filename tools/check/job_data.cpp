@@ -1,0 +1,188 @@
+#include "job_data.hpp"
+
+#include <algorithm>
+#include <functional>
+
+#include "dipoles.hpp"
+#include "flib/qm_file_ifoniom.hpp"
+#include "flib/units_of_measure.hpp"
+#include "io/free_form.hpp"
+#include "io/process.hpp"
+#include "io/units.hpp"
+#include "io/values.hpp"
+#include "job_list.hpp"
+#include "job_results.hpp"
+#include "run_control.hpp"
+
+namespace check {
+
+namespace {
+
+using zandor::input_unit;
+
+auto keep_in(std::vector<Fault>& faults) {
+  return [&faults](const io::Place& place, std::string_view message) {
+    faults.push_back({std::string(place.file), place.line, std::string(message)});
+  };
+}
+
+// What a phase reports and stops at, in this order. Printed lines are dropped.
+std::vector<Fault> faults_of(const std::function<void()>& body, std::vector<Fault>& warnings) {
+  std::vector<Fault> faults;
+  const io::SinkScope sink({.report = keep_in(faults),
+                            .warn = keep_in(warnings),
+                            .print_line = [](std::string_view) {}});
+  const auto stop = io::collect(body);
+  if (stop && !stop->message.empty()) keep_in(faults)({stop->file, stop->line}, stop->message);
+  return faults;
+}
+
+// The same for what the checks read besides the run: its warnings are those of the run once more.
+std::vector<Fault> faults_of(const std::function<void()>& body) {
+  std::vector<Fault> ignored;
+  return faults_of(body, ignored);
+}
+
+// The first item of the record behind line `before`, or of a later one if that is blank.
+std::optional<int> number_behind(long long before) {
+  std::string_view record;
+  while (io::line_number(input_unit) < before) {
+    if (io::read_record(input_unit, record) != io::read_ok) return std::nullopt;
+  }
+  io::FreeForm row(input_unit);
+  io::Line word;
+  int number = 0;
+  row.text_or_blank(word);
+  if (!io::parse_integer(word.content(), number)) return std::nullopt;
+  return number;
+}
+
+// The numbers in front of the jobs, which the run passes over.
+void read_list_numbers(JobData& jobs) {
+  io::open_existing(input_unit, zandor::job_list_name);
+  long long before = jobs.job(0).list_line - 1;
+  for (int i = 0; i <= jobs.run.n6; ++i) {
+    jobs.list_jobs.push_back(number_behind(before));
+    before = jobs.job(i).list_line;
+  }
+  io::close(input_unit);
+}
+
+void read_control_and_list(const std::string& control_file, JobData& jobs) {
+  zandor::RunData& run = jobs.run;
+  {
+    const io::SinkScope sink({.warn = keep_in(jobs.list_warnings)});
+    zandor::read_control_file(io::Line(control_file), run);
+    zandor::read_job_list(run);
+  }
+  zandor::allocate_run_arrays(run);
+  jobs.list_symbols = run.symbol;
+  jobs.list_numbers = run.nat;
+  read_list_numbers(jobs);
+  for (int i = 0; i <= run.n6; ++i) jobs.sources.push_back(analysis::computed_source(run, i));
+}
+
+// The reference's numbers as far as its files hold them, whatever the phase has stopped at.
+void complete_reference(JobData& jobs) {
+  zandor::RunData& run = jobs.run;
+  SignFile& file = jobs.sign_files[0];
+  if (file.geometry) {
+    std::copy(file.geometry->x.begin(), file.geometry->x.end(), run.xa.data());
+    for (int a = 1; a <= run.natom; ++a) {
+      run.mass(a) =
+          file.geometry->masses[static_cast<std::size_t>(a - 1)] * flib::electron_masses_per_amu;
+    }
+  }
+  for (std::size_t k = 0; k < run.x.size(); ++k) {
+    run.x.data()[k] = run.xa.data()[k] / flib::angstrom_per_bohr;
+  }
+  if (file.has_dipole) run.dipole0 = file.dipole;
+}
+
+void read_reference_files(JobData& jobs) {
+  zandor::RunData& run = jobs.run;
+  const zandor::Job& reference = run.jobs[0];
+  jobs.reference_faults = faults_of([&] { zandor::read_reference(run); }, jobs.job_warnings[0]);
+  faults_of([&] {
+    int info = 0;
+    flib::qm_file_ifoniom(reference.log_name.padded(), jobs.layered, info);
+  });
+  ReferenceInput input;
+  const auto faults =
+      faults_of([&] { read_reference_input(run.com_name.content(), run.natom, input); });
+  if (faults.empty()) {
+    jobs.input_x = {"geometry of the input", {3, run.natom}};
+    for (std::size_t k = 0; k < input.atoms.x.size(); ++k) {
+      jobs.input_x.data()[k] = input.atoms.x[k] / flib::angstrom_per_bohr;
+    }
+    jobs.input = std::move(input);
+  }
+  faults_of(
+      [&] { read_sign_file(reference.sgn_name.content(), run.natom, true, jobs.sign_files[0]); });
+  complete_reference(jobs);
+}
+
+void read_computed(JobData& jobs, int i) {
+  zandor::RunData& run = jobs.run;
+  const std::string_view name = jobs.job(i).sgn_name.content();
+  const auto place = static_cast<std::size_t>(i);
+  const auto faults =
+      faults_of([&] { zandor::read_computed_job(run, i); }, jobs.job_warnings[place]);
+  if (!faults.empty()) {
+    jobs.job_faults[place] = faults.back();
+    std::fill_n(run.force.column(1, i), run.n3, 0.0);
+    std::fill_n(run.tdip.column(i), 3, 0.0);
+  }
+  faults_of([&] { read_sign_file(name, run.natom, false, jobs.sign_files[place]); });
+}
+
+}  // namespace
+
+bool JobData::usable(int i) const {
+  const int from = source(i);
+  return from > 0 && !job_faults[static_cast<std::size_t>(from)];
+}
+
+void read_job_data(const std::string& control_file, JobData& jobs) {
+  zandor::RunData& run = jobs.run;
+  read_control_and_list(control_file, jobs);
+  const auto count = static_cast<std::size_t>(run.n6) + 1;
+  jobs.job_faults.resize(count);
+  jobs.job_warnings.resize(count);
+  jobs.sign_files.resize(count);
+  read_reference_files(jobs);
+  for (int i = 1; i <= run.n6; ++i) {
+    if (jobs.job(i).is_calc) read_computed(jobs, i);
+  }
+  zandor::derive_symmetry_jobs(run);
+}
+
+int step_sign(const zandor::RunData& run, int i) {
+  return (i % 2 == 0) == (run.disp_sign == 1) ? 1 : -1;
+}
+
+std::string coordinate_text(const JobData& jobs, int ih) {
+  const int atom = (ih - 1) / 3 + 1;
+  return "atom " + std::to_string(atom) + " (" +
+         std::string(jobs.run.symbol[static_cast<std::size_t>(atom - 1)].content()) + ") " +
+         "xyz"[(ih - 1) % 3];
+}
+
+std::string job_text(const JobData& jobs, int i) {
+  if (i == 0) return "the reference";
+  return "job " + std::to_string(i) + " (" + coordinate_text(jobs, (i + 1) / 2) +
+         (step_sign(jobs.run, i) > 0 ? "+" : "-") + ")";
+}
+
+io::Place place_of(const JobData& jobs, int i) {
+  const zandor::Job& job = jobs.job(i);
+  if (i == 0 || job.is_calc) return {job.sgn_name.content()};
+  return {zandor::job_list_name, job.list_line};
+}
+
+std::string base_name(const zandor::Job& job) {
+  const std::string_view name = job.sgn_name.content();
+  return std::string(name.substr(6, name.size() - 10));
+}
+
+}  // namespace check

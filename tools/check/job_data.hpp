@@ -1,0 +1,76 @@
+// A job directory as far as it can be read: nothing that is wrong with one job ends the reading.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "io/fatal.hpp"
+#include "run_data.hpp"
+#include "sign_file.hpp"
+
+namespace check {
+
+// Why something could not be read.
+struct Fault {
+  std::string file;
+  long long line = 0;
+  std::string text;
+  io::Place place() const { return {file, line}; }
+};
+
+struct JobData {
+  // As the run fills it. The columns of jobs that could not be read are zero; x is the geometry of
+  // the reference's sign file, to whose axes the forces belong.
+  zandor::RunData run;
+
+  // The job list, before the reference's sign file has its say.
+  std::vector<io::Text<2>> list_symbols;      // symbol of atom a at [a - 1]
+  std::vector<int> list_numbers;              // its atomic number
+  std::vector<std::optional<int>> list_jobs;  // 0..n6: the number that stands before job i
+  std::vector<Fault> list_warnings;           // what the readers of control file and list warn of
+
+  // The reference.
+  std::vector<Fault> reference_faults;
+  std::optional<ReferenceInput> input;
+  flib::Array<double, 2> input_x;  // 3 x natom, Bohr: the geometry of the projection
+  bool layered = false;            // an ONIOM job: the molecule does not float freely
+
+  // The jobs, 0..n6.
+  std::vector<std::optional<Fault>> job_faults;  // of a computed job that cannot be used
+  std::vector<std::vector<Fault>> job_warnings;  // what its reader warns of
+  std::vector<SignFile> sign_files;              // empty for derived jobs
+  std::vector<int> sources;  // the computed job behind each job: itself if computed; 0: none
+
+  // The projected set (evalp and cp of the run) is there: nothing is missing.
+  bool has_modes = false;
+
+  bool has_geometry() const { return sign_files[0].geometry.has_value(); }
+  const zandor::Job& job(int i) const { return run.jobs[static_cast<std::size_t>(i)]; }
+  const SignFile& sign_file(int i) const { return sign_files[static_cast<std::size_t>(i)]; }
+  int source(int i) const { return sources[static_cast<std::size_t>(i)]; }
+  // Whether forces and dipole behind job i (1..n6) have been read.
+  bool usable(int i) const;
+  // Whether both jobs of coordinate ih are.
+  bool usable_column(int ih) const { return usable(2 * ih - 1) && usable(2 * ih); }
+};
+
+// Reads the directory in which the program runs. A control file or job list that cannot be read is
+// a fatal stop; all else is kept as a fault.
+void read_job_data(const std::string& control_file, JobData& jobs);
+
+// The sign of the step that job i (1..n6) holds: with a disp_sign other than 1 the jobs are
+// labelled the other way round.
+int step_sign(const zandor::RunData& run, int i);
+
+// "atom 3 (H) y" for coordinate ih, and "job 15 (atom 3 (H) y-)" with the true step.
+std::string coordinate_text(const JobData& jobs, int ih);
+std::string job_text(const JobData& jobs, int i);
+
+// The sign file of a computed job, the line in the list of a derived one.
+io::Place place_of(const JobData& jobs, int i);
+
+// NAME of coord-NAME.sgn.
+std::string base_name(const zandor::Job& job);
+
+}  // namespace check

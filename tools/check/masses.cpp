@@ -1,0 +1,28 @@
+// Masses against those of the isotopes.
+#include <cmath>
+
+#include "checks.hpp"
+#include "isotopes.hpp"
+
+namespace check {
+
+void check_masses(const JobData& jobs, const Thresholds& limits, Report& report) {
+  const auto& geometry = jobs.sign_file(0).geometry;
+  if (!geometry) {
+    report.note(place_of(jobs, 0), "not looked at: the reference's masses are missing");
+    return;
+  }
+  for (std::size_t a = 0; a < geometry->masses.size(); ++a) {
+    const int number = jobs.run.nat[a];
+    const double mass = geometry->masses[a];
+    const double nearest = nearest_isotope(number, mass);
+    if (nearest == 0.0 || std::fabs(mass - nearest) <= limits.mass) continue;
+    report.note({jobs.job(0).sgn_name.content(), jobs.sign_file(0).geometry_line},
+                "atom " + std::to_string(a + 1) + " has the mass " + io::shown(mass) +
+                    " amu; the nearest isotope of atomic number " + std::to_string(number) +
+                    " has " + io::shown(nearest),
+                0);
+  }
+}
+
+}  // namespace check

@@ -1,0 +1,36 @@
+// Jobs that share a sign file, and a job list out of order.
+#include <map>
+
+#include "checks.hpp"
+
+namespace check {
+
+void check_names(const JobData& jobs, const Thresholds&, Report& report) {
+  std::map<std::string_view, int> first;
+  for (int i = 0; i <= jobs.run.n6; ++i) {
+    const zandor::Job& job = jobs.job(i);
+    if (i > 0 && !job.is_calc) continue;
+    const auto [known, is_new] = first.emplace(job.sgn_name.content(), i);
+    if (is_new) continue;
+    report.add(Severity::error, {zandor::job_list_name, job.list_line},
+               job_text(jobs, i) + " reads the same sign file as " + job_text(jobs, known->second) +
+                   ": " + std::string(known->first),
+               i);
+  }
+  int unordered = 0;
+  int worst = 0;
+  for (int i = jobs.run.n6; i >= 0; --i) {
+    const auto& number = jobs.list_jobs[static_cast<std::size_t>(i)];
+    if (!number || *number == i) continue;
+    ++unordered;
+    worst = i;
+  }
+  if (unordered == 0) return;
+  report.add(Severity::error, {zandor::job_list_name, jobs.job(worst).list_line},
+             "expected job " + std::to_string(worst) + ", found the number " +
+                 std::to_string(*jobs.list_jobs[static_cast<std::size_t>(worst)]) +
+                 ": jobs count in the order of the lines (" + counted(unordered, "line") +
+                 " out of order)");
+}
+
+}  // namespace check

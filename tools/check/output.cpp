@@ -1,0 +1,159 @@
+#include "output.hpp"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <set>
+
+namespace check {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char* name_of(Severity severity) {
+  switch (severity) {
+    case Severity::note:
+      return "note";
+    case Severity::warning:
+      return "warning";
+    case Severity::error:
+      break;
+  }
+  return "error";
+}
+
+long long count_of(const Report& report, Severity severity) {
+  return std::count_if(report.findings.begin(), report.findings.end(),
+                       [&](const Finding& f) { return f.severity == severity; });
+}
+
+// The first figure of a check, its headline.
+std::optional<double> headline(const Report& report, std::string_view check) {
+  for (const Figure& figure : report.figures) {
+    if (figure.check == check) return figure.values.front();
+  }
+  return std::nullopt;
+}
+
+int jobs_read(const JobData& jobs) {
+  int read = jobs.reference_faults.empty() ? 1 : 0;
+  for (int i = 1; i <= jobs.run.n6; ++i) read += jobs.job(i).is_calc && jobs.usable(i) ? 1 : 0;
+  return read;
+}
+
+std::string shown_or_unknown(const std::optional<double>& value, const char* unit) {
+  return value ? rounded(*value) + " " + unit : "not known";
+}
+
+std::set<int> jobs_to_rerun(const Report& report) {
+  std::set<int> rerun;
+  for (const Finding& finding : report.findings) {
+    if (finding.severity != Severity::note) {
+      rerun.insert(finding.rerun.begin(), finding.rerun.end());
+    }
+  }
+  return rerun;
+}
+
+Json finding_record(const JobData& jobs, const Finding& finding) {
+  Json record;
+  record["severity"] = name_of(finding.severity);
+  record["check"] = finding.check;
+  record["file"] = finding.file;
+  if (finding.line > 0) record["line"] = finding.line;
+  record["text"] = finding.text;
+  if (finding.job >= 0) {
+    record["job"] = finding.job;
+    record["name"] = base_name(jobs.job(finding.job));
+  }
+  Json rerun = Json::array();
+  for (const int job : finding.rerun) rerun.push_back(base_name(jobs.job(job)));
+  record["rerun"] = std::move(rerun);
+  return record;
+}
+
+Json summary_record(const JobData& jobs, const Report& report) {
+  const auto number = [](const std::optional<double>& value) {
+    return value ? Json(*value) : Json();
+  };
+  Json record;
+  record["jobs_read"] = jobs_read(jobs);
+  record["errors"] = count_of(report, Severity::error);
+  record["warnings"] = count_of(report, Severity::warning);
+  record["notes"] = count_of(report, Severity::note);
+  record["worst_asymmetry"] = number(headline(report, "asymmetry"));
+  record["sum_rule_residual"] = number(headline(report, "dipole-sum"));
+  return record;
+}
+
+Json threshold_records(const Thresholds& limits) {
+  Json records = Json::array();
+  for (const ThresholdName& name : threshold_names()) {
+    records.push_back({{"name", name.name}, {"value", limits.*name.value}, {"unit", name.unit}});
+  }
+  return records;
+}
+
+Json figure_records(const Report& report) {
+  Json records = Json::array();
+  for (const Figure& figure : report.figures) {
+    records.push_back({{"check", figure.check},
+                       {"name", figure.name},
+                       {"value", figure.is_list ? Json(figure.values) : Json(figure.values[0])}});
+  }
+  return records;
+}
+
+}  // namespace
+
+void sort_findings(Report& report) {
+  std::stable_sort(report.findings.begin(), report.findings.end(),
+                   [](const Finding& a, const Finding& b) { return a.job < b.job; });
+}
+
+int exit_status(const Report& report) {
+  return std::any_of(report.findings.begin(), report.findings.end(),
+                     [](const Finding& f) { return f.severity != Severity::note; })
+             ? 1
+             : 0;
+}
+
+void print_text(const JobData& jobs, const Report& report) {
+  for (const Finding& finding : report.findings) {
+    std::string line = io::printable(finding.file);
+    if (finding.line > 0) line += ":" + std::to_string(finding.line);
+    io::print_line(line + ": " + name_of(finding.severity) + ": " + io::printable(finding.text) +
+                   " [" + finding.check + "]");
+  }
+  io::print_line(counted(jobs_read(jobs), "job") + " read, " +
+                 counted(count_of(report, Severity::error), "error") + ", " +
+                 counted(count_of(report, Severity::warning), "warning") + "; worst asymmetry " +
+                 shown_or_unknown(headline(report, "asymmetry"), "Hartree/Bohr**2") +
+                 ", sum-rule residual " + shown_or_unknown(headline(report, "dipole-sum"), "au"));
+}
+
+void print_list(const JobData& jobs, const Report& report) {
+  for (const int job : jobs_to_rerun(report)) io::print_line(base_name(jobs.job(job)));
+}
+
+void print_json(const std::string& control_file, const JobData& jobs, const Thresholds& limits,
+                const Report& report) {
+  Json document;
+  document["program"] = io::program_name;
+  document["control_file"] = control_file;
+  document["summary"] = summary_record(jobs, report);
+  Json findings = Json::array();
+  for (const Finding& finding : report.findings) {
+    findings.push_back(finding_record(jobs, finding));
+  }
+  document["findings"] = std::move(findings);
+  document["figures"] = figure_records(report);
+  document["thresholds"] = threshold_records(limits);
+  Json rerun = Json::array();
+  for (const int job : jobs_to_rerun(report)) rerun.push_back(base_name(jobs.job(job)));
+  document["rerun"] = std::move(rerun);
+  io::print_line(document.dump(1, ' ', false, Json::error_handler_t::replace));
+}
+
+}  // namespace check

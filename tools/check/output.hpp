@@ -1,0 +1,29 @@
+// The three ways in which the findings are printed.
+#pragma once
+
+#include <string>
+
+#include "job_data.hpp"
+#include "report.hpp"
+#include "thresholds.hpp"
+
+namespace check {
+
+// Sorts the findings: those about the directory as a whole first, then by job; of the same job in
+// the order of the checks.
+void sort_findings(Report& report);
+
+// 0 when nothing is above a note, else 1.
+int exit_status(const Report& report);
+
+// One line per finding, "FILE:LINE: error|warning|note: text [check]", then the summary.
+void print_text(const JobData& jobs, const Report& report);
+
+// The base names of the jobs that errors and warnings blame, one a line, in job order.
+void print_list(const JobData& jobs, const Report& report);
+
+// One JSON document with every finding, figure and threshold.
+void print_json(const std::string& control_file, const JobData& jobs, const Thresholds& limits,
+                const Report& report);
+
+}  // namespace check

@@ -1,0 +1,61 @@
+// What the checks say: findings, and the figures behind them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "io/fatal.hpp"
+
+namespace check {
+
+enum class Severity { note, warning, error };
+
+struct Finding {
+  Severity severity = Severity::note;
+  std::string check;
+  std::string file;    // the sign file, where a job is blamed
+  long long line = 0;  // 0 for the file as a whole
+  std::string text;
+  int job = -1;            // the job that it is about; -1: the directory as a whole
+  std::vector<int> rerun;  // computed jobs that may have to be run again because of it
+};
+
+// One figure of a check: a number, or one number per coordinate or job in their order.
+struct Figure {
+  std::string check;
+  std::string name;  // with its unit, as "largest (Hartree/Bohr**2)"
+  std::vector<double> values;
+  bool is_list = false;
+};
+
+// Filled by the checks in turn. `check` is the name of the one that is at work.
+struct Report {
+  std::string check;
+  std::vector<Finding> findings;
+  std::vector<Figure> figures;
+
+  void add(Severity severity, const io::Place& place, std::string text, int job = -1,
+           std::vector<int> rerun = {}) {
+    findings.push_back({severity, check, std::string(place.file), place.line, std::move(text), job,
+                        std::move(rerun)});
+  }
+  void note(const io::Place& place, std::string text, int job = -1) {
+    add(Severity::note, place, std::move(text), job);
+  }
+  void figure(std::string name, double value) {
+    figures.push_back({check, std::move(name), {value}, false});
+  }
+  void figure(std::string name, std::vector<double> values) {
+    figures.push_back({check, std::move(name), std::move(values), true});
+  }
+};
+
+// A number in a sentence: four significant digits.
+std::string rounded(double value);
+
+// "1 job", "3 jobs".
+std::string counted(long long count, std::string_view what);
+
+}  // namespace check

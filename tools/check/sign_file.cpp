@@ -1,0 +1,253 @@
+#include "sign_file.hpp"
+
+#include <algorithm>
+
+#include "io/free_form.hpp"
+#include "io/units.hpp"
+#include "io/values.hpp"
+#include "run_data.hpp"
+
+namespace check {
+
+namespace {
+
+using zandor::input_unit;
+
+constexpr std::string_view geometry_header =
+    "Center  Atomic  Atomic    Atomic            Coordinates (Angstroms)";
+constexpr std::string_view dipole_header =
+    "Ground to excited state transition electric dipole moments (Au)";
+constexpr std::string_view forces_header = "Center Atomic Forces (Hartrees/Bohr)";
+
+constexpr std::size_t most_items = 8;
+
+// The items of one row, which begins at the next record: those that are read, and the one behind.
+struct Row {
+  std::array<std::string_view, most_items> item;
+  std::size_t wanted;
+  std::string extra;    // empty where there is none, or where the row goes on over several lines
+  std::string storage;  // of items that were not spelled plainly
+};
+
+void add_odd_line(OddLines& odd, int atom, std::string found) {
+  if (odd.count++ > 0) return;
+  odd.first = io::line_number(input_unit);
+  odd.atom = atom;
+  odd.found = std::move(found);
+}
+
+// Splits a record at its blanks. False when it needs the rules of free-form reading: fewer items
+// than wanted, commas, slashes, quotes, repeat counts.
+bool split_plainly(std::string_view record, Row& row) {
+  constexpr std::string_view blanks = " \t";
+  std::size_t at = 0;
+  for (std::size_t k = 0; k <= row.wanted; ++k) {
+    const std::size_t begin = record.find_first_not_of(blanks, at);
+    if (begin == record.npos) return k == row.wanted;
+    at = std::min(record.find_first_of(blanks, begin), record.size());
+    const std::string_view item = record.substr(begin, at - begin);
+    const bool plain = item.find_first_of(",/'\"*") == item.npos;
+    if (k == row.wanted) {
+      if (item.front() == '/') return true;
+      row.extra = item;
+    } else if (plain) {
+      row.item[k] = item;
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The first item of a record behind the ones that are wanted; blank where there is none.
+std::string item_behind(const std::string& record, std::size_t wanted) {
+  io::FreeForm items(input_unit, record);
+  io::Line item;
+  for (std::size_t k = 0; k <= wanted; ++k) items.text_or_blank(item);
+  return std::string(item.content());
+}
+
+// Reads the row as the run does. Items without a value stay empty.
+void read_freely(Row& row, const io::Subject& subject) {
+  const std::int64_t before = io::position(input_unit);
+  std::array<io::Line, most_items> texts;
+  io::FreeForm items(input_unit);
+  for (std::size_t k = 0; k < row.wanted; ++k) items.text(texts[k], subject);
+  row.storage.clear();
+  for (const io::Line& text : texts) row.storage.append(text.padded());
+  for (std::size_t k = 0; k < row.wanted; ++k) {
+    row.item[k] =
+        io::trimmed(std::string_view(row.storage).substr(k * io::line_capacity, io::line_capacity));
+  }
+  row.extra.clear();
+  if (io::line_number(input_unit) != io::line_number(input_unit, before) + 1) return;
+  io::step_back(input_unit);
+  std::string_view record;
+  io::read_record(input_unit, record);
+  row.extra = item_behind(std::string(record), row.wanted);
+}
+
+void read_row(Row& row, const io::Subject& subject) {
+  row.extra.clear();
+  std::string_view record;
+  const bool ended = io::read_record(input_unit, record) != io::read_ok;
+  if (!ended && split_plainly(record, row)) return;
+  if (!ended) io::step_back(input_unit);
+  read_freely(row, subject);
+}
+
+void look_at_numbering(const Row& row, int atom, BlockRows& rows) {
+  int number = 0;
+  if (!row.extra.empty()) add_odd_line(rows.extra, atom, row.extra);
+  if (io::parse_integer(row.item[0], number) && number != atom) {
+    add_odd_line(rows.unordered, atom, std::string(row.item[0]));
+  }
+}
+
+double real_item(std::string_view item, const io::Subject& subject) {
+  double value = 0.0;
+  const std::size_t length = io::scan_decimal(item, value);
+  if (length > 0 && length == item.size()) return value;
+  if (!io::parse_real(item, value)) {
+    io::fatal_stop(io::place(input_unit), "expected " + std::string(subject.text) + " " +
+                                              std::to_string(subject.number) + " (number), found " +
+                                              io::quoted(item));
+  }
+  return value;
+}
+
+void read_geometry(int natom, SignFile& file) {
+  io::pass_over_lines(input_unit, 1, "the caption of the geometry");
+  Atoms atoms;
+  const auto count = static_cast<std::size_t>(natom);
+  atoms.symbols.reserve(count);
+  atoms.x.reserve(3 * count);
+  Row row;
+  row.wanted = 7;
+  for (int a = 1; a <= natom; ++a) {
+    const io::Subject subject{"the geometry of atom", a};
+    read_row(row, subject);
+    look_at_numbering(row, a, file.geometry_rows);
+    atoms.symbols.emplace_back(row.item[1].substr(0, 2));
+    int number = 0;
+    io::parse_integer(row.item[2], number);
+    atoms.numbers.push_back(number);
+    atoms.masses.push_back(real_item(row.item[3], subject));
+    for (std::size_t k = 4; k < 7; ++k) atoms.x.push_back(real_item(row.item[k], subject));
+  }
+  file.geometry = std::move(atoms);
+}
+
+void read_forces(int natom, bool keep, SignFile& file) {
+  Row row;
+  row.wanted = 4;
+  std::vector<double> forces;
+  for (int a = 1; a <= natom; ++a) {
+    const io::Subject subject{"the force on atom", a};
+    read_row(row, subject);
+    look_at_numbering(row, a, file.force_rows);
+    for (std::size_t k = 1; keep && k < 4; ++k) forces.push_back(real_item(row.item[k], subject));
+  }
+  file.forces = std::move(forces);
+}
+
+void read_dipole(SignFile& file) {
+  Row row;
+  row.wanted = 5;
+  const io::Subject subject{"the transition dipole of job", 0};
+  read_row(row, subject);
+  for (std::size_t k = 0; k < 3; ++k) file.dipole[k] = real_item(row.item[k + 2], subject);
+  file.has_dipole = true;
+}
+
+// The keyword of a header line: what stands before its first separator, without blanks and quotes.
+std::string keyword_of(std::string_view record) {
+  std::string keyword;
+  for (const char c : record) {
+    if (c == '=' || c == ',' || keyword.size() > 20) return keyword;
+    if (c != ' ' && c != '\t' && c != '"' && c != '\'') keyword += c;
+  }
+  return {};
+}
+
+template <class Value>
+std::optional<Value> next_value(io::FreeForm& items, bool (*parse)(std::string_view, Value&)) {
+  io::Line text;
+  items.text_or_blank(text);
+  Value value{};
+  if (!parse(text.content(), value)) return std::nullopt;
+  return value;
+}
+
+void read_header_line(std::string_view record, SignHeader& header) {
+  const std::string keyword = keyword_of(record);
+  const auto found = std::find(header.names.begin(), header.names.end(), keyword);
+  if (found == header.names.end()) return;
+  const auto place = static_cast<std::size_t>(found - header.names.begin());
+  if (header.lines[place] > 0) return;
+  header.lines[place] = io::line_number(input_unit);
+  const std::string copy(record);
+  io::FreeForm items(input_unit, copy);
+  io::Line word;
+  for (int k = 0; k < 2; ++k) items.text_or_blank(word);
+  if (place < header.size_count) {
+    header.sizes[place] = next_value<int>(items, io::parse_integer);
+  } else if (place == header.size_count) {
+    const auto row = next_value<int>(items, io::parse_integer);
+    const auto column = next_value<int>(items, io::parse_integer);
+    if (row && column) header.tden_maxloc = {*row, *column};
+  } else {
+    header.tden_maxval = next_value<double>(items, io::parse_real);
+  }
+}
+
+}  // namespace
+
+void read_sign_file(std::string_view name, int natom, bool is_reference, SignFile& file) {
+  io::open_existing(input_unit, name);
+  bool dipole_met = false;
+  std::string_view record;
+  while (io::read_record(input_unit, record) == io::read_ok) {
+    const std::string_view head = record.substr(0, io::line_capacity);
+    if (file.geometry_line == 0 && head.find(geometry_header) != head.npos) {
+      file.geometry_line = io::line_number(input_unit);
+      read_geometry(natom, file);
+    } else if (!dipole_met && head.find(dipole_header) != head.npos) {
+      dipole_met = true;
+      if (is_reference) read_dipole(file);
+    } else if (dipole_met && head.find(forces_header) != head.npos) {
+      read_forces(natom, is_reference, file);
+      break;
+    } else if (!dipole_met) {
+      read_header_line(record, file.header);
+    }
+  }
+  io::close(input_unit);
+}
+
+void read_reference_input(std::string_view name, int natom, ReferenceInput& input) {
+  io::open_existing(input_unit, name);
+  std::string_view record;
+  do {
+    if (io::read_record(input_unit, record) != io::read_ok) {
+      io::fatal_stop(io::next_place(input_unit),
+                     "expected a line that begins with a digit (charge and multiplicity), found "
+                     "the end of the file");
+    }
+    record = io::without_leading_blanks(record.substr(0, io::line_capacity));
+  } while (record.empty() || !io::is_digit(record.front()));
+  Row row;
+  row.wanted = 4;
+  Atoms& atoms = input.atoms;
+  for (int a = 1; a <= natom; ++a) {
+    const io::Subject subject{"the coordinates of atom", a};
+    read_row(row, subject);
+    if (!row.extra.empty()) add_odd_line(input.rows.extra, a, row.extra);
+    atoms.lines.push_back(io::line_number(input_unit));
+    atoms.symbols.emplace_back(row.item[0]);
+    for (std::size_t k = 1; k < 4; ++k) atoms.x.push_back(real_item(row.item[k], subject));
+  }
+  io::close(input_unit);
+}
+
+}  // namespace check

@@ -1,0 +1,96 @@
+// Symbols and atomic numbers in the job list, the sign files and the input.
+#include <algorithm>
+#include <cctype>
+
+#include "checks.hpp"
+#include "io/values.hpp"
+#include "isotopes.hpp"
+
+namespace check {
+
+namespace {
+
+// The element that a word of an input names: C, 6, C1, C(Iso=13), C-CA-0.1. 0 where it is none.
+int element_of_word(std::string_view word) {
+  int number = 0;
+  if (io::parse_integer(word, number)) return number;
+  const auto end = std::find_if_not(word.begin(), word.end(),
+                                    [](unsigned char c) { return std::isalpha(c) != 0; });
+  return element_number(word.substr(0, static_cast<std::size_t>(end - word.begin())));
+}
+
+struct Atom {
+  std::string_view symbol;
+  int number = 0;
+};
+
+std::string text(const Atom& atom) {
+  return "'" + io::printable(atom.symbol) + "' " + std::to_string(atom.number);
+}
+
+// Unknown symbols are compared by their letters alone.
+bool same(const Atom& a, const Atom& b) {
+  const auto lower_equal = [](char x, char y) { return io::lowered(x) == io::lowered(y); };
+  return a.number == b.number && std::equal(a.symbol.begin(), a.symbol.end(), b.symbol.begin(),
+                                            b.symbol.end(), lower_equal);
+}
+
+Atom of_list(const JobData& jobs, std::size_t a) {
+  return {jobs.list_symbols[a].content(), jobs.list_numbers[a]};
+}
+
+void compare_list_with_itself(const JobData& jobs, Report& report) {
+  for (std::size_t a = 0; a < jobs.list_numbers.size(); ++a) {
+    const Atom atom = of_list(jobs, a);
+    const int number = element_number(atom.symbol);
+    if (number == 0 || number == atom.number) continue;
+    report.add(Severity::warning, {zandor::job_list_name, jobs.run.atom_line[a]},
+               "atom " + std::to_string(a + 1) + " is " + text(atom) +
+                   ", but the number of that symbol is " + std::to_string(number));
+  }
+}
+
+void compare_sign_file(const JobData& jobs, int i, Report& report) {
+  const SignFile& file = jobs.sign_file(i);
+  if (!file.geometry) return;
+  for (std::size_t a = 0; a < file.geometry->numbers.size(); ++a) {
+    Atom found{io::trimmed(file.geometry->symbols[a]), file.geometry->numbers[a]};
+    const Atom listed = of_list(jobs, a);
+    if (found.symbol.empty()) found.symbol = listed.symbol;
+    if (found.number == 0) found.number = listed.number;
+    if (same(found, listed)) continue;
+    report.add(Severity::warning, {jobs.job(i).sgn_name.content(), file.geometry_line},
+               "atom " + std::to_string(a + 1) + " is " + text(found) + ", in " +
+                   zandor::job_list_name + " " + text(listed),
+               i);
+    return;
+  }
+}
+
+void compare_input(const JobData& jobs, Report& report) {
+  const Atoms& atoms = jobs.input->atoms;
+  for (std::size_t a = 0; a < atoms.symbols.size(); ++a) {
+    const int number = element_of_word(atoms.symbols[a]);
+    const Atom listed = of_list(jobs, a);
+    if (number == 0 || number == listed.number) continue;
+    report.add(Severity::warning, {jobs.run.com_name.content(), atoms.lines[a]},
+               "atom " + std::to_string(a + 1) + " is '" + io::printable(atoms.symbols[a]) +
+                   "', in " + zandor::job_list_name + " " + text(listed),
+               0);
+    return;
+  }
+}
+
+}  // namespace
+
+void check_symbols(const JobData& jobs, const Thresholds&, Report& report) {
+  compare_list_with_itself(jobs, report);
+  for (int i = 0; i <= jobs.run.n6; ++i) compare_sign_file(jobs, i, report);
+  if (jobs.input) {
+    compare_input(jobs, report);
+  } else {
+    report.note({jobs.run.com_name.content()}, "not looked at: the input could not be read");
+  }
+}
+
+}  // namespace check

@@ -1,0 +1,41 @@
+#include "thresholds.hpp"
+
+namespace check {
+
+namespace {
+
+constexpr ThresholdName names[] = {
+    {"header-change", &Thresholds::header_change, "1",
+     "relative change of the largest transition-density element"},
+    {"geometry", &Thresholds::geometry, "Angstrom",
+     "deviation of a displaced geometry from the reference and the step"},
+    {"input", &Thresholds::input, "Angstrom",
+     "difference between the reference's input and its sign file"},
+    {"stationary-note", &Thresholds::stationary_note, "Hartree/Bohr",
+     "largest reference force that is worth a note"},
+    {"stationary", &Thresholds::stationary, "Hartree/Bohr",
+     "largest reference force that is worth a warning"},
+    {"asymmetry", &Thresholds::asymmetry, "Hartree/Bohr**2",
+     "difference between H(i,j) and H(j,i), above what print rounding allows"},
+    {"asymmetry-ratio", &Thresholds::asymmetry_ratio, "1",
+     "asymmetry of a column against the median column, and against print rounding"},
+    {"net-force", &Thresholds::net_force, "Hartree/Bohr**2",
+     "net force or torque in a column, above what print rounding allows"},
+    {"dipole-bounds", &Thresholds::dipole_bounds, "1", ""},
+    {"dipole-relative", &Thresholds::dipole_relative, "1", ""},
+    {"dipole-jump", &Thresholds::dipole_jump, "1",
+     "change of the transition dipole in a coordinate against the median coordinate"},
+    {"derived", &Thresholds::derived, "Angstrom",
+     "deviation of an operation from the symmetry of the reference"},
+    {"frame-angle", &Thresholds::frame_angle, "degree",
+     "angle between the axes and the principal axes that is worth a note"},
+    {"frame", &Thresholds::frame, "cm-1", "projected rigid motion that is worth a warning"},
+    {"mass", &Thresholds::mass, "amu", "distance of a mass from the nearest isotope"},
+    {"noise", &Thresholds::noise, "atomic units", ""},
+};
+
+}  // namespace
+
+std::span<const ThresholdName> threshold_names() { return names; }
+
+}  // namespace check
