@@ -118,20 +118,33 @@ double share_of(const Group& group, const Columns& columns, const std::vector<do
   return share;
 }
 
-// The group that explains most. Of two that explain nearly the same, the smaller one.
-const Group& suspect(const std::vector<Group>& groups, const Columns& columns) {
+// The largest even part among the columns of a group.
+double even_part(const JobData& jobs, const Group& group) {
+  double largest = -1.0;
+  for (const int ih : group.columns) largest = std::max(largest, even_deviation(jobs, ih));
+  return largest;
+}
+
+// The group that explains most. Of those that explain nearly as much, one whose two jobs differ
+// much more from the reference than steps in opposite directions do, else the smallest.
+const Group& suspect(const JobData& jobs, const std::vector<Group>& groups,
+                     const Columns& columns) {
+  constexpr double nearly = 0.9;
+  constexpr double much_more = 4.0;
   const std::vector<double> squares = columns.squares();
-  double total = 0.0;
-  for (const double sum : squares) total += sum;
-  const Group* best = &groups.front();
-  double best_rest = total;
-  for (const Group& group : groups) {
-    const double rest = total - share_of(group, columns, squares);
-    const bool smaller = group.columns.size() < best->columns.size();
-    if (rest < best_rest * (smaller ? 1.1 : 0.9) ||
-        (rest < best_rest && !smaller && group.columns.size() == best->columns.size())) {
-      best = &group;
-      best_rest = rest;
+  std::vector<double> shares;
+  for (const Group& group : groups) shares.push_back(share_of(group, columns, squares));
+  const double largest = *std::max_element(shares.begin(), shares.end());
+  const Group* best = nullptr;
+  double best_even = 0.0;
+  for (std::size_t k = 0; k < groups.size(); ++k) {
+    if (shares[k] < nearly * largest) continue;
+    const double even = even_part(jobs, groups[k]);
+    const bool smaller = best != nullptr && groups[k].columns.size() < best->columns.size();
+    if (best == nullptr || even > much_more * best_even ||
+        (smaller && best_even <= much_more * even)) {
+      best = &groups[k];
+      best_even = std::max(even, 0.0);
     }
   }
   return *best;
@@ -200,7 +213,7 @@ void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& repo
   const std::vector<Group> groups = group_jobs(jobs, raw);
   add_figures(columns, worst_element(columns, raw.columns), jobs.run.n3, report);
   while (columns.active().size() >= 2) {
-    const Group& group = suspect(groups, columns);
+    const Group& group = suspect(jobs, groups, columns);
     const Element worst = worst_element(columns, group.columns);
     const double typical = median(columns.largest_by_column(columns.without(group.columns)));
     if (worst.i == 0 || !is_trouble(worst, typical, columns.allowed(worst.i, worst.j), limits)) {

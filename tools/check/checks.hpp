@@ -2,6 +2,10 @@
 // finds, and what it could not look at, to the report. docs/checks.md explains each of them.
 #pragma once
 
+#include <span>
+#include <string>
+#include <vector>
+
 #include "job_data.hpp"
 #include "report.hpp"
 #include "thresholds.hpp"
@@ -27,5 +31,20 @@ Check check_dipole_sum;
 Check check_dipole_jump;
 Check check_frame;
 Check check_noise;
+
+// Takes derived jobs whose source or operation is wrong out of what the other checks look at.
+void mark_wrong_images(JobData& jobs, const Thresholds& limits);
+
+// The list of them all.
+struct NamedCheck {
+  const char* name;
+  Check* look;
+};
+std::span<const NamedCheck> all_checks();
+
+// Runs the checks of these names, all when there is none. The findings are sorted: those about the
+// directory as a whole first, then by job; of the same job in the order of the checks.
+Report run_checks(JobData& jobs, const Thresholds& limits,
+                  const std::vector<std::string>& only = {});
 
 }  // namespace check

@@ -118,17 +118,6 @@ int expected_source(const zandor::RunData& run, int i, double tolerance) {
   return step.ih == 0 ? 0 : job_of(run, step);
 }
 
-void check_source(const JobData& jobs, int i, double tolerance, Report& report) {
-  const int expected = expected_source(jobs.run, i, tolerance);
-  const int source = jobs.job(i).calc_m;
-  if (source == expected) return;
-  report.add(Severity::error, place_of(jobs, i),
-             job_text(jobs, i) + " is not the image of " + job_text(jobs, source) +
-                 " under operation " + std::to_string(jobs.job(i).iops) +
-                 (expected > 0 ? ", but of " + job_text(jobs, expected) : ", nor of any job"),
-             i);
-}
-
 // The jobs that each operation carries over, in their order.
 std::map<int, std::vector<int>> jobs_by_operation(const JobData& jobs) {
   std::map<int, std::vector<int>> used;
@@ -149,7 +138,59 @@ void pass_on_warnings(const JobData& jobs, Report& report) {
   }
 }
 
+void report_operation(const JobData& jobs, int k, const std::vector<int>& derived,
+                      const std::string& complaint, Report& report) {
+  const auto more = static_cast<long long>(derived.size()) - 1;
+  report.add(Severity::error, place_of(jobs, derived.front()),
+             "operation " + std::to_string(k) + " of " + job_text(jobs, derived.front()) +
+                 (more > 0 ? " and " + counted(more, "more job") : "") + " " + complaint,
+             derived.front());
+}
+
+void report_source(const JobData& jobs, int i, int expected, Report& report) {
+  report.add(Severity::error, place_of(jobs, i),
+             job_text(jobs, i) + " is not the image of " + job_text(jobs, jobs.job(i).calc_m) +
+                 " under operation " + std::to_string(jobs.job(i).iops) +
+                 (expected > 0 ? ", but of " + job_text(jobs, expected) : ", nor of any job"),
+             i);
+}
+
+// What is wrong with derived jobs goes to the report, if there is one, and to `wrong`.
+void look_at_images(const JobData& jobs, double tolerance, Report* report,
+                    std::vector<char>& wrong) {
+  const Eigen::Matrix3Xd x = centred_geometry(jobs);
+  for (const auto& [k, derived] : jobs_by_operation(jobs)) {
+    const std::string complaint = complaint_about(jobs, x, k, tolerance);
+    if (!complaint.empty() && report != nullptr) {
+      report_operation(jobs, k, derived, complaint, *report);
+    }
+    for (const int i : derived) {
+      const int expected = complaint.empty() ? expected_source(jobs.run, i, tolerance) : 0;
+      if (jobs.source(i) == 0 || jobs.job(i).calc_m == expected) continue;
+      wrong[static_cast<std::size_t>(i)] = 1;
+      if (complaint.empty() && report != nullptr) report_source(jobs, i, expected, *report);
+    }
+  }
+}
+
+// Jobs derived from wrong ones are wrong, too.
+void pass_on_faults(const JobData& jobs, std::vector<char>& wrong) {
+  for (int i = 1; i <= jobs.run.n6; ++i) {
+    const zandor::Job& job = jobs.job(i);
+    const auto source = static_cast<std::size_t>(job.calc_m);
+    if (!job.is_calc && jobs.source(i) > 0 && wrong[source] != 0) {
+      wrong[static_cast<std::size_t>(i)] = 1;
+    }
+  }
+}
+
 }  // namespace
+
+void mark_wrong_images(JobData& jobs, const Thresholds& limits) {
+  if (!jobs.has_geometry()) return;
+  look_at_images(jobs, limits.derived, nullptr, jobs.wrong_images);
+  pass_on_faults(jobs, jobs.wrong_images);
+}
 
 void check_derived(const JobData& jobs, const Thresholds& limits, Report& report) {
   pass_on_warnings(jobs, report);
@@ -163,23 +204,10 @@ void check_derived(const JobData& jobs, const Thresholds& limits, Report& report
   double worst = 0.0;
   for (const auto& [k, derived] : used) {
     worst = std::max(worst, misfit_of(jobs.run, x, k).forward);
-    const std::string complaint = complaint_about(jobs, x, k, limits.derived);
-    if (!complaint.empty()) {
-      report.add(
-          Severity::error, place_of(jobs, derived.front()),
-          "operation " + std::to_string(k) + " of " + job_text(jobs, derived.front()) +
-              (derived.size() > 1
-                   ? " and " + counted(static_cast<long long>(derived.size()) - 1, "more job")
-                   : "") +
-              " " + complaint,
-          derived.front());
-      continue;
-    }
-    for (const int i : derived) {
-      if (jobs.source(i) > 0) check_source(jobs, i, limits.derived, report);
-    }
   }
   report.figure("largest misfit of an operation (Angstrom)", worst);
+  std::vector<char> wrong = jobs.wrong_images;
+  look_at_images(jobs, limits.derived, &report, wrong);
 }
 
 }  // namespace check

@@ -20,23 +20,20 @@ std::vector<int> other_columns(const RawForceConstants& raw, int i, int j) {
   return others;
 }
 
-// Whether, by the other columns, the step of job i changes any force by more than printing hides.
-bool forces_change(const JobData& jobs, const RawForceConstants& raw, int i,
-                   const std::vector<int>& others) {
-  const int ih = (i + 1) / 2;
-  return std::any_of(others.begin(), others.end(), [&](int c) {
-    const double hidden = 2.0 * raw.rounding[static_cast<std::size_t>(c - 1)];
-    return std::fabs(raw.h(ih, c)) > hidden + 1e-9 && jobs.usable_column(c);
+// Whether, by the other columns, the steps of the two jobs change the forces alike, as those of
+// opposite steps of the two atoms of a diatomic do.
+bool same_by_symmetry(const JobData& jobs, const RawForceConstants& raw, int i, int j,
+                      const std::vector<int>& others) {
+  return std::all_of(others.begin(), others.end(), [&](int c) {
+    const double difference = step_sign(jobs.run, i) * raw.h((i + 1) / 2, c) -
+                              step_sign(jobs.run, j) * raw.h((j + 1) / 2, c);
+    return std::fabs(difference) <= 4.0 * raw.rounding[static_cast<std::size_t>(c - 1)];
   });
 }
 
 void report_pair(const JobData& jobs, const RawForceConstants& raw, int i, int j, Report& report) {
   const std::vector<int> others = other_columns(raw, i, j);
-  // Symmetry may leave the forces as they are: then the step shows in no other column either.
-  if (!others.empty() && !forces_change(jobs, raw, i, others) &&
-      !forces_change(jobs, raw, j, others)) {
-    return;
-  }
+  if (!others.empty() && same_by_symmetry(jobs, raw, i, j, others)) return;
   const std::vector<int> copies = single_out(jobs, raw, {i, j}, others);
   const int blamed = copies.size() == 1 ? copies.front() : j;
   const int other = blamed == i ? j : i;

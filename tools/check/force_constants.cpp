@@ -56,6 +56,18 @@ double one_sided_deviation(const JobData& jobs, const RawForceConstants& raw, in
   return std::sqrt(sum / static_cast<double>(coordinates.size()));
 }
 
+double even_deviation(const JobData& jobs, int ih) {
+  const std::vector<double>& reference = jobs.sign_file(0).forces;
+  if (reference.empty()) return -1.0;
+  const double* const a = jobs.run.force.column(1, 2 * ih - 1);
+  const double* const b = jobs.run.force.column(1, 2 * ih);
+  double sum = 0.0;
+  for (std::size_t k = 0; k < reference.size(); ++k) {
+    sum += std::pow((a[k] + b[k]) / 2.0 - reference[k], 2);
+  }
+  return std::sqrt(sum) / std::fabs(jobs.run.dx);
+}
+
 std::vector<int> single_out(const JobData& jobs, const RawForceConstants& raw,
                             const std::vector<int>& suspects, const std::vector<int>& coordinates) {
   double worst = -1.0;

@@ -26,6 +26,11 @@ double print_rounding(const double* forces, int n);
 double one_sided_deviation(const JobData& jobs, const RawForceConstants& raw, int job,
                            const std::vector<int>& coordinates);
 
+// How far the mean of the two jobs of coordinate ih is from the reference's forces, over the step:
+// small where both hold the same step in opposite directions. Negative where there are no reference
+// forces.
+double even_deviation(const JobData& jobs, int ih);
+
 // Of these jobs the one that stands out by a factor of 2 and more in one_sided_deviation, else all.
 std::vector<int> single_out(const JobData& jobs, const RawForceConstants& raw,
                             const std::vector<int>& suspects, const std::vector<int>& coordinates);

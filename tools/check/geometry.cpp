@@ -1,7 +1,6 @@
 // Displaced sign files hold the reference geometry with one coordinate moved by the step.
 #include <algorithm>
 #include <cmath>
-#include <set>
 
 #include "checks.hpp"
 #include "flib/units_of_measure.hpp"

@@ -140,7 +140,8 @@ void read_computed(JobData& jobs, int i) {
 
 bool JobData::usable(int i) const {
   const int from = source(i);
-  return from > 0 && !job_faults[static_cast<std::size_t>(from)];
+  return from > 0 && !job_faults[static_cast<std::size_t>(from)] &&
+         wrong_images[static_cast<std::size_t>(i)] == 0;
 }
 
 void read_job_data(const std::string& control_file, JobData& jobs) {
@@ -149,6 +150,7 @@ void read_job_data(const std::string& control_file, JobData& jobs) {
   const auto count = static_cast<std::size_t>(run.n6) + 1;
   jobs.job_faults.resize(count);
   jobs.job_warnings.resize(count);
+  jobs.wrong_images.resize(count);
   jobs.sign_files.resize(count);
   read_reference_files(jobs);
   for (int i = 1; i <= run.n6; ++i) {

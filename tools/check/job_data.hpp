@@ -49,9 +49,12 @@ struct JobData {
   const zandor::Job& job(int i) const { return run.jobs[static_cast<std::size_t>(i)]; }
   const SignFile& sign_file(int i) const { return sign_files[static_cast<std::size_t>(i)]; }
   int source(int i) const { return sources[static_cast<std::size_t>(i)]; }
-  // Whether forces and dipole behind job i (1..n6) have been read.
+  // Derived jobs whose source or operation is wrong (mark_wrong_images): as good as not read.
+  std::vector<char> wrong_images;
+
+  // Whether forces and dipole of job i (1..n6) can be used.
   bool usable(int i) const;
-  // Whether both jobs of coordinate ih are.
+  // Whether those of both jobs of coordinate ih can.
   bool usable_column(int ih) const { return usable(2 * ih - 1) && usable(2 * ih); }
 };
 

@@ -48,7 +48,10 @@ Sums sums_of(const zandor::RunData& run, const Frame& frame, int job) {
   return sums;
 }
 
-double largest(const Sums& sums) { return sums.cwiseAbs().maxCoeff(); }
+template <class Derived>
+double largest(const Eigen::MatrixBase<Derived>& sums) {
+  return sums.cwiseAbs().maxCoeff();
+}
 
 // The median of each sum over the jobs: what the sums are when nothing is wrong.
 Sums usual_sums(const std::map<int, Sums>& all) {
@@ -63,11 +66,12 @@ Sums usual_sums(const std::map<int, Sums>& all) {
   return usual;
 }
 
-struct Blame {
-  double worst = 0.0;
-  int column = 0;
+// Net force and torque of a column above what is allowed there.
+struct Excess {
+  double sum = 0.0;
+  double allowed = 0.0;
+  int ih = 0;
   bool torque = false;
-  std::vector<int> jobs;
 };
 
 // Of the two jobs of a column the one that is further from the usual, or both; by their sources.
@@ -80,16 +84,39 @@ std::vector<int> suspects(const JobData& jobs, const analysis::StepJobs& pair, d
   return {std::min(a, b), std::max(a, b)};
 }
 
-void report_blame(const JobData& jobs, const Blame& blame, double limit, Report& report) {
-  std::string text = std::string("net ") + (blame.torque ? "torque" : "force") +
-                     " in the column of " + coordinate_text(jobs, blame.column) + ": " +
-                     rounded(blame.worst) + " Hartree/Bohr**2, at most " + rounded(limit) +
-                     " expected";
-  if (blame.jobs.size() > 1) {
-    text += "; this job or " + std::string(jobs.job(blame.jobs[1]).sgn_name.content());
+std::string describe(const JobData& jobs, const Excess& excess) {
+  return std::string("net ") + (excess.torque ? "torque" : "force") + " in the column of " +
+         coordinate_text(jobs, excess.ih) + ": " + rounded(excess.sum) +
+         " Hartree/Bohr**2, at most " + rounded(excess.allowed) + " expected";
+}
+
+// What print rounding may make of the sums: the worst case, all errors in one direction. A torque
+// sums over two components, with lever arms of about the size.
+double rounding_of_sums(const JobData& jobs, const analysis::StepJobs& pair) {
+  const zandor::RunData& run = jobs.run;
+  const double digits = print_rounding(run.force.column(1, jobs.source(pair.plus)), run.n3) +
+                        print_rounding(run.force.column(1, jobs.source(pair.minus)), run.n3);
+  return 2.0 * run.natom * digits / std::fabs(2.0 * run.dx);
+}
+
+void report_excesses(const JobData& jobs, const std::map<std::vector<int>, Excess>& by_jobs,
+                     Report& report) {
+  const Severity severity = jobs.layered ? Severity::note : Severity::warning;
+  for (const auto& [blamed, excess] : by_jobs) {
+    std::string text = describe(jobs, excess);
+    if (blamed.size() > 1) {
+      text += "; this job or " + std::string(jobs.job(blamed[1]).sgn_name.content());
+    }
+    report.add(severity, place_of(jobs, blamed.front()), std::move(text), blamed.front(), blamed);
   }
-  report.add(jobs.layered ? Severity::note : Severity::warning, place_of(jobs, blame.jobs.front()),
-             std::move(text), blame.jobs.front(), blame.jobs);
+}
+
+// A fault of most columns is none of single jobs.
+void report_general_excess(const JobData& jobs, const Excess& worst, int count, Report& report) {
+  report.add(jobs.layered ? Severity::note : Severity::warning, {zandor::job_list_name},
+             counted(count, "coordinate") + " with a " + describe(jobs, worst) +
+                 "; the molecule does not float freely, or the forces belong to other axes or to "
+                 "another step");
 }
 
 }  // namespace
@@ -105,25 +132,26 @@ void check_net_force(const JobData& jobs, const Thresholds& limits, Report& repo
   const Sums usual = usual_sums(all);
   std::vector<double> forces(static_cast<std::size_t>(run.n3), 0.0);
   std::vector<double> torques = forces;
-  std::map<std::vector<int>, std::pair<Blame, double>> blames;
+  std::map<std::vector<int>, Excess> by_jobs;
+  Excess worst;
+  int looked_at = 0;
+  int count = 0;
   for (int ih = 1; ih <= run.n3; ++ih) {
     if (!jobs.usable_column(ih)) continue;
+    ++looked_at;
     const analysis::StepJobs pair = analysis::step_jobs(run, ih);
     const Sums column = (all[pair.plus] - all[pair.minus]) / (2.0 * run.dx);
     const auto place = static_cast<std::size_t>(ih - 1);
-    forces[place] = column.head<3>().cwiseAbs().maxCoeff();
-    torques[place] = column.tail<3>().cwiseAbs().maxCoeff();
-    const double digits = print_rounding(run.force.column(1, jobs.source(pair.plus)), run.n3) +
-                          print_rounding(run.force.column(1, jobs.source(pair.minus)), run.n3);
-    // Worst case; torques sum over two components, with lever arms of about the size.
-    const double limit = limits.net_force + 2.0 * run.natom * digits / std::fabs(2.0 * run.dx);
-    if (largest(column) <= limit) continue;
-    std::vector<int> blamed =
-        suspects(jobs, pair, largest(all[pair.plus] - usual), largest(all[pair.minus] - usual));
-    auto& [blame, its_limit] = blames[blamed];
-    if (largest(column) <= blame.worst) continue;
-    blame = {largest(column), ih, torques[place] > forces[place], std::move(blamed)};
-    its_limit = limit;
+    forces[place] = largest(column.head<3>());
+    torques[place] = largest(column.tail<3>());
+    const Excess excess{largest(column), limits.net_force + rounding_of_sums(jobs, pair), ih,
+                        torques[place] > forces[place]};
+    if (excess.sum <= excess.allowed) continue;
+    ++count;
+    if (excess.sum > worst.sum) worst = excess;
+    Excess& known = by_jobs[suspects(jobs, pair, largest(all[pair.plus] - usual),
+                                     largest(all[pair.minus] - usual))];
+    if (excess.sum > known.sum) known = excess;
   }
   report.figure("largest net force (Hartree/Bohr**2)",
                 *std::max_element(forces.begin(), forces.end()));
@@ -131,7 +159,11 @@ void check_net_force(const JobData& jobs, const Thresholds& limits, Report& repo
                 *std::max_element(torques.begin(), torques.end()));
   report.figure("net force of each coordinate (Hartree/Bohr**2)", std::move(forces));
   report.figure("net torque of each coordinate (Hartree/Bohr**2)", std::move(torques));
-  for (const auto& [blamed, entry] : blames) report_blame(jobs, entry.first, entry.second, report);
+  if (2 * count > looked_at) {
+    report_general_excess(jobs, worst, count, report);
+  } else {
+    report_excesses(jobs, by_jobs, report);
+  }
 }
 
 }  // namespace check

@@ -11,18 +11,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-const char* name_of(Severity severity) {
-  switch (severity) {
-    case Severity::note:
-      return "note";
-    case Severity::warning:
-      return "warning";
-    case Severity::error:
-      break;
-  }
-  return "error";
-}
-
 long long count_of(const Report& report, Severity severity) {
   return std::count_if(report.findings.begin(), report.findings.end(),
                        [&](const Finding& f) { return f.severity == severity; });
@@ -107,11 +95,6 @@ Json figure_records(const Report& report) {
 
 }  // namespace
 
-void sort_findings(Report& report) {
-  std::stable_sort(report.findings.begin(), report.findings.end(),
-                   [](const Finding& a, const Finding& b) { return a.job < b.job; });
-}
-
 int exit_status(const Report& report) {
   return std::any_of(report.findings.begin(), report.findings.end(),
                      [](const Finding& f) { return f.severity != Severity::note; })
@@ -120,12 +103,7 @@ int exit_status(const Report& report) {
 }
 
 void print_text(const JobData& jobs, const Report& report) {
-  for (const Finding& finding : report.findings) {
-    std::string line = io::printable(finding.file);
-    if (finding.line > 0) line += ":" + std::to_string(finding.line);
-    io::print_line(line + ": " + name_of(finding.severity) + ": " + io::printable(finding.text) +
-                   " [" + finding.check + "]");
-  }
+  for (const Finding& finding : report.findings) io::print_line(line_of(finding));
   io::print_line(counted(jobs_read(jobs), "job") + " read, " +
                  counted(count_of(report, Severity::error), "error") + ", " +
                  counted(count_of(report, Severity::warning), "warning") + "; worst asymmetry " +

@@ -9,10 +9,6 @@
 
 namespace check {
 
-// Sorts the findings: those about the directory as a whole first, then by job; of the same job in
-// the order of the checks.
-void sort_findings(Report& report);
-
 // 0 when nothing is above a note, else 1.
 int exit_status(const Report& report);
 

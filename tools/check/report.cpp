@@ -4,6 +4,25 @@
 
 namespace check {
 
+const char* name_of(Severity severity) {
+  switch (severity) {
+    case Severity::note:
+      return "note";
+    case Severity::warning:
+      return "warning";
+    case Severity::error:
+      break;
+  }
+  return "error";
+}
+
+std::string line_of(const Finding& finding) {
+  std::string line = io::printable(finding.file);
+  if (finding.line > 0) line += ":" + std::to_string(finding.line);
+  return line + ": " + name_of(finding.severity) + ": " + io::printable(finding.text) + " [" +
+         finding.check + "]";
+}
+
 std::string rounded(double value) {
   char text[32];
   return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, 4).ptr};

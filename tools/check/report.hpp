@@ -52,6 +52,11 @@ struct Report {
   }
 };
 
+const char* name_of(Severity severity);
+
+// "FILE:LINE: error|warning|note: text [check]".
+std::string line_of(const Finding& finding);
+
 // A number in a sentence: four significant digits.
 std::string rounded(double value);
 

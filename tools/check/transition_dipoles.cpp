@@ -1,6 +1,7 @@
 // Transition dipoles: exact sum rules, and jumps.
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "characters.hpp"
 #include "checks.hpp"
@@ -26,29 +27,38 @@ std::string obstacle(const JobData& jobs) {
   return {};
 }
 
-// With derived jobs the signs of the operations are not known: of all that the group allows those
-// are taken that leave the smallest residual, as read or with signs of jobs turned.
+struct Candidate {
+  TurnedSigns signs;
+  double gradient = 0.0;  // norm of the dipole gradient with these signs
+};
+
+// One that explains the residual before one that does not; then the larger gradient, since wrong
+// signs of the operations may make dipoles cancel, which explains anything.
+bool is_better(const Candidate& a, const Candidate& b) {
+  const bool explains = a.signs.settled.explained();
+  if (explains != b.signs.settled.explained()) return explains;
+  if (!explains) return a.signs.settled.absolute < b.signs.settled.absolute;
+  if (a.gradient != b.gradient) return a.gradient > b.gradient;
+  return a.signs.jobs.size() < b.signs.jobs.size();
+}
+
+// With derived jobs the signs of the operations are not known: all that the group allows are tried,
+// as read and with signs of jobs turned.
 TurnedSigns search(const JobData& jobs) {
   Eigen::Matrix3Xd dipoles = analysis::job_dipoles(jobs.run);
   if (!analysis::needs_characters(jobs.run)) {
     return analysis::find_turned_signs(jobs.run, dipoles);
   }
-  TurnedSigns best;
-  bool first = true;
+  std::optional<Candidate> best;
   for (const analysis::Characters& characters : analysis::allowed_characters(jobs.run)) {
     analysis::derive_dipoles(jobs.run, characters, dipoles);
-    TurnedSigns signs = analysis::find_turned_signs(jobs.run, dipoles);
-    const bool fewer = signs.jobs.size() < best.jobs.size();
-    const bool explains = signs.settled.explained();
-    const bool better = explains != best.settled.explained()
-                            ? explains
-                            : (explains && signs.jobs.size() != best.jobs.size()
-                                   ? fewer
-                                   : signs.settled.absolute < best.settled.absolute);
-    if (first || better) best = std::move(signs);
-    first = false;
+    Candidate candidate{analysis::find_turned_signs(jobs.run, dipoles), 0.0};
+    Eigen::Matrix3Xd turned = dipoles;
+    analysis::turn_signs(jobs.run, candidate.signs.jobs, turned);
+    candidate.gradient = analysis::dipole_gradient(jobs.run, turned).norm();
+    if (!best || is_better(candidate, *best)) best = std::move(candidate);
   }
-  return best;
+  return best ? best->signs : TurnedSigns{};
 }
 
 void report_signs(const JobData& jobs, const TurnedSigns& signs, Report& report) {

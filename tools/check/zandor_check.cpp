@@ -1,13 +1,11 @@
 // zandor_check: says whether a job directory can be trusted, and which jobs to run again. Runs in
 // the job directory and takes the control file of zandor_gather.
-#include <algorithm>
 #include <set>
 
 #include "checks.hpp"
 #include "io/process.hpp"
 #include "options.hpp"
 #include "output.hpp"
-#include "projected_modes.hpp"
 
 const char* const io::program_name = "zandor_check";
 
@@ -15,46 +13,17 @@ namespace {
 
 using namespace check;
 
-struct NamedCheck {
-  const char* name;
-  Check* look;
-};
-
-constexpr NamedCheck checks[] = {
-    {"names", check_names},
-    {"files", check_files},
-    {"columns", check_columns},
-    {"header", check_header},
-    {"symbols", check_symbols},
-    {"masses", check_masses},
-    {"geometry", check_geometry},
-    {"input", check_input},
-    {"derived", check_derived},
-    {"duplicate", check_duplicate},
-    {"stationary", check_stationary},
-    {"asymmetry", check_asymmetry},
-    {"net-force", check_net_force},
-    {"dipole-sum", check_dipole_sum},
-    {"dipole-jump", check_dipole_jump},
-    {"frame", check_frame},
-    {"noise", check_noise},
-};
-
 struct Options {
   std::string control_file;
   std::vector<std::string> only;
   bool as_list = false;
   bool as_json = false;
   Thresholds limits;
-
-  bool wants(const std::string& name) const {
-    return only.empty() || std::find(only.begin(), only.end(), name) != only.end();
-  }
 };
 
 void add_options(CLI::App& app, Options& options) {
   std::set<std::string> names;
-  for (const NamedCheck& check : checks) names.insert(check.name);
+  for (const NamedCheck& check : all_checks()) names.insert(check.name);
   app.footer("Exit status: 0 nothing above a note, 1 errors or warnings, 2 could not check.");
   app.add_option("CONTROLFILE", options.control_file, "the control file of zandor_gather")
       ->required();
@@ -74,19 +43,6 @@ void add_options(CLI::App& app, Options& options) {
   }
 }
 
-Report look_at(JobData& jobs, const Options& options) {
-  if (options.wants("frame") || options.wants("noise")) {
-    jobs.has_modes = analyse_projected_modes(jobs);
-  }
-  Report report;
-  for (const NamedCheck& check : checks) {
-    report.check = check.name;
-    if (options.wants(check.name)) check.look(jobs, options.limits, report);
-  }
-  sort_findings(report);
-  return report;
-}
-
 int parse_and_check(int argc, char** argv) {
   CLI::App app("Says whether the job directory in which it runs can be trusted.", io::program_name);
   Options options;
@@ -94,7 +50,7 @@ int parse_and_check(int argc, char** argv) {
   if (!options::parse(app, argc, argv)) return 0;
   JobData jobs;
   read_job_data(options.control_file, jobs);
-  const Report report = look_at(jobs, options);
+  const Report report = run_checks(jobs, options.limits, options.only);
   if (options.as_json) {
     print_json(options.control_file, jobs, options.limits, report);
   } else if (options.as_list) {

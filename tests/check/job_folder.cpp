@@ -1,0 +1,106 @@
+#include "job_folder.hpp"
+
+#include <fstream>
+#include <iomanip>
+#include <sstream>
+
+namespace job_folder {
+
+namespace {
+
+std::size_t behind(const Lines& lines, const std::string& header, std::size_t captions) {
+  for (std::size_t k = 0; k < lines.size(); ++k) {
+    if (lines[k].find(header) != std::string::npos) return k + 1 + captions;
+  }
+  ADD_FAILURE() << "no line holds '" << header << "'";
+  return 0;
+}
+
+}  // namespace
+
+Lines read_lines(const std::string& name) {
+  std::ifstream file(name);
+  EXPECT_TRUE(file) << name;
+  Lines lines;
+  for (std::string line; std::getline(file, line);) lines.push_back(line);
+  return lines;
+}
+
+void write_lines(const std::string& name, const Lines& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  support::write_file(name, text);
+}
+
+std::size_t forces_at(const Lines& sign_file) {
+  return behind(sign_file, "Center Atomic Forces", 0);
+}
+std::size_t geometry_at(const Lines& sign_file) { return behind(sign_file, "Coordinates (Ang", 1); }
+std::size_t dipole_at(const Lines& sign_file) {
+  return behind(sign_file, "transition electric dipole", 0);
+}
+
+std::vector<double> forces_of(const std::string& name, int natom) {
+  const Lines lines = read_lines(name);
+  std::vector<double> forces;
+  for (int a = 0; a < natom; ++a) {
+    std::istringstream row(lines[forces_at(lines) + static_cast<std::size_t>(a)]);
+    std::string word;
+    double x = 0.0, y = 0.0, z = 0.0;
+    row >> word >> x >> y >> z;
+    forces.insert(forces.end(), {x, y, z});
+  }
+  return forces;
+}
+
+void set_forces(const std::string& name, const std::vector<double>& forces, int decimals) {
+  Lines lines = read_lines(name);
+  for (std::size_t a = 0; 3 * a < forces.size(); ++a) {
+    std::ostringstream row;
+    row << std::fixed << std::setprecision(decimals) << a + 1;
+    for (std::size_t k = 0; k < 3; ++k) row << " " << forces[3 * a + k];
+    lines[forces_at(lines) + a] = row.str();
+  }
+  write_lines(name, lines);
+}
+
+void turn_dipole(const std::string& name) {
+  Lines lines = read_lines(name);
+  std::istringstream row(lines[dipole_at(lines)]);
+  std::ostringstream turned;
+  for (std::string word; row >> word;) {
+    const bool number = word.find('.') != std::string::npos;
+    turned << " " << (!number ? word : word[0] == '-' ? word.substr(1) : "-" + word);
+  }
+  lines[dipole_at(lines)] = turned.str();
+  write_lines(name, lines);
+}
+
+void copy_here(const std::string& folder) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.is_regular_file()) {
+      std::filesystem::copy(entry, entry.path().filename(),
+                            std::filesystem::copy_options::overwrite_existing);
+    }
+  }
+}
+
+check::Report look(check::JobData& jobs, const std::vector<std::string>& only) {
+  check::read_job_data("control.inp", jobs);
+  return check::run_checks(jobs, {}, only);
+}
+
+check::Report look(const std::vector<std::string>& only) {
+  check::JobData jobs;
+  return look(jobs, only);
+}
+
+std::string lines_of(const check::Report& report, bool notes) {
+  std::string text;
+  for (const check::Finding& finding : report.findings) {
+    if (notes || finding.severity != check::Severity::note) text += check::line_of(finding) + "\n";
+  }
+  return text;
+}
+
+}  // namespace job_folder
