@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <numeric>
 
 #include "checks.hpp"
 #include "force_constants.hpp"
@@ -125,20 +126,22 @@ double even_part(const JobData& jobs, const Group& group) {
   return largest;
 }
 
-// The group that explains most. Of those that explain nearly as much, one whose two jobs differ
-// much more from the reference than steps in opposite directions do, else the smallest.
-const Group& suspect(const JobData& jobs, const std::vector<Group>& groups,
-                     const Columns& columns) {
-  constexpr double nearly = 0.9;
+// The group without which least is left. Of those that leave nearly as little, one whose two jobs
+// differ much more from the reference than steps in opposite directions do, else the smallest.
+const Group& suspect(const JobData& jobs, const std::vector<Group>& groups, const Columns& columns,
+                     const Thresholds& limits) {
+  constexpr double nearly = 1.5;
   constexpr double much_more = 4.0;
   const std::vector<double> squares = columns.squares();
-  std::vector<double> shares;
-  for (const Group& group : groups) shares.push_back(share_of(group, columns, squares));
-  const double largest = *std::max_element(shares.begin(), shares.end());
+  const double total = std::accumulate(squares.begin(), squares.end(), 0.0);
+  std::vector<double> rests;
+  for (const Group& group : groups) rests.push_back(total - share_of(group, columns, squares));
+  const double enough =
+      nearly * *std::min_element(rests.begin(), rests.end()) + limits.asymmetry * limits.asymmetry;
   const Group* best = nullptr;
   double best_even = 0.0;
   for (std::size_t k = 0; k < groups.size(); ++k) {
-    if (shares[k] < nearly * largest) continue;
+    if (rests[k] > enough) continue;
     const double even = even_part(jobs, groups[k]);
     const bool smaller = best != nullptr && groups[k].columns.size() < best->columns.size();
     if (best == nullptr || even > much_more * best_even ||
@@ -213,7 +216,7 @@ void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& repo
   const std::vector<Group> groups = group_jobs(jobs, raw);
   add_figures(columns, worst_element(columns, raw.columns), jobs.run.n3, report);
   while (columns.active().size() >= 2) {
-    const Group& group = suspect(jobs, groups, columns);
+    const Group& group = suspect(jobs, groups, columns, limits);
     const Element worst = worst_element(columns, group.columns);
     const double typical = median(columns.largest_by_column(columns.without(group.columns)));
     if (worst.i == 0 || !is_trouble(worst, typical, columns.allowed(worst.i, worst.j), limits)) {
