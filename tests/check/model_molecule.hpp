@@ -1,0 +1,32 @@
+// Synthetic molecules that are consistent in every respect: forces and transition dipoles follow
+// from functions of the distances, so that all sum rules hold at every geometry.
+#pragma once
+
+#include <Eigen/Dense>
+#include <string>
+#include <vector>
+
+namespace model_molecule {
+
+struct Model {
+  std::vector<std::string> symbols;
+  std::vector<int> numbers;
+  std::vector<double> masses;  // amu
+  Eigen::Matrix3Xd x;          // Angstrom, as printed; a minimum of the energy
+  Eigen::MatrixXd charges;     // of the pairs, for the dipole
+};
+
+// A molecule of 3 to 8 atoms at random places, the same for the same seed.
+Model random_model(unsigned seed);
+
+struct Printing {
+  double step = 0.005;  // Angstrom
+  int force_decimals = 10;
+  int dipole_decimals = 6;
+  int disp_sign = 1;
+};
+
+// Writes a job directory of it into the working folder, every job computed.
+void write_jobs(const Model& model, const Printing& printing);
+
+}  // namespace model_molecule
