@@ -209,8 +209,8 @@ void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& repo
   Columns columns(raw);
   const int missing = jobs.run.n3 - static_cast<int>(raw.columns.size());
   if (missing > 0) {
-    report.note({zandor::job_list_name},
-                "not looked at: " + counted(missing, "coordinate") + " without both jobs");
+    report.note({zandor::job_list_name}, "not looked at: " + counted(missing, "coordinate") +
+                                             " without two jobs that can be used");
   }
   if (raw.columns.size() < 2) return;
   const std::vector<Group> groups = group_jobs(jobs, raw);

@@ -146,7 +146,7 @@ void check_geometry(const JobData& jobs, const Thresholds& limits, Report& repor
   }
   const std::vector<Displacement> all = displacements(jobs, limits.geometry);
   int computed = 0;
-  for (int i = 1; i <= jobs.run.n6; ++i) computed += jobs.job(i).is_calc ? 1 : 0;
+  for (int i = 1; i <= jobs.run.n6; ++i) computed += jobs.job(i).is_calc && jobs.usable(i) ? 1 : 0;
   report.figure("displaced geometries", static_cast<double>(all.size()));
   const bool repeated = report_repeated_block(jobs, all, report);
   if (static_cast<int>(all.size()) < computed && !repeated) {

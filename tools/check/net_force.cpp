@@ -159,7 +159,7 @@ void check_net_force(const JobData& jobs, const Thresholds& limits, Report& repo
                 *std::max_element(torques.begin(), torques.end()));
   report.figure("net force of each coordinate (Hartree/Bohr**2)", std::move(forces));
   report.figure("net torque of each coordinate (Hartree/Bohr**2)", std::move(torques));
-  if (2 * count > looked_at) {
+  if (2 * count >= looked_at) {
     report_general_excess(jobs, worst, count, report);
   } else {
     report_excesses(jobs, by_jobs, report);

@@ -25,7 +25,7 @@ void check_noise(const JobData& jobs, const Thresholds& limits, Report& report) 
   report.figure("projected frequencies below it", below);
   if (below <= rigid) return;
   report.note({zandor::job_list_name},
-              counted(below, "projected frequency") + " below " + rounded(floor) +
+              std::to_string(below) + " projected frequencies below " + rounded(floor) +
                   " cm-1, the noise of the eigenvalues, where " + std::to_string(rigid) +
                   " rigid motions are expected: the others mean nothing");
 }

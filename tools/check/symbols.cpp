@@ -50,18 +50,27 @@ void compare_list_with_itself(const JobData& jobs, Report& report) {
   }
 }
 
+// The atom of a sign file; what it leaves out is that of the list.
+Atom of_sign_file(const JobData& jobs, int i, std::size_t a) {
+  const Atoms& atoms = *jobs.sign_file(i).geometry;
+  const Atom listed = of_list(jobs, a);
+  const std::string_view symbol = io::trimmed(atoms.symbols[a]);
+  return {symbol.empty() ? listed.symbol : symbol,
+          atoms.numbers[a] == 0 ? listed.number : atoms.numbers[a]};
+}
+
+// The reference's sign file is compared with the list, the others with it.
 void compare_sign_file(const JobData& jobs, int i, Report& report) {
   const SignFile& file = jobs.sign_file(i);
   if (!file.geometry) return;
+  const bool with_list = i == 0 || !jobs.has_geometry();
   for (std::size_t a = 0; a < file.geometry->numbers.size(); ++a) {
-    Atom found{io::trimmed(file.geometry->symbols[a]), file.geometry->numbers[a]};
-    const Atom listed = of_list(jobs, a);
-    if (found.symbol.empty()) found.symbol = listed.symbol;
-    if (found.number == 0) found.number = listed.number;
-    if (same(found, listed)) continue;
+    const Atom found = of_sign_file(jobs, i, a);
+    const Atom expected = with_list ? of_list(jobs, a) : of_sign_file(jobs, 0, a);
+    if (same(found, expected)) continue;
     report.add(Severity::warning, {jobs.job(i).sgn_name.content(), file.geometry_line},
                "atom " + std::to_string(a + 1) + " is " + text(found) + ", in " +
-                   zandor::job_list_name + " " + text(listed),
+                   (with_list ? zandor::job_list_name : "the reference's") + " " + text(expected),
                i);
     return;
   }

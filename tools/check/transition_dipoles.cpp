@@ -106,8 +106,7 @@ std::vector<Jump> jumps_of(const JobData& jobs, const Eigen::Matrix3Xd& dipoles)
 double median_jump(const std::vector<Jump>& jumps, double rounding) {
   std::vector<double> sizes;
   for (const Jump& jump : jumps) {
-    const double size = std::min(jump.as_read, jump.turned);
-    if (size > rounding) sizes.push_back(size);
+    if (jump.as_read > rounding) sizes.push_back(jump.as_read);
   }
   if (sizes.empty()) return 0.0;
   const auto middle = sizes.begin() + static_cast<long>(sizes.size() / 2);

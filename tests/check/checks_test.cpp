@@ -1,0 +1,231 @@
+// Every check on a real directory with one thing changed.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "job_folder.hpp"
+
+namespace {
+
+using namespace job_folder;
+using support::edit_file;
+
+constexpr const char* formaldehyde = "/examples/formaldehyde-s1";
+constexpr const char* derived = "/examples/formaldehyde-s1-c2v";
+constexpr const char* job = "coord-ch2o-s1-01px.sgn";
+constexpr const char* reference = "coord-ch2o-s1-ref.sgn";
+constexpr const char* input = "coord-ch2o-s1-ref.com";
+constexpr const char* oniom = " Entering Gaussian System\n # oniom(td:uff)\n";
+
+// What the check says of the changed directory: a part of its lines, or nothing at all.
+struct Row {
+  const char* check;
+  std::function<void()> change;
+  const char* says;
+  const char* folder = formaldehyde;
+};
+
+void edit(const char* file, const char* from, const char* to) { edit_file(file, from, to); }
+
+void edit_all(const std::function<void(const std::string&)>& change) {
+  for (const auto& entry : std::filesystem::directory_iterator(".")) {
+    const std::string name = entry.path().filename();
+    if (name.ends_with(".sgn") && name != reference) change(name);
+  }
+}
+
+void drop_forces_of_reference() { edit(reference, "Center Atomic Forces", "No forces"); }
+
+// Takes the coordinates of the input for others.
+void write_input(const std::function<std::string(double x, double y, double z)>& row) {
+  Lines lines = read_lines(input);
+  for (std::size_t k = lines.size() - 5; k < lines.size() - 1; ++k) {
+    std::istringstream items(lines[k]);
+    std::string symbol;
+    double x = 0.0, y = 0.0, z = 0.0;
+    items >> symbol >> x >> y >> z;
+    lines[k] = symbol + " " + row(x, y, z);
+  }
+  write_lines(input, lines);
+}
+std::string numbers(double x, double y, double z) {
+  return std::to_string(x) + " " + std::to_string(y) + " " + std::to_string(z);
+}
+
+void swap_lines(const char* file, std::size_t (*block)(const Lines&)) {
+  Lines lines = read_lines(file);
+  const std::size_t at = block == nullptr ? lines.size() - 5 : block(lines);
+  std::swap(lines[at + 2], lines[at + 3]);
+  write_lines(file, lines);
+}
+
+void scale_forces(const std::string& name, double factor) {
+  std::vector<double> forces = forces_of(name, 4);
+  for (double& force : forces) force *= factor;
+  set_forces(name, forces);
+}
+
+void push_first_atom() {
+  std::vector<double> forces = forces_of(job, 4);
+  forces[0] += 1e-4;
+  set_forces(job, forces);
+}
+
+const Row rows[] = {
+    {"names", [] { edit("files.out", "ch2o-s1-02px", "ch2o-s1-01px"); },
+     "files.out:44: error: job 8 (atom 2 (O) x+) reads the same sign file as job 2"},
+    {"names", [] { edit("files.out", "     5   ch2o", "     6   ch2o"); },
+     "files.out:41: error: expected job 5, found the number 6"},
+    {"files", [] { scale_forces(job, 0.0); },
+     "coord-ch2o-s1-01px.sgn: error: all forces of job 2 (atom 1 (C) x+) are exactly zero"},
+    {"files", [] { edit(job, "0.0003379346", "NaN"); },
+     "coord-ch2o-s1-01px.sgn:33: error: expected the force on atom 1"},
+    {"files", [] { edit(reference, "tden_maxval", "largest"); },
+     "coord-ch2o-s1-ref.sgn: error: no line holds 'tden_maxval'"},
+    {"files", [] { edit("control.inp", "0.005", "0.01"); }, "files.out:3: warning: the step is"},
+    {"files", [] { std::filesystem::remove(input); }, "coord-ch2o-s1-ref.com: error: "},
+    {"columns", [] { edit(job, "1      0.00033", "1  6   0.00033"); },
+     "01px.sgn:33: warning: the force of atom 1: more items than the 4 that are read, the first of "
+     "them '0.0000077188'"},
+    {"columns", [] { swap_lines(job, forces_at); },
+     "01px.sgn:35: warning: the force of atom 3: the line is numbered '4', but atoms are read in "
+     "the order of the lines (and 1 more line of the block)"},
+    {"columns", [] { edit(input, " C  ", " C 0"); },
+     "ref.com:8: warning: the coordinates of atom 1"},
+    {"columns",
+     [] {
+       write_input([](double x, double y, double z) { return numbers(x, y, z) + " H"; });
+       support::write_file("coord-ch2o-s1-ref.log", oniom);
+     },
+     ""},
+    {"header", [] { edit(job, "nmo            =         32", "nmo = 31"); },
+     "01px.sgn:8: warning: nmo is 31, in the reference 32"},
+    {"header", [] { edit(job, "18      7", "18 6"); },
+     "tden_maxloc is 18 6, in the reference 18 7"},
+    {"header", [] { edit(job, "0.3075126970", "-0.3075"); }, "the sign of the state has turned"},
+    {"header", [] { edit(job, "0.3075126970", "0.24"); }, "the state has changed"},
+    {"symbols", [] { edit("files.out", "2   O        8", "2   O        7"); },
+     "files.out:30: warning: atom 2 is 'O' 7, but the number of that symbol is 8"},
+    {"symbols", [] { edit(input, " O ", " S "); }, "ref.com:9: warning: atom 2 is 'S'"},
+    {"symbols", [] { edit(input, " O ", " 8 "); }, ""},
+    {"masses", [] { edit(reference, "15.994910", "15.9"); },
+     "ref.sgn:22: note: atom 2 has the mass 15.9 amu; the nearest isotope of atomic number 8 has "
+     "15.994915"},
+    {"geometry", [] { edit(job, "0.00500000      0.0000", "0.00000000      0.0050"); },
+     "01px.sgn:22: error: moved atom 1 (C) y by 0.005 Angstrom where atom 1 (C) x should have "
+     "moved "
+     "by 0.005 Angstrom: it would fit job 4 (atom 1 (C) y+)"},
+    {"geometry", [] { edit(job, "0.00500000", "0.00000000"); }, "error: holds the reference geom"},
+    {"geometry", [] { edit("control.inp", "disp_sign = 1", "disp_sign = -1"); },
+     "files.out:37: error: every job holds the step of the other sign"},
+    {"geometry",
+     [] {
+       edit_all([](const std::string& name) {
+         Lines lines = read_lines(name);
+         const Lines good = read_lines(reference);
+         std::copy_n(good.begin() + static_cast<long>(geometry_at(good)), 4,
+                     lines.begin() + static_cast<long>(geometry_at(lines)));
+         write_lines(name, lines);
+       });
+     },
+     "files.out: note: not looked at: every displaced sign file repeats the reference geometry"},
+    {"input",
+     [] { write_input([](double x, double y, double z) { return numbers(x, y, z + 1); }); },
+     "warning: the geometry is shifted by 0, 0, 1 Angstrom"},
+    {"input", [] { write_input([](double x, double y, double z) { return numbers(z, x, y); }); },
+     "warning: the geometry is turned by 120 degrees"},
+    {"input", [] { swap_lines(input, nullptr); },
+     "in another order: atom 3 stands at the place of atom 4"},
+    {"input", [] { edit(input, "0.71205659", "0.76205659"); },
+     "ref.com:9: warning: the geometry is another geometry: atom 2 is 0.05 Angstrom away"},
+    {"derived", [] { edit("files.out", "-1.0000000000    0.0", "-1.0000000000    0.5"); },
+     "error: operation 2 of job 1 (atom 1 (C) x-) and 8 more jobs is not orthogonal", derived},
+    {"derived",
+     [] {
+       edit("files.out", "3   H        1       3    4    4", "3   H        1       3    3    4");
+     },
+     "has in the atom table an image of atom 4 that is of another element or taken twice", derived},
+    {"derived", [] { edit("files.out", "        2        2", "        0        2"); },
+     "files.out:37: error: the forces of job 1 are zero: its source, job 0", derived},
+    {"duplicate", [] { set_forces(job, forces_of("coord-ch2o-s1-02px.sgn", 4)); },
+     "01px.sgn: error: the forces of job 2 (atom 1 (C) x+) are those of job 8 (atom 2 (O) x+), "
+     "digit for digit (coord-ch2o-s1-02px.sgn) [duplicate]"},
+    {"stationary", [] { edit(reference, "0.0000000784", "0.0002"); },
+     "ref.sgn: note: the reference is not a stationary point: the force on atom 1 (C) z is 0.0002"},
+    {"stationary", drop_forces_of_reference, "note: not looked at"},
+    {"asymmetry",
+     [] {
+       drop_forces_of_reference();
+       scale_forces(job, 0.5);
+     },
+     "01mx.sgn: warning: the forces do not fit those of the other jobs: h(i,j) - h(j,i) is 0.003"},
+    {"net-force", push_first_atom, "01px.sgn: warning: net force in the column of atom 1 (C) x"},
+    {"net-force",
+     [] {
+       push_first_atom();
+       support::write_file("coord-ch2o-s1-ref.log", oniom);
+     },
+     "01px.sgn: note: net force in the column of atom 1 (C) x"},
+    {"net-force", [] { edit_all([](const std::string& n) { swap_lines(n.c_str(), forces_at); }); },
+     "files.out: warning: 6 coordinates with a net torque"},
+    {"dipole-sum", [] { std::filesystem::remove(job); },
+     "files.out: note: not looked at: 1 job without a dipole"},
+    {"dipole-jump", [] { edit(job, "0.00264     0.0", "0.00264     0.5"); },
+     "01px.sgn: warning: the transition dipole jumps by 0.5 au between the two jobs of atom 1 (C) "
+     "x"},
+    {"frame",
+     [] {
+       write_input([](double x, double y, double z) {
+         return numbers(x, 0.8 * y + 0.6 * z, 0.8 * z - 0.6 * y);
+       });
+     },
+     "ref.com: note: the axes are 36.87 degrees off the principal axes"},
+};
+
+TEST(Checks, say_what_was_changed) {
+  for (const Row& row : rows) {
+    const support::TempFolder temp;
+    copy_here(PROJECT_FOLDER + std::string(row.folder));
+    row.change();
+    const std::string said = lines_of(look({row.check}), true);
+    EXPECT_NE(said.find(row.says), std::string::npos) << row.check << " said:\n" << said;
+    EXPECT_EQ(said.empty(), *row.says == '\0') << row.check << " said:\n" << said;
+  }
+}
+
+TEST(Checks, note_frequencies_within_the_noise) {
+  const support::TempFolder temp;
+  copy_here(PROJECT_FOLDER + std::string(formaldehyde));
+  check::JobData jobs;
+  EXPECT_EQ(lines_of(look(jobs, {"noise"}), true), "");
+  double* const vibration = std::max_element(jobs.run.evalp.data(), jobs.run.evalp.data() + 12);
+  *vibration = 1e-10;
+  check::Report report;
+  check::check_noise(jobs, {}, report);
+  EXPECT_NE(lines_of(report, true).find("7 projected frequencies below 4.604 cm-1"),
+            std::string::npos);
+}
+
+TEST(Checks, read_headers_and_rows_in_every_spelling) {
+  const support::TempFolder temp;
+  copy_here(PROJECT_FOLDER "/tests/zandor/cases/triatomic-formats");
+  check::JobData jobs;
+  look(jobs, {"columns"});
+  for (int i = 0; i <= jobs.run.n6; ++i) {
+    const check::SignFile& file = jobs.sign_file(i);
+    for (std::size_t k = 0; k < 7; ++k) {
+      EXPECT_EQ(file.header.sizes[k], (std::array{3, 27, 12, 15, 3, 1, 0}[k])) << i << " " << k;
+    }
+    EXPECT_EQ(file.header.tden_maxloc, (std::array{12, 2})) << i;
+    EXPECT_EQ(file.header.tden_maxval, 0.72) << i;
+    if (!file.geometry) continue;
+    EXPECT_EQ(file.geometry->numbers, (std::vector{6, 1, 1})) << i;
+    EXPECT_EQ(file.geometry->x[3], -0.849242921) << i;
+  }
+  EXPECT_EQ(jobs.sign_file(0).forces[8], -0.0003166377);
+  EXPECT_EQ(jobs.list_jobs[4], 4);
+  EXPECT_EQ(jobs.list_jobs[2], std::nullopt);
+}
+
+}  // namespace

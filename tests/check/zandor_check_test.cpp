@@ -1,0 +1,88 @@
+// The program zandor_check as a user runs it.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "job_folder.hpp"
+
+namespace {
+
+class ZandorCheck : public testing::Test {
+ protected:
+  ZandorCheck() {
+    job_folder::copy_here(PROJECT_FOLDER "/examples/formaldehyde-s1");
+    std::filesystem::remove("coord-ch2o-s1-03mx.sgn");
+    job_folder::turn_dipole("coord-ch2o-s1-01px.sgn");
+  }
+  static support::Outcome run(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), ZANDOR_CHECK);
+    arguments.push_back("control.inp");
+    return support::run(arguments);
+  }
+  support::TempFolder folder_;
+};
+
+TEST_F(ZandorCheck, prints_findings_and_a_summary) {
+  const support::Outcome outcome = run({});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(
+      outcome.out,
+      "files.out: note: not looked at: 1 coordinate without two jobs that can be used [asymmetry]\n"
+      "files.out: note: not looked at: 1 job without a dipole, and the sums need all [dipole-sum]\n"
+      "coord-ch2o-s1-ref.com: note: not looked at: the projection needs the input, the masses and "
+      "all jobs [frame]\n"
+      "coord-ch2o-s1-ref.com: note: not looked at: the projection needs the input, the masses and "
+      "all jobs [noise]\n"
+      "coord-ch2o-s1-03mx.sgn: error: expected a file that can be read, found: No such file or "
+      "directory [files]\n"
+      "24 jobs read, 1 error, 0 warnings; worst asymmetry 2.862e-05 Hartree/Bohr**2, sum-rule "
+      "residual not known\n");
+  EXPECT_EQ(run({"--list"}).out, "ch2o-s1-03mx\n");
+  EXPECT_EQ(run({"--only", "asymmetry,names"}).status, 0);
+}
+
+TEST_F(ZandorCheck, prints_everything_as_json) {
+  std::filesystem::copy_file(PROJECT_FOLDER "/examples/formaldehyde-s1/coord-ch2o-s1-03mx.sgn",
+                             "coord-ch2o-s1-03mx.sgn");
+  const support::Outcome outcome = run({"--json", "--asymmetry", "1e-5", "--asymmetry-ratio=9"});
+  EXPECT_EQ(outcome.status, 1);
+  const auto document = nlohmann::json::parse(outcome.out);
+  const auto& summary = document["summary"];
+  EXPECT_EQ(summary["jobs_read"], 25);
+  EXPECT_NEAR(summary["worst_asymmetry"].get<double>(), 2.862e-5, 1e-8);
+  EXPECT_NEAR(summary["sum_rule_residual"].get<double>(), 0.28, 0.01);
+  bool turned = false;
+  for (const auto& finding : document["findings"]) {
+    turned |= finding["check"] == "dipole-sum" && finding["name"] == "ch2o-s1-01px" &&
+              finding["rerun"].empty();
+  }
+  EXPECT_TRUE(turned) << outcome.out;
+  EXPECT_FALSE(document["rerun"].empty()) << "columns above 1e-5";
+  for (const auto& threshold : document["thresholds"]) {
+    EXPECT_TRUE(threshold["name"] != "asymmetry" || threshold["value"] == 1e-5);
+  }
+  for (const auto& figure : document["figures"]) {
+    if (figure["name"] == "net force of each coordinate (Hartree/Bohr**2)") {
+      EXPECT_EQ(figure["value"].size(), 12U);
+    }
+  }
+}
+
+TEST_F(ZandorCheck, says_why_it_cannot_check) {
+  const auto fails = [](const std::vector<std::string>& arguments, const char* says) {
+    const support::Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_NE(outcome.err.find(says), std::string::npos) << outcome.err;
+  };
+  fails({"--only", "everything"}, "zandor_check: --only: everything not in {");
+  fails({"--json", "--list"}, "excludes");
+  fails({"--frame", "-1"}, "--frame");
+  support::edit_file("files.out", "Begin_zand_info", "Begin");
+  fails({}, "zandor_check: files.out: no line holds 'Begin_zand_info'");
+  std::filesystem::remove("control.inp");
+  fails({}, "zandor_check: control.inp: expected a file that can be read");
+}
+
+}  // namespace
