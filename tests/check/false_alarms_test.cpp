@@ -11,9 +11,8 @@ namespace {
 using namespace job_folder;
 
 TEST(FalseAlarms, none_on_real_directories_with_rounded_forces) {
-  for (const char* const folder :
-       {"/examples/formaldehyde-s1", "/examples/formaldehyde-s1-c2v",
-        "/tests/check/cases/ammonia-s1-c3v", "/tests/check/cases/water-s1"}) {
+  for (const char* const folder : {"/examples/formaldehyde-s1", "/examples/formaldehyde-s1-c2v",
+                                   "/examples/ammonia-s1-c3v", "/tests/check/cases/water-s1"}) {
     const support::TempFolder temp;
     copy_here(PROJECT_FOLDER + std::string(folder));
     check::JobData jobs;

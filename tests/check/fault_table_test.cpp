@@ -233,7 +233,7 @@ TEST_F(FaultTable, on_formaldehyde_with_derived_jobs) {
 }
 
 TEST_F(FaultTable, on_ammonia_with_a_threefold_axis) {
-  open(PROJECT_FOLDER "/tests/check/cases/ammonia-s1-c3v");
+  open(PROJECT_FOLDER "/examples/ammonia-s1-c3v");
   Lines lines = read_lines("files.out");
   for (const int k : {2, 4, 5, 6}) {
     // The next rotation or mirror plane is another element of the group.

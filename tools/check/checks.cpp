@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "io/process.hpp"
 #include "projected_modes.hpp"
 
 namespace check {
@@ -41,7 +42,10 @@ Report run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std
   Report report;
   for (const NamedCheck& check : list) {
     report.check = check.name;
-    if (wanted(check.name)) check.look(jobs, limits, report);
+    if (!wanted(check.name)) continue;
+    if (const auto stop = io::collect([&] { check.look(jobs, limits, report); })) {
+      report.note({stop->file, stop->line}, "not looked at: " + stop->message);
+    }
   }
   std::stable_sort(report.findings.begin(), report.findings.end(),
                    [](const Finding& a, const Finding& b) { return a.job < b.job; });

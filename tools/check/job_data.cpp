@@ -82,6 +82,15 @@ void read_control_and_list(const std::string& control_file, JobData& jobs) {
   for (int i = 0; i <= run.n6; ++i) jobs.sources.push_back(analysis::computed_source(run, i));
 }
 
+// Adds faults of files that have none yet: the phase stops at its first one.
+void add_faults_of_other_files(const std::vector<Fault>& more, std::vector<Fault>& faults) {
+  for (const Fault& fault : more) {
+    const bool is_known = std::any_of(faults.begin(), faults.end(),
+                                      [&](const Fault& f) { return f.file == fault.file; });
+    if (!is_known) faults.push_back(fault);
+  }
+}
+
 // The reference's numbers as far as its files hold them, whatever the phase has stopped at.
 void complete_reference(JobData& jobs) {
   zandor::RunData& run = jobs.run;
@@ -99,26 +108,32 @@ void complete_reference(JobData& jobs) {
   if (file.has_dipole) run.dipole0 = file.dipole;
 }
 
+void read_input(JobData& jobs) {
+  ReferenceInput input;
+  const auto faults =
+      faults_of([&] { read_reference_input(jobs.run.com_name.content(), jobs.run.natom, input); });
+  add_faults_of_other_files(faults, jobs.reference_faults);
+  if (!faults.empty()) return;
+  jobs.input_x = {"geometry of the input", {3, jobs.run.natom}};
+  for (std::size_t k = 0; k < input.atoms.x.size(); ++k) {
+    jobs.input_x.data()[k] = input.atoms.x[k] / flib::angstrom_per_bohr;
+  }
+  jobs.input = std::move(input);
+}
+
 void read_reference_files(JobData& jobs) {
   zandor::RunData& run = jobs.run;
   const zandor::Job& reference = run.jobs[0];
   jobs.reference_faults = faults_of([&] { zandor::read_reference(run); }, jobs.job_warnings[0]);
-  faults_of([&] {
+  const auto of_output = faults_of([&] {
     int info = 0;
     flib::qm_file_ifoniom(reference.log_name.padded(), jobs.layered, info);
   });
-  ReferenceInput input;
-  const auto faults =
-      faults_of([&] { read_reference_input(run.com_name.content(), run.natom, input); });
-  if (faults.empty()) {
-    jobs.input_x = {"geometry of the input", {3, run.natom}};
-    for (std::size_t k = 0; k < input.atoms.x.size(); ++k) {
-      jobs.input_x.data()[k] = input.atoms.x[k] / flib::angstrom_per_bohr;
-    }
-    jobs.input = std::move(input);
-  }
-  faults_of(
+  const auto of_sign_file = faults_of(
       [&] { read_sign_file(reference.sgn_name.content(), run.natom, true, jobs.sign_files[0]); });
+  add_faults_of_other_files(of_sign_file, jobs.reference_faults);
+  add_faults_of_other_files(of_output, jobs.reference_faults);
+  read_input(jobs);
   complete_reference(jobs);
 }
 

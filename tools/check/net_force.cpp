@@ -58,7 +58,10 @@ Sums usual_sums(const std::map<int, Sums>& all) {
   Sums usual = Sums::Zero();
   for (int k = 0; k < 6; ++k) {
     std::vector<double> values;
-    for (const auto& [job, sums] : all) values.push_back(sums(k));
+    for (const auto& [job, sums] : all) {
+      if (std::isfinite(sums(k))) values.push_back(sums(k));
+    }
+    if (values.empty()) continue;
     const auto middle = values.begin() + static_cast<long>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     usual(k) = *middle;

@@ -6,8 +6,7 @@
 namespace check {
 
 // Fills hess, mhessp, evalp and cp of the run as the analysis does, in the geometry of the input.
-// False, and nothing is done, where a job, the masses or the input are missing. An eigenvalue that
-// does not converge is a fatal stop.
+// False where a job, the masses or the input are missing, or an eigenvalue does not converge.
 bool analyse_projected_modes(JobData& jobs);
 
 // Signed frequency in cm-1 of an eigenvalue.

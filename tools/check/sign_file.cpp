@@ -121,6 +121,8 @@ void read_geometry(int natom, SignFile& file) {
   Atoms atoms;
   const auto count = static_cast<std::size_t>(natom);
   atoms.symbols.reserve(count);
+  atoms.numbers.reserve(count);
+  atoms.masses.reserve(count);
   atoms.x.reserve(3 * count);
   Row row;
   row.wanted = 7;

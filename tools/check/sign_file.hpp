@@ -30,7 +30,7 @@ struct Atoms {
   std::vector<int> numbers;
   std::vector<double> masses;
   std::vector<double> x;
-  std::vector<long long> lines;
+  std::vector<long long> lines;  // of an input only
 };
 
 // Lines of one block that look alike: the first of them, how many, and what was found there.

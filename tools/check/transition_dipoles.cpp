@@ -6,7 +6,6 @@
 #include "characters.hpp"
 #include "checks.hpp"
 #include "dipoles.hpp"
-#include "io/process.hpp"
 #include "turned_signs.hpp"
 
 namespace check {
@@ -130,11 +129,7 @@ void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Report& rep
     report.note({zandor::job_list_name}, "not looked at: " + why);
     return;
   }
-  TurnedSigns signs;
-  if (const auto stop = io::collect([&] { signs = search(jobs); })) {
-    report.note({zandor::job_list_name}, "not looked at: " + stop->message);
-    return;
-  }
+  const TurnedSigns signs = search(jobs);
   const analysis::SumRuleResidual& residual = signs.as_read;
   report.figure("residual (atomic units)", residual.absolute);
   report.figure("residual over its terms (1)", residual.relative);
@@ -148,7 +143,7 @@ void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Report& rep
 void check_dipole_jump(const JobData& jobs, const Thresholds& limits, Report& report) {
   const Eigen::Matrix3Xd dipoles = analysis::job_dipoles(jobs.run);
   const std::vector<Jump> jumps = jumps_of(jobs, dipoles);
-  const double rounding = 4.0 * analysis::print_rounding(jobs.run).maxCoeff();
+  const double rounding = 4.0 * analysis::print_rounding(jobs.run).minCoeff();
   const double typical = median_jump(jumps, rounding);
   std::vector<double> sizes(static_cast<std::size_t>(jobs.run.n3), 0.0);
   for (const Jump& jump : jumps) {
