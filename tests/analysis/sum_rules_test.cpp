@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "analysis/model.hpp"
@@ -15,60 +17,40 @@ TEST(sum_rules, are_met_by_an_exact_model_whatever_the_labels) {
   for (const int disp_sign : {1, -1}) {
     zandor::RunData run = model::run_of(model::general(), disp_sign);
     const Eigen::Matrix3Xd dipoles = analysis::job_dipoles(run);
-    const analysis::SumRuleResidual residual = analysis::sum_rule_residual(run, dipoles);
-    EXPECT_LT(residual.absolute, 1e-12);
-    EXPECT_LT(residual.relative, 1e-12);
+    EXPECT_LT(analysis::sum_rule_residual(run, dipoles).absolute, 1e-12);
     EXPECT_TRUE(analysis::find_turned_signs(run, dipoles).fine_as_read());
     run.disp_sign = -disp_sign;
     EXPECT_GT(analysis::sum_rule_residual(run, dipoles).relative, 0.1) << "labels the wrong way";
   }
 }
 
-TEST(sum_rules, tell_shifts_from_turns_and_know_print_rounding) {
+TEST(sum_rules, are_missed_by_print_rounding_no_more_than_it_may) {
   zandor::RunData run = model::run_of(model::general());
-  Eigen::Matrix3Xd dipoles = analysis::job_dipoles(run);
-  dipoles(2, 2) += 0.02;  // one derivative is wrong by 1: dmu_z/dx of atom 1
-  const analysis::SumRuleResidual residual = analysis::sum_rule_residual(run, dipoles);
-  EXPECT_NEAR(residual.translation, 1.0, 1e-12);
-  const Eigen::Vector3d from_centre =
-      model::general().x.col(0) - model::general().x.rowwise().mean();
-  EXPECT_NEAR(residual.rotation, from_centre.tail<2>().norm(), 1e-12);
-  EXPECT_NEAR(residual.absolute, std::hypot(residual.translation, residual.rotation), 1e-12);
-
   // Five decimals: whatever the digits, no condition is missed by more than its bound.
-  for (double* d = run.tdip.data(); d < run.tdip.data() + run.tdip.size(); ++d) {
-    *d = std::round(*d * 1e5) / 1e5;
-  }
   for (double& d : run.dipole0) d = std::round(d * 1e5) / 1e5;
+  std::for_each_n(run.tdip.data(), run.tdip.size(),
+                  [](double& d) { d = std::round(d * 1e5) / 1e5; });
   const auto rounded = analysis::sum_rule_residual(run, analysis::job_dipoles(run));
   EXPECT_GT(rounded.worst_ratio, 1e-3);
   EXPECT_LE(rounded.worst_ratio, 1.0);
-  EXPECT_TRUE(rounded.explained());
 }
 
 TEST(print_rounding, is_half_a_last_digit) {
-  zandor::RunData run = model::run_of(model::line());
-  const auto rounding_with = [&](double first, double second) {
+  // Two dipoles and what printing may have done to them: nothing printed, five decimals, whole
+  // numbers, five significant digits.
+  for (const auto& [first, second, of_first, of_second] :
+       std::vector<std::array<double, 4>>{{0.0, 0.0, 0.0, 0.0},
+                                          {-1.50003, 0.00012, 5e-6, 5e-6},
+                                          {12.0, 7.0, 0.5, 0.5},
+                                          {1.2345e-1, 1.2345e-4, 5e-6, 5e-9}}) {
+    zandor::RunData run = model::run_of(model::line());
     std::fill_n(run.tdip.data(), run.tdip.size(), 0.0);
     run.dipole0 = {};
     run.tdip(1, 1) = first;
     run.tdip(3, 2) = second;
     const Eigen::VectorXd rounding = analysis::print_rounding(run);
-    return std::pair(rounding(1), rounding(2));
-  };
-  const struct {
-    double first, second, of_first, of_second;
-    const char* what;
-  } cases[] = {
-      {0.0, 0.0, 0.0, 0.0, "nothing printed"},
-      {-1.50003, 0.00012, 5e-6, 5e-6, "five decimals"},
-      {12.0, 7.0, 0.5, 0.5, "whole numbers"},
-      {1.2345e-1, 1.2345e-4, 5e-6, 5e-9, "five significant digits"},
-  };
-  for (const auto& expected : cases) {
-    const auto [of_first, of_second] = rounding_with(expected.first, expected.second);
-    EXPECT_DOUBLE_EQ(of_first, expected.of_first) << expected.what;
-    EXPECT_DOUBLE_EQ(of_second, expected.of_second) << expected.what;
+    EXPECT_DOUBLE_EQ(rounding(1), of_first) << first;
+    EXPECT_DOUBLE_EQ(rounding(2), of_second) << second;
   }
 }
 
@@ -104,17 +86,14 @@ TEST(turned_signs, are_named_in_a_dark_state) {
   EXPECT_EQ(found_again(run, {1, 10}).jobs, (std::vector<int>{1, 10}));
 }
 
-TEST(turned_signs, are_not_certain_where_others_do_as_well) {
+TEST(turned_signs, do_not_explain_everything) {
   // Two atoms of opposite charge side by side: without both contributions the sums are zero, too.
-  const analysis::TurnedSigns signs = found_again(model::run_of(model::dark_square()), {7});
-  EXPECT_TRUE(signs.found());
-  EXPECT_FALSE(signs.certain());
-}
-
-TEST(turned_signs, do_not_explain_another_state) {
+  const analysis::TurnedSigns doubtful = found_again(model::run_of(model::dark_square()), {7});
+  EXPECT_TRUE(doubtful.found());
+  EXPECT_FALSE(doubtful.certain());
   const zandor::RunData run = model::run_of(model::general());
   Eigen::Matrix3Xd dipoles = analysis::job_dipoles(run);
-  dipoles.col(7) = Eigen::Vector3d(0.3, 0.1, -0.2);
+  dipoles.col(7) = Eigen::Vector3d(0.3, 0.1, -0.2);  // another state
   const analysis::TurnedSigns signs = analysis::find_turned_signs(run, dipoles);
   EXPECT_FALSE(signs.fine_as_read());
   EXPECT_FALSE(signs.found());

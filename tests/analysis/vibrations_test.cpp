@@ -26,44 +26,30 @@ Found analyse(const model::Molecule& molecule, int disp_sign = 1) {
   return {vibrations.frequency, terms.dmu_dq.colwise().norm().transpose()};
 }
 
-Eigen::Matrix3d about(double angle, const Eigen::Vector3d& axis) {
-  return Eigen::AngleAxisd(angle, axis).toRotationMatrix();
+Eigen::Matrix3d turn() {
+  return Eigen::AngleAxisd(0.7, Eigen::Vector3d(1, -2, 0.5).normalized()).toRotationMatrix();
 }
 
-Eigen::Matrix3d turn() { return about(0.7, Eigen::Vector3d(1, -2, 0.5).normalized()); }
-
-TEST(vibrations, of_a_turned_shifted_permuted_molecule_are_the_same) {
+TEST(vibrations, follow_the_molecule_through_turns_shifts_permutations_and_masses) {
   const model::Molecule molecule = model::general();
   const Found expected = analyse(molecule);
-  ASSERT_EQ(expected.frequency.size(), 9);
   EXPECT_GT(expected.frequency(0) * flib::wavenumbers_per_au, 100.0);
   EXPECT_GT(expected.dmu_dq.minCoeff(), 1e-4);
-  std::vector<std::pair<const char*, model::Molecule>> same(3, {"", molecule});
-  same[0].first = "turned";
-  same[0].second.x = turn() * molecule.x;
-  same[1].first = "shifted";
-  same[1].second.x.colwise() += Eigen::Vector3d(3, -20, 7);
-  same[2].first = "permuted";
+  model::Molecule changed = molecule;
   Eigen::PermutationMatrix<5> swap;
   swap.indices() << 3, 0, 4, 2, 1;
-  same[2].second = {molecule.x * swap, swap.transpose() * molecule.mass,
-                    swap.transpose() * molecule.charge};
-  for (const auto& [what, changed] : same) {
-    const Found found = analyse(changed);
-    EXPECT_LT((found.frequency - expected.frequency).cwiseAbs().maxCoeff(), 1e-11) << what;
-    EXPECT_LT((found.dmu_dq - expected.dmu_dq).cwiseAbs().maxCoeff(), 1e-10) << what;
-  }
+  changed.x = ((turn() * molecule.x).colwise() + Eigen::Vector3d(3, -20, 7)) * swap;
+  changed.mass = swap.transpose() * molecule.mass;
+  changed.charge = swap.transpose() * molecule.charge;
+  const Found found = analyse(changed);
+  EXPECT_LT((found.frequency - expected.frequency).cwiseAbs().maxCoeff(), 1e-11);
+  EXPECT_LT((found.dmu_dq - expected.dmu_dq).cwiseAbs().maxCoeff(), 1e-10);
   const Found relabelled = analyse(molecule, -1);
-  EXPECT_LT((relabelled.dmu_dq - expected.dmu_dq).cwiseAbs().maxCoeff(), 1e-10);
-}
-
-TEST(vibrations, halve_when_all_masses_are_four_times_as_large) {
-  model::Molecule heavy = model::general();
-  const Found light = analyse(heavy);
+  EXPECT_EQ(relabelled.frequency, expected.frequency);
+  EXPECT_EQ(relabelled.dmu_dq, expected.dmu_dq);
+  model::Molecule heavy = molecule;
   heavy.mass *= 4.0;
-  EXPECT_LT((analyse(heavy).frequency - light.frequency / 2.0).cwiseAbs().maxCoeff(), 1e-13);
-  // |dmu/dq| = |dmu/dQ| / sqrt(omega): 1/2 over the root of 1/2.
-  EXPECT_LT((analyse(heavy).dmu_dq - light.dmu_dq * std::sqrt(0.5)).cwiseAbs().maxCoeff(), 1e-12);
+  EXPECT_LT((analyse(heavy).frequency - expected.frequency / 2.0).cwiseAbs().maxCoeff(), 1e-13);
 }
 
 TEST(vibrations, are_what_the_rigid_motions_leave) {
@@ -76,14 +62,12 @@ TEST(vibrations, are_what_the_rigid_motions_leave) {
     const zandor::RunData run = model::run_of(molecule);
     const analysis::RigidMotions rigid = analysis::rigid_motions(run);
     EXPECT_EQ(rigid.rank, rank);
-    const Eigen::MatrixXd product = rigid.basis.transpose() * rigid.basis;
-    EXPECT_TRUE(product.isIdentity(1e-13));
+    EXPECT_TRUE((rigid.basis.transpose() * rigid.basis).isIdentity(1e-13));
     const analysis::Vibrations vibrations = analysis::exact_vibrations(run, rigid);
     ASSERT_EQ(vibrations.frequency.size(), run.n3 - rank);
     if (run.natom == 1) continue;
     EXPECT_LT(analysis::rigid_weights(rigid, vibrations.modes).maxCoeff(), 1e-25);
-    const Eigen::VectorXd turning = rigid.basis.col(rank - 1);
-    EXPECT_NEAR(analysis::rigid_weight(rigid, turning), 1.0, 1e-13);
+    EXPECT_NEAR(analysis::rigid_weight(rigid, rigid.basis.col(rank - 1)), 1.0, 1e-13);
   }
 }
 
@@ -102,39 +86,6 @@ TEST(vibrations, are_paired_with_the_modes_of_the_report) {
   // Springs k = 0.3: omega**2 = 3k/m of the breathing mode, 3k/2m of the pair.
   EXPECT_NEAR(vibrations.frequency(2), std::sqrt(0.9 / 2000), 1e-14);
   EXPECT_NEAR(vibrations.frequency(0), std::sqrt(0.45 / 2000), 1e-14);
-}
-
-TEST(principal_axes, are_compared_with_the_given_ones) {
-  model::Molecule square = model::dark_square();
-  square.mass.setConstant(2000);
-  // Turned about its own axis, along which the moments of inertia are equal: nothing to see.
-  square.x = about(0.4, Eigen::Vector3d::UnitZ()) * square.x;
-  EXPECT_LT(analysis::principal_axes(model::run_of(square)).largest_angle, 1e-4);
-  square.x = about(0.2, Eigen::Vector3d::UnitX()) * square.x;
-  const analysis::PrincipalAxes turned = analysis::principal_axes(model::run_of(square));
-  EXPECT_NEAR(turned.largest_angle, 0.2 * 180 / 3.14159265358979, 1e-6);
-  // Moments I, I, 2I: the tensor's element yz is I sin cos, its largest diagonal one I (1 +
-  // cos**2).
-  EXPECT_NEAR(turned.off_diagonal, std::sin(0.4) / 2 / (1 + std::pow(std::cos(0.2), 2)), 1e-12);
-  EXPECT_NEAR(turned.moments(2), 4 * 2000 * 2 * 1.44, 1e-8);
-}
-
-TEST(geometry_mismatch, sees_turns_but_no_shifts) {
-  zandor::RunData run = model::run_of(model::general());
-  Eigen::Map<Eigen::Matrix3Xd> sign_file(run.xa.data(), 3, run.natom);
-  sign_file.colwise() += Eigen::Vector3d(1, 2, 3);
-  EXPECT_LT(analysis::geometry_mismatch(run), 1e-14);
-  sign_file = about(0.01, Eigen::Vector3d::UnitX()) * sign_file;
-  EXPECT_GT(analysis::geometry_mismatch(run), 5e-3);
-}
-
-TEST(herzberg_teller, knows_limits_of_temperature) {
-  EXPECT_EQ(analysis::thermal_factor(0.01, 0.0), 1.0);
-  EXPECT_NEAR(analysis::thermal_factor(0.01, 1.0), 1.0, 1e-15);
-  // Hot: coth(x) is 1/x + x/3.
-  const double x = 0.001 / (2 * 3.1668115634556e-6 * 3000);
-  EXPECT_NEAR(analysis::thermal_factor(0.001, 3000.0), 1 / x + x / 3, 1e-5);
-  EXPECT_NEAR(analysis::debye_per_angstrom_root_amu, 205.06, 0.005);
 }
 
 }  // namespace
