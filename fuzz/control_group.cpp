@@ -2,7 +2,8 @@
 // of two bytes must make no difference.
 #include "io/control_group.hpp"
 
-#include <cstring>
+#include <bit>
+#include <cstdint>
 
 #include "harness.hpp"
 #include "io/units.hpp"
@@ -40,7 +41,9 @@ Outcome read(const std::string& text) {
 
 // `lines` more stand before the group.
 void require_same(const Outcome& a, const Outcome& b, long long lines, const char* what) {
-  const auto same_real = [](double x, double y) { return std::memcmp(&x, &y, sizeof x) == 0; };
+  const auto same_real = [](double x, double y) {
+    return std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(y);
+  };
   const bool same = a.symm == b.symm && a.std_orient == b.std_orient &&
                     a.disp_mode == b.disp_mode && a.disp_sign == b.disp_sign &&
                     same_real(a.dx, b.dx) && same_real(a.disp_a, b.disp_a) &&

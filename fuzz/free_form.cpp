@@ -139,10 +139,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
   const bool buffered = input.ConsumeBool();
   const int count = input.ConsumeIntegralInRange(1, 12);
-  std::vector<Kind> wanted;
-  for (int i = 0; i < count; ++i) {
-    wanted.push_back(static_cast<Kind>(input.ConsumeIntegralInRange(0, kinds - 1)));
-  }
+  std::vector<Kind> wanted(static_cast<std::size_t>(count));
+  for (Kind& kind : wanted) kind = static_cast<Kind>(input.ConsumeIntegralInRange(0, kinds - 1));
   const std::string text = input.ConsumeRemainingBytesAsString();
   const auto reads = read_all(text, buffered, wanted);
   std::vector<Kind> words(wanted.size(), Kind::word);

@@ -16,7 +16,8 @@ namespace fuzz {
 void require(bool holds, std::string_view finding);
 
 // Runs `body` as main() would, but gives its fatal stop back and shows nothing. A finding: a stop
-// without status 1 or 2, a message that is empty or no single printable line, a unit left open.
+// without status 1 or 2 or without any message, a message that is empty or no single printable
+// line, a unit left open.
 std::optional<io::Stop> run(const std::function<void()>& body);
 
 // A file in memory whose content changes from input to input.

@@ -288,8 +288,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int capacity = capacities[input.ConsumeIntegralInRange<std::size_t>(0, 5)];
   const int count = input.ConsumeIntegralInRange(1, 8);
   const std::string whole(reinterpret_cast<const char*>(data), size);
-  std::vector<Call> calls;
-  for (int i = 0; i < count; ++i) calls.push_back(take_call(input, whole, capacity));
+  std::vector<Call> calls(static_cast<std::size_t>(count));
+  for (Call& call : calls) call = take_call(input, whole, capacity);
   const std::string text = input.ConsumeRemainingBytesAsString();
   file.set(text);
   PlainFile plain(text, static_cast<std::size_t>(capacity));

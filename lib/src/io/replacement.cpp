@@ -38,7 +38,7 @@ bool follow_links(std::string& path) {
     const ssize_t size = ::readlink(path.c_str(), text, sizeof text);
     if (size <= 0) return true;
     const std::string link(text, static_cast<std::size_t>(size));
-    path = link.front() == '/' ? link : folder_of(path) + "/" + link;
+    path = link.front() == '/' ? link : folder_of(path).append("/").append(link);
   }
   return true;
 }
