@@ -94,7 +94,7 @@ std::string describe(const std::vector<MassChange>& changes, const zandor::RunDa
     text += text.empty() ? "masses changed: " : ", ";
     text += change.atom == 0 ? "all " + change.element
                              : "atom " + std::to_string(change.atom) + " (" +
-                                   std::string(symbol_of(run, change.atom)) + ")";
+                                   io::printable(symbol_of(run, change.atom)) + ")";
     text += " " + io::shown(change.amu);
   }
   return text;
