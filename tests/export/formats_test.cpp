@@ -45,8 +45,8 @@ ModeList mode_list() {
 Results molecule() {
   Results results;
   results.control_file = "</script>\"\\\n";
-  results.notes = {"a note"};
-  results.symbols = {"Cl", ""};
+  results.notes = {"gr\xc3\xbc\xc3\x9f", "no UTF-8: \xfc\xc3", "\xed\xa0\x80"};
+  results.symbols = {"Cl", "X"};
   results.atomic_numbers = {17, 0};
   results.masses = {34.96885268, 1.1};
   results.geometry = {0.1, -200000, 1e-300, 0.0, 0.0, 2.4};
@@ -112,6 +112,9 @@ TEST(Formats, write_json_that_reads_back_bit_by_bit) {
   };
   auto json = nlohmann::json::parse(written());
   EXPECT_EQ(json["provenance"]["control_file"], results.control_file);
+  EXPECT_EQ(json["provenance"]["notes"],
+            nlohmann::json(
+                {"gr\xc3\xbc\xc3\x9f", "no UTF-8: \xc3\xbc\xc3\x83", "\xc3\xad\xc2\xa0\xc2\x80"}));
   EXPECT_EQ(json["masses"].get<std::vector<double>>(), results.masses);
   EXPECT_EQ(json["geometry"].get<std::vector<double>>(), results.geometry);
   EXPECT_EQ(json["hessian"][4][4], 5 / 3.0);
@@ -148,7 +151,7 @@ TEST(Formats, write_a_page_whose_script_no_text_can_end) {
   const std::string script = page.substr(from, page.find("</script>", from) - from);
   const auto data = nlohmann::json::parse(script.substr(0, script.rfind(';')));
   EXPECT_EQ(data["control_file"], results.control_file);
-  EXPECT_EQ(data["formula"], nlohmann::json({"", "", "Cl", ""}));
+  EXPECT_EQ(data["formula"], nlohmann::json({"Cl", "", "X", ""}));
   const auto& projected = data["sets"]["projected"];
   EXPECT_EQ(projected["rigid_motions"], nlohmann::json({2, 3, 4, 5, 6}));
   EXPECT_EQ(projected["strengths"], nlohmann::json(std::vector<nlohmann::json>(6, nullptr)))

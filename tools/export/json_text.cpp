@@ -10,6 +10,31 @@ namespace {
 constexpr int line_depth = 2;  // keys that stand on lines of their own: at most this deep
 constexpr std::string_view hexadecimal = "0123456789abcdef";
 
+bool is_character(unsigned code, int bytes) {
+  constexpr unsigned smallest[] = {0, 0, 0x80, 0x800, 0x10000};
+  return code >= smallest[bytes] && code <= 0x10ffff && (code < 0xd800 || code > 0xdfff);
+}
+
+// Whether all bytes make up UTF-8.
+bool is_utf8(std::string_view text) {
+  unsigned code = 0;
+  int bytes = 0, expected = 0;  // of the character: in all, and yet to come
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool continues = byte >> 6U == 0b10U;
+    if (continues != (expected > 0) || byte >= 0xf8) return false;
+    if (continues) {
+      code = code << 6U | (byte & 0x3fU);
+      if (--expected == 0 && !is_character(code, bytes)) return false;
+    } else if (byte >= 0x80) {
+      bytes = byte >= 0xf0 ? 4 : byte >= 0xe0 ? 3 : 2;
+      expected = bytes - 1;
+      code = byte & 0x7fU >> static_cast<unsigned>(bytes);
+    }
+  }
+  return expected == 0;
+}
+
 }  // namespace
 
 void JsonText::new_line() {
@@ -47,12 +72,14 @@ void JsonText::key(std::string_view name) {
   behind_key_ = true;
 }
 
-// '<' is spelt as an escape, so that no text can end the script that holds it in a page.
+// Bytes that are no UTF-8 are spelt as the characters of their numbers, and '<' as an escape, so
+// that no text can end the script that holds it in a page.
 void JsonText::text(std::string_view value) {
   begin_text();
+  const unsigned char last_plain = is_utf8(value) ? 0xff : 0x7e;
   for (const char& c : value) {
     const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte < 0x7f && c != '"' && c != '\\' && c != '<') {
+    if (byte >= 0x20 && byte <= last_plain && c != '"' && c != '\\' && c != '<') {
       out_.text({&c, 1});
     } else {
       const char escape[] = {'\\', 'u', '0', '0', hexadecimal[byte / 16], hexadecimal[byte % 16]};

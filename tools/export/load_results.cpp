@@ -63,6 +63,9 @@ Eigenmodes projected_modes(const RunData& run, const analysis::RigidMotions& rig
 // gradient: 3 x n3, dmu/dx; without columns where it is not known.
 ModeList mode_list(const RunData& run, const Eigenmodes& modes, const analysis::RigidMotions& rigid,
                    const Eigen::Matrix3Xd& gradient) {
+  if (!modes.frequency.allFinite() || !modes.vectors.allFinite()) {
+    io::fatal_stop("expected finite frequencies and modes, found others");
+  }
   const auto n3 = static_cast<std::size_t>(run.n3);
   ModeList list;
   list.displacements = {"displacements", {3, run.natom, run.n3}};
@@ -134,7 +137,8 @@ std::array<double, 9> first_view(const RunData& run) {
 void describe_molecule(const RunData& run, Results& results) {
   for (int a = 1; a <= run.natom; ++a) {
     const auto place = static_cast<std::size_t>(a - 1);
-    results.symbols.push_back(io::printable(run.symbol[place].content()));
+    const std::string symbol = io::printable(run.symbol[place].content());
+    results.symbols.push_back(symbol.empty() ? "X" : symbol);  // a blank would shift columns
     results.atomic_numbers.push_back(run.nat[place]);
     results.masses.push_back(run.mass(a) / flib::electron_masses_per_amu);
   }

@@ -14,7 +14,7 @@ void write_vector(io::OutputFile& out, const double* vector) {
 void write_atoms(const Results& results, io::OutputFile& out) {
   out.text("[Atoms] AU\n");
   for (std::size_t a = 0; a < results.symbols.size(); ++a) {
-    symbol_column(out, results.symbols[a]);
+    out.text(results.symbols[a], 4);
     out.text(" " + std::to_string(a + 1) + " " + std::to_string(results.atomic_numbers[a]));
     write_vector(out, &results.geometry[3 * a]);
   }
@@ -38,7 +38,7 @@ void write_molden(const Results& results, const ModeList& list, bool all_modes,
   }
   out.text("[FR-COORD]\n");
   for (std::size_t a = 0; a < results.symbols.size(); ++a) {
-    symbol_column(out, results.symbols[a]);
+    out.text(results.symbols[a], 4);
     write_vector(out, &results.geometry[3 * a]);
   }
   out.text("[FR-NORM-COORD]\n");

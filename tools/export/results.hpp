@@ -28,7 +28,7 @@ struct Results {
   std::vector<std::string> notes;        // what was changed or assumed, a sentence each
   std::string changed_masses;            // the note on masses; empty where none was changed
 
-  std::vector<std::string> symbols;
+  std::vector<std::string> symbols;  // printable, none of them empty
   std::vector<int> atomic_numbers;
   std::vector<double> masses;    // u
   std::vector<double> geometry;  // x, y, z of every atom, Bohr

@@ -20,8 +20,4 @@ void fixed_column(io::OutputFile& out, double value, int width, int decimals) {
   out.text({text, end});
 }
 
-void symbol_column(io::OutputFile& out, const std::string& symbol) {
-  out.text(symbol.empty() ? "X" : symbol, 4);
-}
-
 }  // namespace exporting

@@ -14,7 +14,4 @@ std::string shortest(double value);
 // one that is too wide for them takes what it needs, behind a blank. There is never an exponent.
 void fixed_column(io::OutputFile& out, double value, int width, int decimals);
 
-// Writes an element symbol in four columns, or X where there is none: a blank would shift columns.
-void symbol_column(io::OutputFile& out, const std::string& symbol);
-
 }  // namespace exporting

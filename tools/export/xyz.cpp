@@ -31,7 +31,7 @@ void place_columns(const Results& results, std::size_t a, const double* displace
   for (std::size_t k = 0; k < 3; ++k) {
     place[k] = results.geometry[3 * a + k] * flib::angstrom_per_bohr + shift * displacement[k];
   }
-  symbol_column(out, results.symbols[a]);
+  out.text(results.symbols[a], 4);
   vector_columns(place.data(), 1.0, out);
 }
 
