@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "flib/units_of_measure.hpp"
-#include "io/fatal.hpp"
+#include "io/process.hpp"
 #include "io/text.hpp"
 #include "io/units.hpp"
 #include "molecule.hpp"
@@ -94,7 +94,9 @@ void write_reference(const Molecule& m) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+namespace {
+
+int make_jobs(int argc, char** argv) {
   int natom = 0;
   const std::string_view count = argc == 3 ? argv[1] : "";
   std::from_chars(count.data(), count.data() + count.size(), natom);
@@ -110,4 +112,10 @@ int main(int argc, char** argv) {
   write_reference(molecule);
   for (int job = 0; job <= 6 * natom; ++job) write_sign_file(molecule, job);
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return io::run_program([&] { return make_jobs(argc, argv); });
 }

@@ -11,6 +11,7 @@
 #include "flib/ddiag.hpp"
 #include "flib/projtrm_rot.hpp"
 #include "flib/units_of_measure.hpp"
+#include "io/process.hpp"
 #include "io/units.hpp"
 #include "job_list.hpp"
 #include "job_results.hpp"
@@ -73,7 +74,9 @@ void print(const char* phase, double taken, const char* floor, double least) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+namespace {
+
+int measure_phases(int argc, char** argv) {
   using namespace zandor;
   RunData run;
   read_control_file(control_file_name(argc, argv), run);
@@ -104,4 +107,10 @@ int main(int argc, char** argv) {
   std::printf("pair %.1f ms, projection %.1f ms, report %.1f ms, animations %.1f ms\n", 1e3 * pair,
               1e3 * projection, 1e3 * report, 1e3 * animations);
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return io::run_program([&] { return measure_phases(argc, argv); });
 }
