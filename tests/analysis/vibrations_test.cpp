@@ -55,6 +55,8 @@ TEST(vibrations, follow_the_molecule_through_turns_shifts_permutations_and_masse
 TEST(vibrations, are_what_the_rigid_motions_leave) {
   model::Molecule atom = model::general();
   atom.x = atom.x.leftCols(1).eval();
+  atom.mass = atom.mass.head(1).eval();
+  atom.charge = atom.charge.head(1).eval();
   const std::pair<model::Molecule, int> cases[] = {
       {model::general(), 6}, {model::dark_square(), 6}, {model::line(), 5}, {atom, 3}};
   for (auto [molecule, rank] : cases) {
