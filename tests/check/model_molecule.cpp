@@ -58,9 +58,7 @@ void write_sign_file(const Model& model, const Printing& printing, int job) {
       << " tden_maxloc = 9 8\n tden_maxval = 0.7\n\n"
       << " Center  Atomic  Atomic    Atomic            Coordinates (Angstroms)\n caption\n";
   for (Eigen::Index a = 0; a < x.cols(); ++a) {
-    const auto place = static_cast<std::size_t>(a);
-    out << a + 1 << " " << model.symbols[place] << " " << model.numbers[place] << " "
-        << std::setprecision(6) << model.masses[place];
+    out << a + 1 << (a % 2 == 0 ? " C 6 12.000000" : " H 1 1.007825");
     print_row(out, 14, 8, x.col(a));
   }
   out << "\n Ground to excited state transition electric dipole moments (Au)\n S0->S1 1";
@@ -77,8 +75,8 @@ void write_job_list(const Model& model, const Printing& printing) {
   std::ostringstream out;
   out << " Number of atoms " << model.x.cols() << "\n Number of files 0\n step " << printing.step
       << "\nBegin_zand_info\n operations\n Number of operations 0\n -\n -\n atoms\n";
-  for (std::size_t a = 0; a < model.symbols.size(); ++a) {
-    out << a + 1 << " " << model.symbols[a] << " " << model.numbers[a] << "\n";
+  for (Eigen::Index a = 0; a < model.x.cols(); ++a) {
+    out << a + 1 << (a % 2 == 0 ? " C 6\n" : " H 1\n");
   }
   out << "\n jobs\n number name computed\n";
   for (int job = 0; job <= 6 * model.x.cols(); ++job) {
@@ -90,36 +88,21 @@ void write_job_list(const Model& model, const Printing& printing) {
 }  // namespace
 
 Model random_model(unsigned seed) {
-  struct Element {
-    const char* symbol;
-    int number;
-    double mass;
-  };
-  constexpr Element elements[] = {
-      {"H", 1, 1.007825}, {"C", 6, 12.0}, {"N", 7, 14.003074}, {"O", 8, 15.994915}};
   std::mt19937 random(seed);
   const auto uniform = [&random](double low, double high) {
     return low + (high - low) * static_cast<double>(random()) / 4294967295.0;
   };
   const auto natom = static_cast<Eigen::Index>(3 + seed % 6);
-  Model model;
-  model.x.resize(3, natom);
+  Model model{Eigen::Matrix3Xd(3, natom), Eigen::MatrixXd(natom, natom)};
   for (Eigen::Index a = 0; a < natom; ++a) {
-    const Element& element = elements[random() % 4];
-    model.symbols.push_back(element.symbol);
-    model.numbers.push_back(element.number);
-    model.masses.push_back(element.mass);
-    double nearest = 0.0;
-    while (nearest < 1.0) {
+    bool is_apart = false;
+    while (!is_apart) {
       for (int k = 0; k < 3; ++k) model.x(k, a) = std::round(uniform(-1.8, 1.8) * 1e8) / 1e8;
-      nearest = a == 0 ? 9.0
-                       : std::sqrt((model.x.leftCols(a).colwise() - model.x.col(a))
-                                       .colwise()
-                                       .squaredNorm()
-                                       .minCoeff());
+      const auto others = model.x.leftCols(a).colwise() - model.x.col(a);
+      is_apart = (others.colwise().squaredNorm().array() > 1.0).all();
     }
+    for (Eigen::Index b = 0; b < natom; ++b) model.charges(a, b) = uniform(-0.4, 0.4);
   }
-  model.charges = Eigen::MatrixXd::NullaryExpr(natom, natom, [&] { return uniform(-0.4, 0.4); });
   return model;
 }
 
@@ -130,9 +113,9 @@ void write_jobs(const Model& model, const Printing& printing) {
   for (int job = 0; job <= 6 * model.x.cols(); ++job) write_sign_file(model, printing, job);
   std::ostringstream com;
   com << "# td\n\nmodel\n\n0 1\n";
-  for (std::size_t a = 0; a < model.symbols.size(); ++a) {
-    com << model.symbols[a];
-    print_row(com, 14, 8, model.x.col(static_cast<Eigen::Index>(a)));
+  for (Eigen::Index a = 0; a < model.x.cols(); ++a) {
+    com << (a % 2 == 0 ? "C" : "H");
+    print_row(com, 14, 8, model.x.col(a));
   }
   support::write_file("coord-ref.com", com.str());
   support::write_file("coord-ref.log", " Entering Gaussian System, Link 0=g16\n");

@@ -3,17 +3,12 @@
 #pragma once
 
 #include <Eigen/Dense>
-#include <string>
-#include <vector>
 
 namespace model_molecule {
 
 struct Model {
-  std::vector<std::string> symbols;
-  std::vector<int> numbers;
-  std::vector<double> masses;  // amu
-  Eigen::Matrix3Xd x;          // Angstrom, as printed; a minimum of the energy
-  Eigen::MatrixXd charges;     // of the pairs, for the dipole
+  Eigen::Matrix3Xd x;       // Angstrom, as printed; a minimum of the energy; C and H in turn
+  Eigen::MatrixXd charges;  // of the pairs, for the dipole
 };
 
 // A molecule of 3 to 8 atoms at random places, the same for the same seed.

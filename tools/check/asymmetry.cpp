@@ -33,6 +33,7 @@ std::vector<Group> group_jobs(const JobData& jobs, const RawForceConstants& raw)
   std::map<std::vector<int>, std::vector<int>> jobs_of;
   for (const auto& [job, columns] : columns_of) jobs_of[columns].push_back(job);
   std::vector<Group> groups;
+  groups.reserve(jobs_of.size());
   for (const auto& [columns, sources] : jobs_of) groups.push_back({sources, columns});
   return groups;
 }
@@ -40,9 +41,19 @@ std::vector<Group> group_jobs(const JobData& jobs, const RawForceConstants& raw)
 // The columns still in the game, and the asymmetry among them.
 class Columns {
  public:
-  explicit Columns(const RawForceConstants& raw) : raw_(raw), active_(raw.columns) {}
+  explicit Columns(const RawForceConstants& raw)
+      : raw_(raw), active_(raw.columns), order_(raw.rounding.size()) {
+    asymmetry_.resize(order_ * order_);
+    for (const int i : active_) {
+      for (const int j : active_) {
+        if (j <= i) place(i, j) = place(j, i) = std::fabs(raw.h(i, j) - raw.h(j, i));
+      }
+    }
+  }
 
-  double asymmetry(int i, int j) const { return std::fabs(raw_.h(i, j) - raw_.h(j, i)); }
+  double asymmetry(int i, int j) const {
+    return asymmetry_[static_cast<std::size_t>(i - 1) * order_ + static_cast<std::size_t>(j - 1)];
+  }
   // What print rounding allows.
   double allowed(int i, int j) const {
     return raw_.rounding[static_cast<std::size_t>(i - 1)] +
@@ -67,7 +78,7 @@ class Columns {
     }
     return sums;
   }
-  double square(int i, int j) const { return std::pow(asymmetry(i, j), 2); }
+  double square(int i, int j) const { return asymmetry(i, j) * asymmetry(i, j); }
 
   // The largest element in each of the columns, among themselves; ascending.
   std::vector<double> largest_by_column(const std::vector<int>& columns) const {
@@ -82,8 +93,14 @@ class Columns {
   }
 
  private:
+  double& place(int i, int j) {
+    return asymmetry_[static_cast<std::size_t>(i - 1) * order_ + static_cast<std::size_t>(j - 1)];
+  }
+
   const RawForceConstants& raw_;
   std::vector<int> active_;
+  std::size_t order_;
+  std::vector<double> asymmetry_;
 };
 
 struct Element {
@@ -135,6 +152,7 @@ const Group& suspect(const JobData& jobs, const std::vector<Group>& groups, cons
   const std::vector<double> squares = columns.squares();
   const double total = std::accumulate(squares.begin(), squares.end(), 0.0);
   std::vector<double> rests;
+  rests.reserve(groups.size());
   for (const Group& group : groups) rests.push_back(total - share_of(group, columns, squares));
   const double enough =
       nearly * *std::min_element(rests.begin(), rests.end()) + limits.asymmetry * limits.asymmetry;

@@ -18,26 +18,11 @@ RawForceConstants difference_forces(const JobData& jobs) {
     const double* const minus = run.force.column(1, pair.minus);
     double* const column = raw.h.column(ih);
     for (int j = 0; j < run.n3; ++j) column[j] = (minus[j] - plus[j]) / (2.0 * run.dx);
-    const double digits = print_rounding(run.force.column(1, jobs.source(pair.plus)), run.n3) +
-                          print_rounding(run.force.column(1, jobs.source(pair.minus)), run.n3);
+    const double digits = jobs.rounding(pair.plus) + jobs.rounding(pair.minus);
     raw.rounding[static_cast<std::size_t>(ih - 1)] = digits / std::fabs(2.0 * run.dx);
     raw.columns.push_back(ih);
   }
   return raw;
-}
-
-double print_rounding(const double* forces, int n) {
-  constexpr double most = 1e14;
-  constexpr double near = 1e-3;  // of a unit: what binary fractions leave of 15 digits
-  double scale = 1e4;
-  for (int k = 0; k < n; ++k) {
-    while (scale < most) {
-      const double scaled = forces[k] * scale;
-      if (std::fabs(scaled - std::nearbyint(scaled)) <= near) break;
-      scale *= 10.0;
-    }
-  }
-  return 0.5 / scale;
 }
 
 double one_sided_deviation(const JobData& jobs, const RawForceConstants& raw, int job,

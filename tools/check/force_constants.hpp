@@ -16,9 +16,6 @@ struct RawForceConstants {
 
 RawForceConstants difference_forces(const JobData& jobs);
 
-// Half a unit of the last digit in which n forces are printed, at most 1e-4 and at least 5e-15.
-double print_rounding(const double* forces, int n);
-
 // How far the forces of a computed job are from what the other columns say: the root mean square of
 // (F(c) - F0(c)) / step + h(ih, c) over the given coordinates, with F0 the forces of the reference.
 // It holds the error of a one-sided difference, which is the same for both jobs of a coordinate.

@@ -1,6 +1,7 @@
 #include "job_data.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 #include "dipoles.hpp"
@@ -137,6 +138,21 @@ void read_reference_files(JobData& jobs) {
   complete_reference(jobs);
 }
 
+// Half a unit of the last digit in which n forces are printed, at most 5e-5 and at least 5e-15.
+double print_rounding(const double* forces, int n) {
+  constexpr double most = 1e14;
+  constexpr double near = 1e-3;  // of a unit: what binary fractions leave of 15 digits
+  double scale = 1e4;
+  for (int k = 0; k < n; ++k) {
+    while (scale < most) {
+      const double scaled = forces[k] * scale;
+      if (std::fabs(scaled - std::nearbyint(scaled)) <= near) break;
+      scale *= 10.0;
+    }
+  }
+  return 0.5 / scale;
+}
+
 void read_computed(JobData& jobs, int i) {
   zandor::RunData& run = jobs.run;
   const std::string_view name = jobs.job(i).sgn_name.content();
@@ -148,6 +164,7 @@ void read_computed(JobData& jobs, int i) {
     std::fill_n(run.force.column(1, i), run.n3, 0.0);
     std::fill_n(run.tdip.column(i), 3, 0.0);
   }
+  jobs.force_rounding[place] = print_rounding(run.force.column(1, i), run.n3);
   faults_of([&] { read_sign_file(name, run.natom, false, jobs.sign_files[place]); });
 }
 
@@ -165,6 +182,7 @@ void read_job_data(const std::string& control_file, JobData& jobs) {
   const auto count = static_cast<std::size_t>(run.n6) + 1;
   jobs.job_faults.resize(count);
   jobs.job_warnings.resize(count);
+  jobs.force_rounding.resize(count);
   jobs.wrong_images.resize(count);
   jobs.sign_files.resize(count);
   read_reference_files(jobs);

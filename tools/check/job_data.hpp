@@ -49,6 +49,10 @@ struct JobData {
   const zandor::Job& job(int i) const { return run.jobs[static_cast<std::size_t>(i)]; }
   const SignFile& sign_file(int i) const { return sign_files[static_cast<std::size_t>(i)]; }
   int source(int i) const { return sources[static_cast<std::size_t>(i)]; }
+  // Print rounding of the forces of a job, those of its source if it is derived.
+  double rounding(int i) const { return force_rounding[static_cast<std::size_t>(source(i))]; }
+  std::vector<double> force_rounding;  // half a unit of the last digit of its forces, Hartree/Bohr
+
   // Derived jobs whose source or operation is wrong (mark_wrong_images): as good as not read.
   std::vector<char> wrong_images;
 

@@ -7,7 +7,6 @@
 
 #include "checks.hpp"
 #include "dipoles.hpp"
-#include "force_constants.hpp"
 
 namespace check {
 
@@ -97,8 +96,7 @@ std::string describe(const JobData& jobs, const Excess& excess) {
 // sums over two components, with lever arms of about the size.
 double rounding_of_sums(const JobData& jobs, const analysis::StepJobs& pair) {
   const zandor::RunData& run = jobs.run;
-  const double digits = print_rounding(run.force.column(1, jobs.source(pair.plus)), run.n3) +
-                        print_rounding(run.force.column(1, jobs.source(pair.minus)), run.n3);
+  const double digits = jobs.rounding(pair.plus) + jobs.rounding(pair.minus);
   return 2.0 * run.natom * digits / std::fabs(2.0 * run.dx);
 }
 

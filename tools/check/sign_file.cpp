@@ -36,22 +36,31 @@ void add_odd_line(OddLines& odd, int atom, std::string found) {
   odd.found = std::move(found);
 }
 
+enum CharacterKind : unsigned char { plain, blank, special };
+
+constexpr auto character_kinds = [] {
+  std::array<CharacterKind, 256> kinds{};
+  for (const unsigned char c : {' ', '\t'}) kinds[c] = blank;
+  for (const unsigned char c : {',', '/', '\'', '"', '*'}) kinds[c] = special;
+  return kinds;
+}();
+
+CharacterKind kind_of(char c) { return character_kinds[static_cast<unsigned char>(c)]; }
+
 // Splits a record at its blanks. False when it needs the rules of free-form reading: fewer items
 // than wanted, commas, slashes, quotes, repeat counts.
 bool split_plainly(std::string_view record, Row& row) {
-  constexpr std::string_view blanks = " \t";
   std::size_t at = 0;
   for (std::size_t k = 0; k <= row.wanted; ++k) {
-    const std::size_t begin = record.find_first_not_of(blanks, at);
-    if (begin == record.npos) return k == row.wanted;
-    at = std::min(record.find_first_of(blanks, begin), record.size());
-    const std::string_view item = record.substr(begin, at - begin);
-    const bool plain = item.find_first_of(",/'\"*") == item.npos;
+    while (at < record.size() && kind_of(record[at]) == blank) ++at;
+    if (at == record.size()) return k == row.wanted;
+    const std::size_t begin = at;
+    while (at < record.size() && kind_of(record[at]) == plain) ++at;
+    const bool ends_plainly = at == record.size() || kind_of(record[at]) == blank;
     if (k == row.wanted) {
-      if (item.front() == '/') return true;
-      row.extra = item;
-    } else if (plain) {
-      row.item[k] = item;
+      if (record[begin] != '/') row.extra = record.substr(begin, record.find(' ', begin) - begin);
+    } else if (ends_plainly) {
+      row.item[k] = record.substr(begin, at - begin);
     } else {
       return false;
     }
