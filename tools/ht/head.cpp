@@ -70,8 +70,8 @@ std::vector<std::string> head_lines(const Request& request, const zandor::RunDat
                                     const Results& results) {
   std::vector<std::string> lines;
   lines.push_back("Herzberg-Teller terms of " + formula(run) + ", " + std::to_string(run.natom) +
-                  " atoms (" + io::printable(request.control_file) + "), " +
-                  std::to_string(results.rigid_motions) + " rigid motions taken out");
+                  (run.natom == 1 ? " atom (" : " atoms (") + io::printable(request.control_file) +
+                  "), " + std::to_string(results.rigid_motions) + " rigid motions taken out");
   if (!request.masses.empty()) lines.push_back(analysis::describe(request.masses, run));
   if (run.disp_sign != 1) {
     lines.emplace_back(
