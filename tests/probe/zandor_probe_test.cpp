@@ -68,7 +68,7 @@ TEST_F(ZandorProbe, leaves_no_file_open_and_takes_names_of_200_characters) {
   const std::string name = folder + "/" + std::string(99, 'f');  // 200 characters, as few as fit
   std::filesystem::create_directory(folder);
   std::filesystem::copy_file("edge-crlf.fchk", name);
-  std::string line = "ulimit -n 20; '" ZANDOR_PROBE "' --json " + name;
+  std::string line = "ulimit -n 20; \"" ZANDOR_PROBE "\" --json " + name;
   for (int i = 0; i < 15; ++i) line += " edge-crlf.fchk empty.log";
   const support::Outcome outcome = support::run({"bash", "-c", line});
   EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 16) << outcome.err;

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 using support::edit_file;
 using support::write_file;
 
-const std::string program = "'" ZANDOR_GATHER "'";  // in a line for the shell
+const std::string program = "\"" ZANDOR_GATHER "\"";  // in a line for the shell
 
 const fs::path good = fs::path(PROJECT_FOLDER) / "tests/zandor/cases/diatomic-dipoles";
 
@@ -249,7 +249,7 @@ TEST(bad_input, neither_hangs_at_pipes_nor_writes_messages_into_files) {
 TEST(bad_input, that_takes_more_memory_than_there_is_is_refused) {
   const support::TempFolder folder;
   const std::string line =
-      "yes '!' | head -c 60000000 | (ulimit -v 60000; " + program + " /dev/stdin)";
+      "yes ! | head -c 60000000 | (ulimit -v 60000; " + program + " /dev/stdin)";
   const support::Outcome outcome = support::run({"bash", "-c", line});
   EXPECT_EQ(outcome.err,
             "zandor_gather: expected memory for the input read so far, found none left\n");

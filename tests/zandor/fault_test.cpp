@@ -25,7 +25,10 @@ void PrintTo(const Way& way, std::ostream* out) { *out << way.name; }
 
 class Faults : public testing::TestWithParam<Way> {
  protected:
-  void SetUp() override { fs::copy(good, "job"); }
+  void SetUp() override {
+    fs::copy(good, "job");
+    fs::copy_file(FAULTS, "faults.so");  // a path with blanks could not be preloaded
+  }
 
   // The outcome of a run; false behind its last call.
   bool run(int call, int error) {
