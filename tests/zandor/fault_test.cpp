@@ -39,9 +39,9 @@ class Faults : public testing::TestWithParam<Way> {
     fs::remove("mark");
     const auto set = [](const char* name, int value) { return name + std::to_string(value); };
     outcome_ = support::run(
-        {"env", "-C", "job", std::string("LD_PRELOAD=") + FAULTS,
-         "ASAN_OPTIONS=verify_asan_link_order=0", "FAULT_MARK=../mark", set("FAULT_CALL=", call),
-         set("FAULT_ERROR=", error), set("FAULT_UNNAMED=", GetParam().unnamed),
+        {"env", "-C", "job", "LD_PRELOAD=../faults.so", "ASAN_OPTIONS=verify_asan_link_order=0",
+         "FAULT_MARK=../mark", set("FAULT_CALL=", call), set("FAULT_ERROR=", error),
+         set("FAULT_UNNAMED=", GetParam().unnamed),
          set("FAULT_WRITING=", GetParam().reading ? 0 : 1), ZANDOR_GATHER, "control.inp"});
     return fs::exists("mark");
   }
