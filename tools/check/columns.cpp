@@ -38,8 +38,9 @@ bool names_layer(const JobData& jobs, const OddLines& extra) {
 }  // namespace
 
 void check_columns(const JobData& jobs, const Thresholds&, Report& report) {
-  if (jobs.input && !names_layer(jobs, jobs.input->rows.extra)) {
-    report_rows(jobs.input->rows, "the coordinates", 4, jobs.run.com_name.content(), 0, report);
+  if (jobs.input && !names_layer(jobs, jobs.input->extra)) {
+    report_rows({jobs.input->extra, {}}, "the coordinates", 4, jobs.run.com_name.content(), 0,
+                report);
   }
   for (int i = 0; i <= jobs.run.n6; ++i) {
     const SignFile& file = jobs.sign_file(i);

@@ -11,11 +11,11 @@ void check_input(const JobData& jobs, const Thresholds& limits, Report& report) 
     return;
   }
   const GeometryDifference difference =
-      compare_geometries(jobs.input->atoms.x, jobs.sign_file(0).geometry->x, limits.input);
+      compare_geometries(jobs.input->x, jobs.sign_file(0).geometry->x, limits.input);
   report.figure("largest difference (Angstrom)", difference.largest);
   if (difference.kind == GeometryDifference::Kind::none) return;
   const auto atom = static_cast<std::size_t>(difference.atom - 1);
-  report.add(Severity::warning, {place.file, jobs.input->atoms.lines[atom]},
+  report.add(Severity::warning, {place.file, jobs.input->lines[atom]},
              "the geometry " + describe(difference) + ", against " +
                  std::string(jobs.job(0).sgn_name.content()) +
                  ": the projection and the animations use this one, the forces belong to that one",

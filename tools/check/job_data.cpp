@@ -116,8 +116,8 @@ void read_input(JobData& jobs) {
   add_faults_of_other_files(faults, jobs.reference_faults);
   if (!faults.empty()) return;
   jobs.input_x = {"geometry of the input", {3, jobs.run.natom}};
-  for (std::size_t k = 0; k < input.atoms.x.size(); ++k) {
-    jobs.input_x.data()[k] = input.atoms.x[k] / flib::angstrom_per_bohr;
+  for (std::size_t k = 0; k < input.x.size(); ++k) {
+    jobs.input_x.data()[k] = input.x[k] / flib::angstrom_per_bohr;
   }
   jobs.input = std::move(input);
 }
@@ -130,8 +130,9 @@ void read_reference_files(JobData& jobs) {
     int info = 0;
     flib::qm_file_ifoniom(reference.log_name.padded(), jobs.layered, info);
   });
-  const auto of_sign_file = faults_of(
-      [&] { read_sign_file(reference.sgn_name.content(), run.natom, true, jobs.sign_files[0]); });
+  const auto of_sign_file = faults_of([&] {
+    read_sign_file(reference.sgn_name.content(), run.natom, nullptr, jobs.sign_files[0]);
+  });
   add_faults_of_other_files(of_sign_file, jobs.reference_faults);
   add_faults_of_other_files(of_output, jobs.reference_faults);
   read_input(jobs);
@@ -165,7 +166,7 @@ void read_computed(JobData& jobs, int i) {
     std::fill_n(run.tdip.column(i), 3, 0.0);
   }
   jobs.force_rounding[place] = print_rounding(run.force.column(1, i), run.n3);
-  faults_of([&] { read_sign_file(name, run.natom, false, jobs.sign_files[place]); });
+  faults_of([&] { read_sign_file(name, run.natom, &jobs.sign_files[0], jobs.sign_files[place]); });
 }
 
 }  // namespace

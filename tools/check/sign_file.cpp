@@ -98,6 +98,7 @@ void read_freely(Row& row, const io::Subject& subject) {
 
 void read_row(Row& row, const io::Subject& subject) {
   row.extra.clear();
+  row.storage.clear();
   std::string_view record;
   const bool ended = io::read_record(input_unit, record) != io::read_ok;
   if (!ended && split_plainly(record, row)) return;
@@ -125,26 +126,60 @@ double real_item(std::string_view item, const io::Subject& subject) {
   return value;
 }
 
-void read_geometry(int natom, SignFile& file) {
+// Passes over the next record if it is this text.
+bool pass_over(const std::string& text) {
+  if (text.empty()) return false;
+  std::string_view record;
+  if (io::read_record(input_unit, record) == io::read_ok && record == text) return true;
+  io::step_back(input_unit);
+  return false;
+}
+
+void read_geometry_row(int a, Row& row, Atoms& atoms) {
+  const io::Subject subject{"the geometry of atom", a};
+  const auto place = static_cast<std::size_t>(a - 1);
+  read_row(row, subject);
+  atoms.symbols[place] = row.item[1].substr(0, 2);
+  atoms.numbers[place] = 0;
+  io::parse_integer(row.item[2], atoms.numbers[place]);
+  atoms.masses[place] = real_item(row.item[3], subject);
+  for (std::size_t k = 0; k < 3; ++k) {
+    atoms.x[3 * place + k] = real_item(row.item[k + 4], subject);
+  }
+}
+
+// The record read last, if it holds the whole of a row that is not odd.
+std::string plain_text(const Row& row, const BlockRows& rows) {
+  if (!row.storage.empty() || rows.extra.count > 0 || rows.unordered.count > 0) return {};
+  std::string_view record;
+  io::step_back(input_unit);
+  io::read_record(input_unit, record);
+  return std::string(record);
+}
+
+void read_geometry(int natom, const SignFile* reference, SignFile& file) {
   io::pass_over_lines(input_unit, 1, "the caption of the geometry");
-  Atoms atoms;
   const auto count = static_cast<std::size_t>(natom);
-  atoms.symbols.reserve(count);
-  atoms.numbers.reserve(count);
-  atoms.masses.reserve(count);
-  atoms.x.reserve(3 * count);
+  Atoms atoms;
+  if (reference != nullptr && reference->geometry) {
+    atoms = *reference->geometry;
+  } else {
+    atoms.symbols.resize(count);
+    atoms.numbers.resize(count);
+    atoms.masses.resize(count);
+    atoms.x.resize(3 * count);
+  }
   Row row;
   row.wanted = 7;
   for (int a = 1; a <= natom; ++a) {
-    const io::Subject subject{"the geometry of atom", a};
-    read_row(row, subject);
+    const auto place = static_cast<std::size_t>(a - 1);
+    if (reference != nullptr && reference->geometry &&
+        pass_over(reference->geometry_texts[place])) {
+      continue;
+    }
+    read_geometry_row(a, row, atoms);
     look_at_numbering(row, a, file.geometry_rows);
-    atoms.symbols.emplace_back(row.item[1].substr(0, 2));
-    int number = 0;
-    io::parse_integer(row.item[2], number);
-    atoms.numbers.push_back(number);
-    atoms.masses.push_back(real_item(row.item[3], subject));
-    for (std::size_t k = 4; k < 7; ++k) atoms.x.push_back(real_item(row.item[k], subject));
+    if (reference == nullptr) file.geometry_texts.push_back(plain_text(row, file.geometry_rows));
   }
   file.geometry = std::move(atoms);
 }
@@ -214,7 +249,8 @@ void read_header_line(std::string_view record, SignHeader& header) {
 
 }  // namespace
 
-void read_sign_file(std::string_view name, int natom, bool is_reference, SignFile& file) {
+void read_sign_file(std::string_view name, int natom, const SignFile* reference, SignFile& file) {
+  const bool is_reference = reference == nullptr;
   io::open_existing(input_unit, name);
   bool dipole_met = false;
   std::string_view record;
@@ -222,7 +258,7 @@ void read_sign_file(std::string_view name, int natom, bool is_reference, SignFil
     const std::string_view head = record.substr(0, io::line_capacity);
     if (file.geometry_line == 0 && head.find(geometry_header) != head.npos) {
       file.geometry_line = io::line_number(input_unit);
-      read_geometry(natom, file);
+      read_geometry(natom, reference, file);
     } else if (!dipole_met && head.find(dipole_header) != head.npos) {
       dipole_met = true;
       if (is_reference) read_dipole(file);
@@ -249,14 +285,13 @@ void read_reference_input(std::string_view name, int natom, ReferenceInput& inpu
   } while (record.empty() || !io::is_digit(record.front()));
   Row row;
   row.wanted = 4;
-  Atoms& atoms = input.atoms;
   for (int a = 1; a <= natom; ++a) {
     const io::Subject subject{"the coordinates of atom", a};
     read_row(row, subject);
-    if (!row.extra.empty()) add_odd_line(input.rows.extra, a, row.extra);
-    atoms.lines.push_back(io::line_number(input_unit));
-    atoms.symbols.emplace_back(row.item[0]);
-    for (std::size_t k = 1; k < 4; ++k) atoms.x.push_back(real_item(row.item[k], subject));
+    if (!row.extra.empty()) add_odd_line(input.extra, a, row.extra);
+    input.lines.push_back(io::line_number(input_unit));
+    input.words.emplace_back(row.item[0]);
+    for (std::size_t k = 1; k < 4; ++k) input.x.push_back(real_item(row.item[k], subject));
   }
   io::close(input_unit);
 }

@@ -26,11 +26,10 @@ struct SignHeader {
 // Symbols, numbers, masses (amu) and coordinates (3 per atom, Angstrom) of a geometry, each in the
 // order of the file.
 struct Atoms {
-  std::vector<std::string> symbols;
+  std::vector<io::Text<2>> symbols;
   std::vector<int> numbers;
   std::vector<double> masses;
   std::vector<double> x;
-  std::vector<long long> lines;  // of an input only
 };
 
 // Lines of one block that look alike: the first of them, how many, and what was found there.
@@ -56,16 +55,22 @@ struct SignFile {
   BlockRows geometry_rows;
   BlockRows force_rows;
   long long geometry_line = 0;  // of the block's header; 0: none
+  // Of the reference: the geometry's lines, empty those that are odd or not spelled plainly.
+  std::vector<std::string> geometry_texts;
 };
 
-// Reads what it can of a sign file of natom atoms. Of the reference also the dipole and the forces
-// are kept. A number that is malformed is a fatal stop; `file` then holds what came before it.
-void read_sign_file(std::string_view name, int natom, bool is_reference, SignFile& file);
+// Reads what it can of a sign file of natom atoms. Without `reference` it is that of the reference,
+// of which dipole and forces are kept, too; with it, lines of the geometry that are those of the
+// reference are not taken apart once more. A number that is malformed is a fatal stop; `file` then
+// holds what came before it.
+void read_sign_file(std::string_view name, int natom, const SignFile* reference, SignFile& file);
 
-// The reference's input: symbols and coordinates, lines.
+// The reference's input, in the order of the file.
 struct ReferenceInput {
-  Atoms atoms;
-  BlockRows rows;
+  std::vector<std::string> words;  // what stands in front of the coordinates
+  std::vector<double> x;           // 3 per atom, Angstrom
+  std::vector<long long> lines;
+  OddLines extra;  // more items than are read
 };
 
 // Reads the coordinates of an input of natom atoms behind its first line that begins with a digit.

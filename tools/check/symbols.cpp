@@ -54,7 +54,7 @@ void compare_list_with_itself(const JobData& jobs, Report& report) {
 Atom of_sign_file(const JobData& jobs, int i, std::size_t a) {
   const Atoms& atoms = *jobs.sign_file(i).geometry;
   const Atom listed = of_list(jobs, a);
-  const std::string_view symbol = io::trimmed(atoms.symbols[a]);
+  const std::string_view symbol = atoms.symbols[a].content();
   return {symbol.empty() ? listed.symbol : symbol,
           atoms.numbers[a] == 0 ? listed.number : atoms.numbers[a]};
 }
@@ -77,13 +77,13 @@ void compare_sign_file(const JobData& jobs, int i, Report& report) {
 }
 
 void compare_input(const JobData& jobs, Report& report) {
-  const Atoms& atoms = jobs.input->atoms;
-  for (std::size_t a = 0; a < atoms.symbols.size(); ++a) {
-    const int number = element_of_word(atoms.symbols[a]);
+  const ReferenceInput& input = *jobs.input;
+  for (std::size_t a = 0; a < input.words.size(); ++a) {
+    const int number = element_of_word(input.words[a]);
     const Atom listed = of_list(jobs, a);
     if (number == 0 || number == listed.number) continue;
-    report.add(Severity::warning, {jobs.run.com_name.content(), atoms.lines[a]},
-               "atom " + std::to_string(a + 1) + " is '" + io::printable(atoms.symbols[a]) +
+    report.add(Severity::warning, {jobs.run.com_name.content(), input.lines[a]},
+               "atom " + std::to_string(a + 1) + " is '" + io::printable(input.words[a]) +
                    "', in " + zandor::job_list_name + " " + text(listed),
                0);
     return;
