@@ -100,7 +100,8 @@ Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigi
       weight.asDiagonal() * Matrix(run.hess.data(), run.n3, run.n3) * weight.asDiagonal();
   const Eigen::MatrixXd space = complement(rigid);
   Vibrations vibrations;
-  if (space.cols() == 0) return vibrations;
+  vibrations.modes = space;
+  if (space.cols() == 0) return vibrations;  // one atom
   const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(space.transpose() * weighted * space);
   const Eigen::VectorXd& lambda = solver.eigenvalues();
   if (solver.info() != Eigen::Success || !lambda.allFinite()) {
