@@ -113,6 +113,8 @@ TEST_F(ZandorExport, writes_a_file_completely_or_not_at_all) {
   EXPECT_EQ(run({"molden", "control.inp", "-o", "modes"}).status, 0);
   const std::string before = support::read_file("modes");
   EXPECT_EQ(before, run({"molden", "control.inp"}).out);
+  EXPECT_EQ(run({"xyz", "--movie", "8", "4", "control.inp", "-o", "film"}).err, "");
+  EXPECT_TRUE(support::read_file("film").starts_with("4\nProperties="));
   fs::remove("coord-ch2o-s1-03my.sgn");
   EXPECT_EQ(run({"molden", "control.inp", "-o", "modes"}).status, 2);
   EXPECT_EQ(support::read_file("modes"), before);

@@ -122,6 +122,7 @@ void add_mode_options(CLI::App& molden, CLI::App& xyz, Request& request) {
   mode->check(CLI::PositiveNumber);
   xyz.add_option("--movie", request.movie, "mode and number of frames: one period of its motion")
       ->expected(2)
+      ->allow_extra_args(false)
       ->type_name("N FRAMES")
       ->check(CLI::Range(1, 100000))
       ->excludes(mode);
