@@ -6,6 +6,7 @@
 #include "io/units.hpp"
 #include "io/values.hpp"
 #include "run_data.hpp"
+#include "sign_file_blocks.hpp"
 
 namespace check {
 
@@ -13,11 +14,9 @@ namespace {
 
 using zandor::input_unit;
 
-constexpr std::string_view geometry_header =
-    "Center  Atomic  Atomic    Atomic            Coordinates (Angstroms)";
-constexpr std::string_view dipole_header =
-    "Ground to excited state transition electric dipole moments (Au)";
-constexpr std::string_view forces_header = "Center Atomic Forces (Hartrees/Bohr)";
+using zandor::dipole_header;
+using zandor::forces_header;
+using zandor::geometry_header;
 
 constexpr std::size_t most_items = 8;
 

@@ -14,16 +14,11 @@
 #include "io/process.hpp"
 #include "io/units.hpp"
 #include "io/values.hpp"
+#include "sign_file_blocks.hpp"
 
 namespace zandor {
 
 namespace {
-
-constexpr const char* geometry_header =
-    "Center  Atomic  Atomic    Atomic            Coordinates (Angstroms)";
-constexpr const char* dipole_header =
-    "Ground to excited state transition electric dipole moments (Au)";
-constexpr const char* forces_header = "Center Atomic Forces (Hartrees/Bohr)";
 
 void find_block(const char* header, int job) {
   const std::int64_t before = io::position(input_unit);

@@ -65,6 +65,7 @@ void InputFile::attach(int descriptor, const std::string& name) {
 
 void InputFile::close() {
   if (owned_) ::close(descriptor_);
+  owned_ = false;
   descriptor_ = -1;
 }
 
