@@ -13,8 +13,8 @@ using support::edit_file;
 
 constexpr const char* formaldehyde = "/examples/formaldehyde-s1";
 constexpr const char* derived = "/examples/formaldehyde-s1-c2v";
-constexpr const char* job = "coord-ch2o-s1-01px.sgn";
-constexpr const char* reference = "coord-ch2o-s1-ref.sgn";
+constexpr const char* spoilt = "coord-ch2o-s1-01px.sgn";
+constexpr const char* reference_file = "coord-ch2o-s1-ref.sgn";
 constexpr const char* input = "coord-ch2o-s1-ref.com";
 constexpr const char* oniom = " Entering Gaussian System\n # oniom(td:uff)\n";
 
@@ -31,11 +31,11 @@ void edit(const char* file, const char* from, const char* to) { edit_file(file, 
 void edit_all(const std::function<void(const std::string&)>& change) {
   for (const auto& entry : std::filesystem::directory_iterator(".")) {
     const std::string name = entry.path().filename();
-    if (name.ends_with(".sgn") && name != reference) change(name);
+    if (name.ends_with(".sgn") && name != reference_file) change(name);
   }
 }
 
-void drop_forces_of_reference() { edit(reference, "Center Atomic Forces", "No forces"); }
+void drop_forces_of_reference() { edit(reference_file, "Center Atomic Forces", "No forces"); }
 
 // Takes the coordinates of the input for others.
 void write_input(const std::function<std::string(double x, double y, double z)>& row) {
@@ -67,9 +67,9 @@ void scale_forces(const std::string& name, double factor) {
 }
 
 void push_first_atom() {
-  std::vector<double> forces = forces_of(job, 4);
+  std::vector<double> forces = forces_of(spoilt, 4);
   forces[0] += 1e-4;
-  set_forces(job, forces);
+  set_forces(spoilt, forces);
 }
 
 const Row rows[] = {
@@ -77,18 +77,18 @@ const Row rows[] = {
      "files.out:44: error: job 8 (atom 2 (O) x+) reads the same sign file as job 2"},
     {"names", [] { edit("files.out", "     5   ch2o", "     6   ch2o"); },
      "files.out:41: error: expected job 5, found the number 6"},
-    {"files", [] { scale_forces(job, 0.0); },
+    {"files", [] { scale_forces(spoilt, 0.0); },
      "coord-ch2o-s1-01px.sgn: error: all forces of job 2 (atom 1 (C) x+) are exactly zero"},
-    {"files", [] { edit(job, "0.0003379346", "NaN"); },
+    {"files", [] { edit(spoilt, "0.0003379346", "NaN"); },
      "coord-ch2o-s1-01px.sgn:33: error: expected the force on atom 1"},
-    {"files", [] { edit(reference, "tden_maxval", "largest"); },
+    {"files", [] { edit(reference_file, "tden_maxval", "largest"); },
      "coord-ch2o-s1-ref.sgn: error: no line holds 'tden_maxval'"},
     {"files", [] { edit("control.inp", "0.005", "0.01"); }, "files.out:3: warning: the step is"},
     {"files", [] { std::filesystem::remove(input); }, "coord-ch2o-s1-ref.com: error: "},
-    {"columns", [] { edit(job, "1      0.00033", "1  6   0.00033"); },
+    {"columns", [] { edit(spoilt, "1      0.00033", "1  6   0.00033"); },
      "01px.sgn:33: warning: the force of atom 1: more items than the 4 that are read, the first of "
      "them '0.0000077188'"},
-    {"columns", [] { swap_lines(job, forces_at); },
+    {"columns", [] { swap_lines(spoilt, forces_at); },
      "01px.sgn:35: warning: the force of atom 3: the line is numbered '4', but atoms are read in "
      "the order of the lines (and 1 more line of the block)"},
     {"columns", [] { edit(input, " C  ", " C 0"); },
@@ -99,31 +99,32 @@ const Row rows[] = {
        support::write_file("coord-ch2o-s1-ref.log", oniom);
      },
      ""},
-    {"header", [] { edit(job, "nmo            =         32", "nmo = 31"); },
+    {"header", [] { edit(spoilt, "nmo            =         32", "nmo = 31"); },
      "01px.sgn:8: warning: nmo is 31, in the reference 32"},
-    {"header", [] { edit(job, "18      7", "18 6"); },
+    {"header", [] { edit(spoilt, "18      7", "18 6"); },
      "tden_maxloc is 18 6, in the reference 18 7"},
-    {"header", [] { edit(job, "0.3075126970", "-0.3075"); }, "the sign of the state has turned"},
-    {"header", [] { edit(job, "0.3075126970", "0.24"); }, "the state has changed"},
+    {"header", [] { edit(spoilt, "0.3075126970", "-0.3075"); }, "the sign of the state has turned"},
+    {"header", [] { edit(spoilt, "0.3075126970", "0.24"); }, "the state has changed"},
     {"symbols", [] { edit("files.out", "2   O        8", "2   O        7"); },
      "files.out:30: warning: atom 2 is 'O' 7, but the number of that symbol is 8"},
     {"symbols", [] { edit(input, " O ", " S "); }, "ref.com:9: warning: atom 2 is 'S'"},
     {"symbols", [] { edit(input, " O ", " 8 "); }, ""},
-    {"masses", [] { edit(reference, "15.994910", "15.9"); },
+    {"masses", [] { edit(reference_file, "15.994910", "15.9"); },
      "ref.sgn:22: note: atom 2 has the mass 15.9 amu; the nearest isotope of atomic number 8 has "
      "15.994915"},
-    {"geometry", [] { edit(job, "0.00500000      0.0000", "0.00000000      0.0050"); },
+    {"geometry", [] { edit(spoilt, "0.00500000      0.0000", "0.00000000      0.0050"); },
      "01px.sgn:22: error: moved atom 1 (C) y by 0.005 Angstrom where atom 1 (C) x should have "
      "moved "
      "by 0.005 Angstrom: it would fit job 4 (atom 1 (C) y+)"},
-    {"geometry", [] { edit(job, "0.00500000", "0.00000000"); }, "error: holds the reference geom"},
+    {"geometry", [] { edit(spoilt, "0.00500000", "0.00000000"); },
+     "error: holds the reference geom"},
     {"geometry", [] { edit("control.inp", "disp_sign = 1", "disp_sign = -1"); },
      "files.out:37: error: every job holds the step of the other sign"},
     {"geometry",
      [] {
        edit_all([](const std::string& name) {
          Lines lines = read_lines(name);
-         const Lines good = read_lines(reference);
+         const Lines good = read_lines(reference_file);
          std::copy_n(good.begin() + static_cast<long>(geometry_at(good)), 4,
                      lines.begin() + static_cast<long>(geometry_at(lines)));
          write_lines(name, lines);
@@ -148,16 +149,16 @@ const Row rows[] = {
      "has in the atom table an image of atom 4 that is of another element or taken twice", derived},
     {"derived", [] { edit("files.out", "        2        2", "        0        2"); },
      "files.out:37: error: the forces of job 1 are zero: its source, job 0", derived},
-    {"duplicate", [] { set_forces(job, forces_of("coord-ch2o-s1-02px.sgn", 4)); },
+    {"duplicate", [] { set_forces(spoilt, forces_of("coord-ch2o-s1-02px.sgn", 4)); },
      "01px.sgn: error: the forces of job 2 (atom 1 (C) x+) are those of job 8 (atom 2 (O) x+), "
      "digit for digit (coord-ch2o-s1-02px.sgn) [duplicate]"},
-    {"stationary", [] { edit(reference, "0.0000000784", "0.0002"); },
+    {"stationary", [] { edit(reference_file, "0.0000000784", "0.0002"); },
      "ref.sgn: note: the reference is not a stationary point: the force on atom 1 (C) z is 0.0002"},
     {"stationary", drop_forces_of_reference, "note: not looked at"},
     {"asymmetry",
      [] {
        drop_forces_of_reference();
-       scale_forces(job, 0.5);
+       scale_forces(spoilt, 0.5);
      },
      "01mx.sgn: warning: the forces do not fit those of the other jobs: h(i,j) - h(j,i) is 0.003"},
     {"net-force", push_first_atom, "01px.sgn: warning: net force in the column of atom 1 (C) x"},
@@ -169,9 +170,9 @@ const Row rows[] = {
      "01px.sgn: note: net force in the column of atom 1 (C) x"},
     {"net-force", [] { edit_all([](const std::string& n) { swap_lines(n.c_str(), forces_at); }); },
      "files.out: warning: 6 coordinates with a net torque"},
-    {"dipole-sum", [] { std::filesystem::remove(job); },
+    {"dipole-sum", [] { std::filesystem::remove(spoilt); },
      "files.out: note: not looked at: 1 job without a dipole"},
-    {"dipole-jump", [] { edit(job, "0.00264     0.0", "0.00264     0.5"); },
+    {"dipole-jump", [] { edit(spoilt, "0.00264     0.0", "0.00264     0.5"); },
      "01px.sgn: warning: the transition dipole jumps by 0.5 au between the two jobs of atom 1 (C) "
      "x"},
     {"frame",

@@ -1,6 +1,8 @@
 """The page in a headless Chromium: what it shows, saves and does not ask the network for.
 
-usage: page_test.py ZANDOR_EXPORT MAKE_JOBS JOBDIRECTORY
+usage: page_test.py ZANDOR_EXPORT MAKE_JOBS LARGE JOBDIRECTORY
+
+LARGE is the number of atoms of the large molecule.
 """
 import json
 import os
@@ -13,7 +15,7 @@ import time
 from browser import Browser
 from common import copy_of, export, skip
 
-program, make_jobs, example = sys.argv[1:4]
+program, make_jobs, large_natom, example = sys.argv[1:5]
 chromium = shutil.which("chromium") or shutil.which("chromium-browser")
 if chromium is None:
     skip("needs chromium")
@@ -101,8 +103,8 @@ def check_narrow_and_dark(browser, folder):
 with tempfile.TemporaryDirectory() as temporary, Browser(chromium, temporary) as browser:
     small = copy_of(example, temporary)
     large = os.path.join(temporary, "large")
-    subprocess.run([make_jobs, "300", large], check=True)
-    for folder, natom in (small, 4), (large, 300):
+    subprocess.run([make_jobs, large_natom, large], check=True)
+    for folder, natom in (small, 4), (large, int(large_natom)):
         open_page(browser, folder)
         check_picking(browser, 3 * natom)
         if folder is small:

@@ -22,12 +22,12 @@ TEST(fc_to_fcm, weights_the_upper_triangle_and_mirrors_it) {
 
 TEST(fc_to_fcm, checks_the_order_before_the_direction) {
   int info = 5;
-  double untouched = 1.0;
-  flib::fc_to_fcm(0, &untouched, &untouched, &untouched, 7, info);
+  double unset = 1.0;
+  flib::fc_to_fcm(0, &unset, &unset, &unset, 7, info);
   EXPECT_EQ(info, -1);
-  flib::fc_to_fcm(1, &untouched, &untouched, &untouched, 7, info);
+  flib::fc_to_fcm(1, &unset, &unset, &unset, 7, info);
   EXPECT_EQ(info, -2);
-  EXPECT_EQ(untouched, 1.0);
+  EXPECT_EQ(unset, 1.0);
 }
 
 }  // namespace

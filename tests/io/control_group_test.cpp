@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int unit = 20;
+using support::unit;
 
 std::string read_group(const std::string& content) {
   support::TempFolder folder;

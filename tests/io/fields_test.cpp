@@ -83,7 +83,7 @@ TEST(fields, round_as_the_exact_value_says) {
     if (shown[shown.size() - 5] == 'E') shown = " " + shown.erase(shown.size() - 5, 1);
     ASSERT_EQ(sci(value, 30, 6), shown);
   };
-  for (int i = 0; i < 100000; ++i) {
+  for (int i = 0; i < 50000; ++i) {
     const auto bits = static_cast<std::uint64_t>(random());
     const double any = std::bit_cast<double>(bits);
     if (std::isfinite(any)) compare(any);

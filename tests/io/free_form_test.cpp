@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int unit = 20;
+using support::unit;
 
 // Reads items as `kinds` says (i, r, l, w; capitals: a value must be given) and joins what came
 // back; "-" where nothing was given.

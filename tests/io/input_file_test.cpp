@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int unit = 20;
+using support::unit;
 
 std::string next(int fid) {
   io::Text<5> line("??");

@@ -11,31 +11,31 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int unit = 30;
+constexpr int out_unit = 30;
 
 TEST(output_file, writes_more_than_its_buffer_and_replaces_or_keeps) {
   support::TempFolder folder;
   support::write_file("out", "before");
-  io::open_kept(unit, "out ");
-  io::close(unit);
+  io::open_kept(out_unit, "out ");
+  io::close(out_unit);
   EXPECT_EQ(support::read_file("out"), "before");
-  io::open_replaced(unit, "out");
+  io::open_replaced(out_unit, "out");
   std::string expected;
   const std::string text(300000, 'x');
-  io::output(unit).text(text);
+  io::output(out_unit).text(text);
   for (int i = 0; i < 50000; ++i) {
-    io::output(unit).integer(i, 7).end_line();
+    io::output(out_unit).integer(i, 7).end_line();
     std::string line = std::to_string(i) + "\n";
     expected += std::string(8 - line.size(), ' ') + line;
   }
-  io::close(unit);
+  io::close(out_unit);
   EXPECT_EQ(support::read_file("out"), text + expected);
 }
 
 void write(const char* name, const std::string& content) {
-  io::open_replaced(unit, name);
-  io::output(unit).text(content);
-  io::close(unit);
+  io::open_replaced(out_unit, name);
+  io::output(out_unit).text(content);
+  io::close(out_unit);
 }
 
 // The names in the working folder and their content, links shown by where they lead.
@@ -56,10 +56,10 @@ TEST(output_file, takes_the_place_of_another_when_it_is_complete) {
   fs::permissions("old", fs::perms::owner_all);
   fs::create_symlink("old", "link");
   fs::create_symlink("new", "dangling");
-  io::open_replaced(unit, "link");
-  io::output(unit).text(std::string(300000, 'x'));
+  io::open_replaced(out_unit, "link");
+  io::output(out_unit).text(std::string(300000, 'x'));
   EXPECT_EQ(support::read_file("old"), "old");
-  io::close(unit);
+  io::close(out_unit);
   write("link", "1");
   write("dangling", "2");
   EXPECT_EQ(folder(), "dangling=->new link=->old new=2 old=1 ");

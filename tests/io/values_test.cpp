@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr double inf = std::numeric_limits<double>::infinity();
+constexpr double infinite = std::numeric_limits<double>::infinity();
 
 TEST(values, reads_every_spelling_of_a_real) {
   const struct {
@@ -19,10 +19,10 @@ TEST(values, reads_every_spelling_of_a_real) {
       {"+2.5q1", 25},       {"7", 7},
       {".5", 0.5},          {"5.", 5},
       {"1e5", 1e5},         {"-.5E-1", -0.05},
-      {"1e400", inf},       {"-10.0D9223372036854775807", -inf},
+      {"1e400", infinite},  {"-10.0D9223372036854775807", -infinite},
       {"1e-400", 0},        {"0e999", 0},
       {"0.0001-400", 0},    {"1e-99999999999999999999", 0},
-      {"INF", inf},         {"-infinity", -inf},
+      {"INF", infinite},    {"-infinity", -infinite},
       {"4.9d-324", 5e-324}, {"+1", 1},
       {"0.1", 0.1},         {"9007199254740993", 9007199254740992.0},
   };

@@ -10,6 +10,8 @@
 
 namespace support {
 
+inline constexpr int unit = 20;  // of the file that a test reads
+
 // A folder of its own that becomes the working folder, until the end of the test.
 class TempFolder {
  public:

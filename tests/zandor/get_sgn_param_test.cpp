@@ -29,12 +29,12 @@ Parameters read_header(const std::string& content) {
   return ask(true, "coord-a.sgn  ");
 }
 
-const std::string good =
+const std::string good_header =
     "title\n\"n a t o m\" = 3\nnmo , = , 27\nmi = 12\n\"m a\" = 15\nmci = 3\nNFC = 1\nNFV = +0\n"
     "tden_maxloc = 12 2\ntden_maxval = -.72\n";
 
 TEST(get_sgn_param, reads_the_third_field_of_each_keyword_line) {
-  const Parameters p = read_header(good);
+  const Parameters p = read_header(good_header);
   EXPECT_EQ(p.counts, (Counts{3, 27, 33, 12, 15, 3, 1, 0})) << "nbsuse, the third, is not touched";
   EXPECT_EQ(p.location, (std::array<int, 2>{12, 2}));
   EXPECT_EQ(p.value, -0.72);
@@ -42,7 +42,7 @@ TEST(get_sgn_param, reads_the_third_field_of_each_keyword_line) {
 
 TEST(get_sgn_param, stops_at_missing_keywords_and_values) {
   const auto edited = [](const std::string& from, const std::string& to) {
-    std::string text = good;
+    std::string text = good_header;
     return text.replace(text.find(from), from.size(), to);
   };
   EXPECT_TRUE(support::stops(

@@ -2,13 +2,13 @@
 #include <gtest/gtest.h>
 
 #include "support/support.hpp"
+#include "zandor/good_job.hpp"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 const fs::path project = PROJECT_FOLDER;
-constexpr const char* results[] = {"zandor-es.out", "vib.xyz", "vibp.xyz"};
 
 class JobDirectory : public testing::TestWithParam<const char*> {
  protected:

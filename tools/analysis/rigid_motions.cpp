@@ -13,6 +13,7 @@ namespace {
 constexpr double rank_tolerance = 1e-6;        // of the largest singular value
 constexpr double degeneracy_tolerance = 1e-4;  // of the largest moment of inertia
 
+using Matrix6d = Eigen::Matrix<double, 6, 6>;
 using Geometry = Eigen::Map<const Eigen::Matrix3Xd>;
 
 Geometry geometry_of(const zandor::RunData& run) { return {run.x.data(), 3, run.natom}; }
@@ -46,6 +47,22 @@ double largest_share(const PrincipalAxes& principal, const Eigen::Vector3d& dire
   return std::sqrt(std::min(largest, 1.0));
 }
 
+// The space of the columns. Their triangular factor has their singular values, and is small.
+RigidMotions orthonormalised(const Eigen::MatrixXd& vectors) {
+  const Eigen::Index rows = std::min<Eigen::Index>(vectors.rows(), 6);
+  const Eigen::HouseholderQR<Eigen::MatrixXd> qr(vectors);
+  Matrix6d factor = Matrix6d::Zero();
+  factor.topRows(rows).triangularView<Eigen::Upper>() = qr.matrixQR().topRows(rows);
+  const Eigen::JacobiSVD<Matrix6d, Eigen::NoQRPreconditioner> svd(factor, Eigen::ComputeFullU);
+  const Eigen::Vector<double, 6> values = svd.singularValues();
+  RigidMotions rigid;
+  rigid.rank = static_cast<int>((values.array() > rank_tolerance * values(0)).count());
+  rigid.basis = Eigen::MatrixXd::Zero(vectors.rows(), rigid.rank);
+  rigid.basis.topRows(rows) = svd.matrixU().topLeftCorner(rows, rigid.rank);
+  rigid.basis.applyOnTheLeft(qr.householderQ());
+  return rigid;
+}
+
 }  // namespace
 
 RigidMotions rigid_motions(const zandor::RunData& run) {
@@ -65,12 +82,7 @@ RigidMotions rigid_motions(const zandor::RunData& run) {
   vectors.leftCols<3>() /= vectors.col(0).norm();
   const double longest = vectors.rightCols<3>().colwise().stableNorm().maxCoeff();
   if (longest > 0.0) vectors.rightCols<3>() /= longest;
-  const Eigen::JacobiSVD<Eigen::MatrixXd> svd(vectors, Eigen::ComputeThinU);
-  RigidMotions rigid;
-  const Eigen::VectorXd& values = svd.singularValues();
-  rigid.rank = static_cast<int>((values.array() > rank_tolerance * values(0)).count());
-  rigid.basis = svd.matrixU().leftCols(rigid.rank);
-  return rigid;
+  return orthonormalised(vectors);
 }
 
 double rigid_weight(const RigidMotions& rigid,

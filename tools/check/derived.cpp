@@ -128,7 +128,7 @@ std::map<int, std::vector<int>> jobs_by_operation(const JobData& jobs) {
 }
 
 // What the reader of the list says about derived jobs: sources without forces.
-void pass_on_warnings(const JobData& jobs, Report& report) {
+void pass_on_list_warnings(const JobData& jobs, Report& report) {
   for (const Fault& warning : jobs.list_warnings) {
     for (int i = 1; i <= jobs.run.n6; ++i) {
       if (jobs.job(i).is_calc || jobs.job(i).list_line != warning.line) continue;
@@ -193,7 +193,7 @@ void mark_wrong_images(JobData& jobs, const Thresholds& limits) {
 }
 
 void check_derived(const JobData& jobs, const Thresholds& limits, Report& report) {
-  pass_on_warnings(jobs, report);
+  pass_on_list_warnings(jobs, report);
   const auto used = jobs_by_operation(jobs);
   if (used.empty()) return;
   if (!jobs.has_geometry()) {

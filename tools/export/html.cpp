@@ -71,7 +71,7 @@ void write_displacements(const ModeList& list, JsonText& json) {
   json.numbers(scales.data(), n3);
 }
 
-void write_modes(const ModeList& list, JsonText& json) {
+void write_mode_set(const ModeList& list, JsonText& json) {
   const std::size_t n3 = list.frequencies.size();
   json.begin_object();
   json.key("frequencies");
@@ -94,7 +94,7 @@ void write_modes(const ModeList& list, JsonText& json) {
   json.end_object();
 }
 
-void write_molecule(const Results& results, JsonText& json) {
+void write_view(const Results& results, JsonText& json) {
   json.key("formula");
   json.texts(formula(results.symbols));
   json.key("symbols");
@@ -143,13 +143,13 @@ void write_html(const Results& results, io::OutputFile& out) {
   json.text(results.control_file);
   json.key("notes");
   json.texts(results.notes);
-  write_molecule(results, json);
+  write_view(results, json);
   json.key("sets");
   json.begin_object();
   json.key("projected");
-  write_modes(results.projected, json);
+  write_mode_set(results.projected, json);
   json.key("unprojected");
-  write_modes(results.unprojected, json);
+  write_mode_set(results.unprojected, json);
   json.end_object();
   json.end_object();
   out.text(page.substr(at + place_of_data.size()));

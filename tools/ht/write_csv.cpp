@@ -9,7 +9,7 @@ std::string cell(const std::optional<double>& value) {
   return "," + (value ? io::shown(*value) : std::string());
 }
 
-std::string row(const Request& request, const Line& line) {
+std::string comma_row(const Request& request, const Line& line) {
   std::string text = shown_modes(line) + cell(line.frequency);
   for (const double component : line.dmu_dQ) text += cell(component);
   for (const double component : line.dmu_dQ) {
@@ -40,7 +40,7 @@ std::string csv(const Request& request, const zandor::RunData& run,
   if (request.kelvin) text += ",thermal_au";
   if (request.energy) text += ",oscillator_strength";
   text += ",overlap\n";
-  for (const Line& line : results.lines) text += row(request, line);
+  for (const Line& line : results.lines) text += comma_row(request, line);
   return text;
 }
 

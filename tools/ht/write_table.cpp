@@ -40,7 +40,7 @@ std::string caption(const Request& request) {
   return text + right("overlap", 9) + "\n";
 }
 
-std::string row(const Request& request, const Line& line) {
+std::string table_row(const Request& request, const Line& line) {
   std::string text = right(shown_modes(line), 8) + fixed(line.frequency, 11, 3);
   const bool single = line.modes.size() == 1;
   for (const double component : line.dmu_dQ) {
@@ -83,9 +83,9 @@ std::string table(const Request& request, const zandor::RunData& run,
   std::string text;
   for (const std::string& line : head_lines(request, run, dipoles, results)) text += line + "\n";
   text += "\n" + caption(request);
-  for (const Line& line : results.lines) text += row(request, line);
+  for (const Line& line : results.lines) text += table_row(request, line);
   if (!results.degenerate.empty()) text += "\n degenerate modes together\n";
-  for (const Line& line : results.degenerate) text += row(request, line);
+  for (const Line& line : results.degenerate) text += table_row(request, line);
   return text + "\n" + totals_text(results.totals);
 }
 

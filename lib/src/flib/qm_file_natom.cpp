@@ -14,7 +14,7 @@ namespace flib {
 
 namespace {
 
-constexpr std::string_view what = "the number of atoms";
+constexpr std::string_view number_of_atoms = "the number of atoms";
 
 // What a count function gives when the file does not hold what it looks for.
 constexpr int not_found = -1;
@@ -24,20 +24,20 @@ using CountAtoms = int (*)(int fid, const io::Line& found);
 
 template <int skipped>
 int in_items(int fid, const io::Line& found) {
-  return integer_behind_items(fid, found.padded(), skipped, what);
+  return integer_behind_items(fid, found.padded(), skipped, number_of_atoms);
 }
 
 int behind_equals(int fid, const io::Line& found) {
-  return integer_behind_mark(fid, found.padded(), "=", what);
+  return integer_behind_mark(fid, found.padded(), "=", number_of_atoms);
 }
 
 int behind_column_66(int fid, const io::Line& found) {
-  return integer_behind_items(fid, found.padded().substr(66), 0, what);
+  return integer_behind_items(fid, found.padded().substr(66), 0, number_of_atoms);
 }
 
 int on_next_line(int fid, const io::Line& /*found*/) {
   int natom = 0;
-  io::FreeForm(fid).integer(natom, {what});
+  io::FreeForm(fid).integer(natom, {number_of_atoms});
   return natom;
 }
 
@@ -121,7 +121,7 @@ struct Columns {
 constexpr Columns anywhere = {0, 0};
 constexpr Columns ignoring_blanks = {-1, -1};
 
-struct Row {
+struct AtomCount {
   std::string_view label;
   std::string_view text;
   Columns columns;
@@ -130,7 +130,7 @@ struct Row {
 
 // Columns as the programs print them. No file gets the label MOLPRO; its row waits for one that
 // does.
-constexpr Row rows[] = {
+constexpr AtomCount atom_counts[] = {
     {"BDF OUT", "Atom           Cartcoord(Bohr)", anywhere, lines_up_to_blank<0>},
     {"BDF UMV", "NATM", {1, 4}, on_next_line},
     {"CHEMSHELL", "Input Coordinates", anywhere, numbered_lines},
@@ -152,7 +152,7 @@ constexpr Row rows[] = {
     {"VASP", "number of ions", {40, 53}, behind_column_66},
 };
 
-bool find_text(int fid, const Row& row, io::Line& line) {
+bool find_text(int fid, const AtomCount& row, io::Line& line) {
   if (row.columns.first == anywhere.first) return search_word_free(fid, row.text, line);
   if (row.columns.first == ignoring_blanks.first) return search_word_del_space(fid, row.text, line);
   return search_word(fid, row.columns.first, row.columns.last, row.text, line);
@@ -164,10 +164,10 @@ void qm_file_natom(std::string_view fname, int& natom, int& info) {
   const ProbedFile file = open_probed_file(fname, info);
   info = -1;
   const std::string_view label = file.file_type.content();
-  const Row* const row = std::find_if(std::begin(rows), std::end(rows),
-                                      [&](const Row& r) { return r.label == label; });
+  const AtomCount* const row = std::find_if(std::begin(atom_counts), std::end(atom_counts),
+                                            [&](const AtomCount& r) { return r.label == label; });
   io::Line line;
-  if (row != std::end(rows) && find_text(file.fid, *row, line)) {
+  if (row != std::end(atom_counts) && find_text(file.fid, *row, line)) {
     const int count = row->count_atoms(file.fid, line);
     if (count != not_found) {
       natom = count;

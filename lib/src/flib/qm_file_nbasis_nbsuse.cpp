@@ -116,13 +116,13 @@ bool read_turbomole(int fid, const Counts& counts) {
 
 bool read_nothing(int /*fid*/, const Counts& /*counts*/) { return false; }
 
-struct Row {
+struct BasisCount {
   std::string_view label;
   ReadCounts read_counts;
 };
 
 // The files of the kinds that read nothing hold no count of basis functions.
-constexpr Row rows[] = {
+constexpr BasisCount basis_counts[] = {
     {"GAUSSIAN FCHK", read_checkpoint},
     {"GAUSSIAN LOG", read_log},
     {"CHEMSHELL", read_nothing},
@@ -140,7 +140,7 @@ void qm_file_nbasis_nbsuse(std::string_view fname, int& na, int& nb, int& nbasis
                            int& info) {
   const ProbedFile file = open_probed_file(fname, info);
   info = -1;
-  for (const Row& row : rows) {
+  for (const BasisCount& row : basis_counts) {
     if (row.label != file.file_type.content()) continue;
     if (row.read_counts(file.fid, {na, nb, nbasis, nbsuse})) info = 0;
   }

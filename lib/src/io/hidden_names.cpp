@@ -15,10 +15,10 @@ constexpr int interrupts[] = {SIGINT, SIGTERM, SIGHUP};
 
 // What a signal handler may look at: plain memory, changed only while interrupts are held.
 constexpr int most_files = 8;
-char files[most_files][PATH_MAX];
+char hidden_files[most_files][PATH_MAX];
 
 void remove_and_end(int signal) {
-  for (const auto& file : files) {
+  for (const auto& file : hidden_files) {
     if (file[0] != '\0') ::unlink(file);
   }
   std::signal(signal, SIG_DFL);
@@ -39,7 +39,7 @@ void watch_interrupts() {
 }
 
 void remember(const std::string& name) {
-  for (auto& file : files) {
+  for (auto& file : hidden_files) {
     if (file[0] != '\0' || name.size() >= sizeof file) continue;
     std::memcpy(file, name.c_str(), name.size() + 1);
     return;
@@ -76,7 +76,7 @@ void remove_hidden(const std::string& name) {
 }
 
 void forget_hidden(const std::string& name) {
-  for (auto& file : files) {
+  for (auto& file : hidden_files) {
     if (name == file) file[0] = '\0';
   }
 }
