@@ -1,7 +1,7 @@
 // The axes of the projection's geometry, and what the projector leaves of the rigid motions.
 #include <Eigen/Dense>
-#include <algorithm>
-#include <numeric>
+#include <array>
+#include <cmath>
 
 #include "checks.hpp"
 #include "projected_modes.hpp"
@@ -11,21 +11,20 @@ namespace check {
 
 namespace {
 
-// The largest |frequency| (cm-1), with its sign, among the projected modes that are most like rigid
-// motions.
+// The largest |frequency| (cm-1), with its sign, of the rigid motions by themselves: of the block
+// of the projected force constants among them.
 double largest_rigid_frequency(const JobData& jobs, const analysis::RigidMotions& rigid) {
   const int n3 = jobs.run.n3;
-  const Eigen::Map<const Eigen::MatrixXd> modes(jobs.run.cp.data(), n3, n3);
-  const Eigen::VectorXd weights = analysis::rigid_weights(rigid, modes);
-  std::vector<int> order(static_cast<std::size_t>(n3));
-  std::iota(order.begin(), order.end(), 0);
-  std::sort(order.begin(), order.end(), [&](int a, int b) { return weights(a) > weights(b); });
+  const Eigen::Map<const Eigen::MatrixXd> projected(jobs.run.mhessp.data(), n3, n3);
+  const Eigen::MatrixXd image = projected * rigid.basis;
+  const Eigen::MatrixXd block = rigid.basis.transpose() * image;
+  std::array<double, 6> eigenvalues{};
+  if (!find_eigenvalues(rigid.rank, block.data(), eigenvalues.data())) return 0.0;
   double largest = 0.0;
-  for (int k = 0; k < rigid.rank; ++k) {
-    const double frequency = wavenumber(jobs.run.evalp(order[static_cast<std::size_t>(k)] + 1));
-    if (std::abs(frequency) > std::abs(largest)) largest = frequency;
+  for (const double eigenvalue : eigenvalues) {
+    if (std::abs(eigenvalue) > std::abs(largest)) largest = eigenvalue;
   }
-  return largest;
+  return wavenumber(largest);
 }
 
 }  // namespace

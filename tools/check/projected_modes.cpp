@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
+#include "flib/com.hpp"
 #include "flib/ddiag.hpp"
 #include "flib/fc_to_fcm.hpp"
-#include "flib/projtrm_rot.hpp"
+#include "flib/formtrm1.hpp"
+#include "flib/kernels.hpp"
 #include "flib/units_of_measure.hpp"
 #include "force_constants.hpp"
 
@@ -25,11 +28,67 @@ void symmetrise(const RawForceConstants& raw, int n3, flib::Array<double, 2>& he
   }
 }
 
-void shift_diagonal(flib::Array<double, 2>& matrix, int n3, double shift) {
-  for (int i = 1; i <= n3; ++i) matrix(i, i) += shift;
+// product = A V of a symmetric n3 x n3 matrix and six vectors.
+void multiply_by_vectors(int n3, const flib::Array<double, 2>& a, const flib::Array<double, 2>& v,
+                         flib::Array<double, 2>& product) {
+  for (int j = 1; j <= n3; ++j) {
+    const double* const column = a.column(j);
+    for (int k = 1; k <= 6; ++k) {
+      const double factor = v(j, k);
+      double* const sum = product.column(k);
+      for (int i = 0; i < n3; ++i) sum[i] += column[i] * factor;
+    }
+  }
+}
+
+// What projtrm_rot does, P A P with P = 1 - V V^T, as A - V W^T - W V^T with
+// W = A V - V (V^T A V) / 2: of the order n3**2.
+void project(const JobData& jobs, flib::Array<double, 2>& a) {
+  const int n3 = jobs.run.n3;
+  int info = 0;
+  flib::Array<double, 2> centred("centred geometry", {3, jobs.run.natom});
+  std::copy_n(jobs.input_x.data(), n3, centred.data());
+  flib::com(jobs.run.natom, jobs.run.mass.data(), centred.data(), info);
+  flib::Array<double, 2> v("rigid motions", {n3, 6});
+  flib::formtrm1(jobs.run.natom, jobs.run.mass.data(), centred.data(), v.data());
+  flib::Array<double, 2> w("product", {n3, 6});
+  multiply_by_vectors(n3, a, v, w);
+  double block[6][6];
+  for (int k = 0; k < 6; ++k) {
+    for (int l = 0; l < 6; ++l) {
+      block[k][l] = std::inner_product(v.column(k + 1), v.column(k + 1) + n3, w.column(l + 1), 0.0);
+    }
+  }
+  for (int l = 1; l <= 6; ++l) {
+    for (int k = 1; k <= 6; ++k) {
+      for (int i = 1; i <= n3; ++i) w(i, l) -= v(i, k) * block[k - 1][l - 1] / 2.0;
+    }
+  }
+  for (int j = 1; j <= n3; ++j) {
+    double* const column = a.column(j);
+    for (int k = 1; k <= 6; ++k) {
+      const double* const v_k = v.column(k);
+      const double* const w_k = w.column(k);
+      for (int i = 0; i < n3; ++i) column[i] -= v_k[i] * w_k[j - 1] + w_k[i] * v_k[j - 1];
+    }
+  }
 }
 
 }  // namespace
+
+bool find_eigenvalues(int n, const double* matrix, double* values) {
+  flib::Kernels kernels = flib::best_kernels();
+  kernels.reflect_columns = [](double*, std::ptrdiff_t, std::ptrdiff_t, std::ptrdiff_t,
+                               const double* const*, const double* const*, int, double*) {};
+  kernels.rotate_columns = [](double*, std::ptrdiff_t, std::ptrdiff_t, const flib::Sweeps&,
+                              double*) {};
+  flib::Array<double, 1> subdiagonal("subdiagonal", {n});
+  flib::Array<double, 2> work("reduced matrix", {n, n});
+  int ier = 0;
+  flib::tred2e(kernels, n, n, matrix, values, subdiagonal.data(), work.data());
+  flib::tql2e(kernels, n, n, values, subdiagonal.data(), work.data(), ier);
+  return ier == 0;
+}
 
 bool analyse_projected_modes(JobData& jobs) {
   zandor::RunData& run = jobs.run;
@@ -41,12 +100,11 @@ bool analyse_projected_modes(JobData& jobs) {
   symmetrise(raw, run.n3, run.hess);
   int info = 0;
   flib::fc_to_fcm(run.n3, run.sqtmass.data(), run.hess.data(), run.mhessp.data(), 1, info);
-  flib::projtrm_rot(run.natom, jobs.input_x.data(), run.mass.data(), run.mhessp.data(), info);
-  shift_diagonal(run.mhessp, run.n3, diagonal_shift);
-  int ier = 0;
-  flib::tred2e(run.n3, run.n3, run.mhessp.data(), run.evalp.data(), run.wkp.data(), run.cp.data());
-  flib::tql2e(run.n3, run.n3, run.evalp.data(), run.wkp.data(), run.cp.data(), ier);
-  if (ier != 0) return false;
+  project(jobs, run.mhessp);
+  flib::Array<double, 2> shifted("shifted force constants", {run.n3, run.n3});
+  std::copy_n(run.mhessp.data(), run.mhessp.size(), shifted.data());
+  for (int i = 1; i <= run.n3; ++i) shifted(i, i) += diagonal_shift;
+  if (!find_eigenvalues(run.n3, shifted.data(), run.evalp.data())) return false;
   for (int i = 1; i <= run.n3; ++i) run.evalp(i) -= diagonal_shift;
   return true;
 }

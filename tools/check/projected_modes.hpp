@@ -5,9 +5,14 @@
 
 namespace check {
 
-// Fills hess, mhessp, evalp and cp of the run as the analysis does, in the geometry of the input.
-// False where a job, the masses or the input are missing, or an eigenvalue does not converge.
+// Fills hess, mhessp and evalp of the run as the analysis does, in the geometry of the input, but
+// for rounding in mhessp. False where a job, the masses or the input are missing, or an eigenvalue
+// does not converge.
 bool analyse_projected_modes(JobData& jobs);
+
+// The eigenvalues of a symmetric n x n matrix (lower triangle), ascending, to `values`; its vectors
+// are not formed, which takes a third of the time. False when one does not converge.
+bool find_eigenvalues(int n, const double* matrix, double* values);
 
 // Signed frequency in cm-1 of an eigenvalue.
 double wavenumber(double eigenvalue);
