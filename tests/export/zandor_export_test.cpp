@@ -91,6 +91,14 @@ TEST_F(ZandorExport, leaves_out_derivatives_that_mean_nothing_and_says_so) {
             std::string::npos);
 }
 
+TEST_F(ZandorExport, warns_of_a_geometry_that_is_not_the_sign_file_s) {
+  enter("examples/formaldehyde-s1");
+  support::edit_file("coord-ch2o-s1-ref.com", "0.00000000       0.95656836",
+                     "0.95656836       0.00000000");
+  EXPECT_NE(run({"molden", "control.inp"}).err.find("Angstrom apart): forces and dipoles are"),
+            std::string::npos);
+}
+
 TEST_F(ZandorExport, takes_five_motions_from_a_linear_molecule_and_other_masses) {
   enter("tests/zandor/cases/diatomic-dipoles");
   const std::vector<double> light = vibrations(exported()["projected"]);

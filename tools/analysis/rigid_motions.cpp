@@ -11,6 +11,7 @@ namespace analysis {
 namespace {
 
 constexpr double rank_tolerance = 1e-6;        // of the largest singular value
+constexpr double turned_above = 1e-3;          // Angstrom
 constexpr double degeneracy_tolerance = 1e-4;  // of the largest moment of inertia
 
 using Matrix6d = Eigen::Matrix<double, 6, 6>;
@@ -95,10 +96,15 @@ Eigen::VectorXd rigid_weights(const RigidMotions& rigid,
   return (rigid.basis.transpose() * eigenvectors).colwise().squaredNorm().transpose();
 }
 
-double geometry_mismatch(const zandor::RunData& run) {
+std::string turned_geometry(const zandor::RunData& run) {
   const Eigen::Map<const Eigen::Matrix3Xd> sign_file(run.xa.data(), 3, run.natom);
   const Eigen::Matrix3Xd apart = geometry_of(run) * flib::angstrom_per_bohr - sign_file;
-  return (apart.colwise() - apart.rowwise().mean()).colwise().stableNorm().maxCoeff();
+  const double mismatch =
+      (apart.colwise() - apart.rowwise().mean()).colwise().stableNorm().maxCoeff();
+  if (!(mismatch > turned_above)) return {};
+  return "the geometry is not that of " + io::printable(run.jobs[0].sgn_name.content()) +
+         " shifted (" + io::shown(std::round(mismatch * 1e4) / 1e4) +
+         " Angstrom apart): forces and dipoles are taken to belong to the axes of this one";
 }
 
 PrincipalAxes principal_axes(const zandor::RunData& run) {

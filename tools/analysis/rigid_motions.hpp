@@ -32,11 +32,11 @@ double rigid_weight(const RigidMotions& rigid,
 Eigen::VectorXd rigid_weights(const RigidMotions& rigid,
                               const Eigen::Ref<const Eigen::MatrixXd>& eigenvectors);
 
-// The largest distance in Angstrom between an atom of the reference input and the same atom of the
-// reference sign file (xa), the two geometries shifted onto each other. Above rounding, the two are
-// turned against each other or hold different molecules: forces and dipoles may then belong to the
+// A warning when an atom of the reference input is more than 1e-3 Angstrom from the same atom of
+// the reference sign file (xa), the two geometries shifted onto each other; else empty. The two are
+// then turned against each other or hold different molecules: forces and dipoles may belong to the
 // axes of the sign file.
-double geometry_mismatch(const zandor::RunData& run);
+std::string turned_geometry(const zandor::RunData& run);
 
 struct PrincipalAxes {
   Eigen::Vector3d centre;   // of mass, Bohr

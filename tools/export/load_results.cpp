@@ -158,6 +158,11 @@ Results load_results(const JobOptions& options) {
   describe_molecule(run, results);
   results.changed_masses = analysis::describe(options.mass_changes, run);
   if (!results.changed_masses.empty()) results.notes.push_back(results.changed_masses);
+  const std::string turned = analysis::turned_geometry(run);
+  if (!turned.empty()) {
+    io::warn({run.com_name.content()}, turned);
+    results.notes.push_back(io::printable(run.com_name.content()) + ": " + turned);
+  }
   const Eigen::Matrix3Xd gradient = known_gradient(run, options.dipoles, results);
   results.dipole_gradient.assign(gradient.data(), gradient.data() + gradient.size());
   const analysis::RigidMotions rigid = analysis::rigid_motions(run);

@@ -12,9 +12,6 @@ const char* const io::program_name = "zandor_ht";
 
 namespace {
 
-// Distance in Angstrom from which the geometries of ".com" and sign file count as different.
-constexpr double mismatch_tolerance = 1e-3;
-
 struct CommandLine {
   ht::Request request;
   bool as_json = false;
@@ -74,22 +71,14 @@ void check(const ht::Request& request) {
   }
 }
 
-void warn_of_geometry(const zandor::RunData& run) {
-  const double mismatch = analysis::geometry_mismatch(run);
-  if (!(mismatch > mismatch_tolerance)) return;
-  io::warn({run.com_name.content()},
-           "the geometry is not that of " + io::printable(run.jobs[0].sgn_name.content()) +
-               " shifted (" + io::shown(std::round(mismatch * 1e4) / 1e4) +
-               " Angstrom apart): forces and dipoles are taken to belong to the axes of this one");
-}
-
 int run_and_write(int argc, char** argv) {
   CommandLine line;
   if (!parse(argc, argv, line)) return 0;
   check(line.request);
   const zandor::RunData run =
       analysis::load_job_directory(line.request.control_file, line.request.masses);
-  warn_of_geometry(run);
+  const std::string turned = analysis::turned_geometry(run);
+  if (!turned.empty()) io::warn({run.com_name.content()}, turned);
   const analysis::PreparedDipoles dipoles = analysis::prepare_dipoles(run, line.request.dipoles);
   for (const std::string& warning : dipoles.warnings) io::warn({}, warning);
   if (!dipoles.refusal.empty()) io::fatal_stop(dipoles.refusal);
