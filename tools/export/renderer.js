@@ -28,6 +28,7 @@ function createRenderer(canvas, numbers, geometry, view) {
     return Math.hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
   }
   function place(atom) { return geometry.slice(3 * atom, 3 * atom + 3); }
+  function ball(atom) { return 0.17 + 0.24 * radius[atom]; }
   for (a = 0; a < count; a++) {
     extent = Math.max(extent, distance(place(a), centre) + 0.8);
     for (b = 0; b < a; b++) {
@@ -124,16 +125,22 @@ function createRenderer(canvas, numbers, geometry, view) {
     items.sort(function (p, q) { return p.z - q.z; });
     items.forEach(function (item) {
       if (item.bond) {
-        var p = points[item.bond[0]], q = points[item.bond[1]];
-        var middle = [(p[0] + q[0]) / 2, (p[1] + q[1]) / 2], thick = 0.2 * scale * p[3];
+        var ends = item.bond.map(function (atom) { return points[atom]; });
+        var middle = [(ends[0][0] + ends[1][0]) / 2, (ends[0][1] + ends[1][1]) / 2], thick = 0.2 * scale * ends[0][3];
+        var length = Math.hypot((ends[0][0] - ends[1][0]) / scale, (ends[0][1] - ends[1][1]) / scale, ends[0][2] - ends[1][2]);
+        // A stick begins where it leaves the ball: it would hide a ball behind it otherwise.
+        var rims = ends.map(function (end, i) {
+          var share = 0.9 * ball(item.bond[i]) / length;
+          return share < 0.5 ? [0, 1].map(function (k) { return end[k] + 2 * share * (middle[k] - end[k]); }) : middle;
+        });
         var zp = numbers[item.bond[0]], zq = numbers[item.bond[1]], at = depth(item.z);
-        line(p, q, thick + 1.5, colour(zp, at, 0, 0.62));
-        line(p, middle, thick, colour(zp, at, 0, 0.12));
-        line(middle, q, thick, colour(zq, at, 0, 0.12));
+        line(rims[0], rims[1], thick + 1.5, colour(zp, at, 0, 0.62));
+        line(rims[0], middle, thick, colour(zp, at, 0, 0.12));
+        line(middle, rims[1], thick, colour(zq, at, 0, 0.12));
       } else if (item.to) {
         drawArrow(item.from, item.to, arrowLength * scale, arrowStyle);
       } else {
-        var point = points[item.atom], size = (0.17 + 0.24 * radius[item.atom]) * scale * point[3];
+        var point = points[item.atom], size = ball(item.atom) * scale * point[3];
         context.drawImage(sprite(numbers[item.atom], depth(point[2])), point[0] - size, point[1] - size, 2 * size, 2 * size);
       }
     });
