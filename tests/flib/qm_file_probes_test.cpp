@@ -160,6 +160,7 @@ TEST(qm_file_probes, recognise_within_the_first_1000_lines_and_200_characters) {
     Answers answers;
   } cases[] = {
       {std::string(66, ' ') + "M\nvasp.5.4 MOLPRO\n", {"VASP", "5.4", "3", "F"}},
+      {" QRX MOLECULAR INFOS\n VERSION\n 2.1\n", {"QRX", "2.1", "3", "F"}},
       {std::string(999, '\n') + "HESSIAN", {"BDF HESS", "0", "0", "F"}},
       {std::string(1000, '\n') + "HESSIAN", {"-", "-", "-1", "T"}},
       {std::string(194, ' ') + "HESSIAN", {"-", "-", "-1", "T"}},

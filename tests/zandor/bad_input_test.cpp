@@ -270,6 +270,8 @@ TEST(bad_input, ends_a_run_without_control_file_or_keyword) {
 TEST(bad_input, that_the_program_can_tell_is_warned_of) {
   const std::string open_end = ", without a line end: it may have been cut inside the number\n";
   const std::string zeros = ", holds none when it is derived\n";
+  const std::string rest_on_zeros =
+      " derived: transition dipoles from symmetry are zero and the derivatives rest on them\n";
   const struct {
     std::vector<std::tuple<const char*, const char*, const char*>> edits;
     std::string warnings;  // each line without its head
@@ -280,8 +282,7 @@ TEST(bad_input, that_the_program_can_tell_is_warned_of) {
        "files.out:25: the forces of job 3 are zero: its source, job 0" + zeros +
            "files.out:26: the forces of job 4 are zero: its source, job 3" + zeros +
            "files.out:27: the forces of job 5 are zero: its source, job 5" + zeros +
-           "files.out:25: symm is false, but 3 jobs are derived: their transition dipoles are zero "
-           "and the derivatives rest on them\n"
+           "files.out:25: symm is false, but 3 jobs are" + rest_on_zeros +
            "the force differences are not symmetric: 1.2e-01 Hartree/Bohr**2 between coordinates 2 "
            "and 5 (jobs 3, 4, 9, 10)\n"},
       {{{"files.out", "0009", "0010"}},
@@ -293,6 +294,11 @@ TEST(bad_input, that_the_program_can_tell_is_warned_of) {
         {"coord-ref.com", "-1.504455348\n\n\n", "-1.504455348"}},
        "coord-ref.com:8: the file ends right behind the coordinates of atom 2" + open_end +
            "coord-0012.sgn:22: the file ends right behind the force on atom 2" + open_end},
+      {{{"files.out", " 12 0012 T     12    1\n End of list\n", " 12 0012 F      6    1"}},
+       "files.out:34: the file ends right behind the operation of job 12" + open_end +
+           "files.out:34: symm is false, but 1 job is" + rest_on_zeros +
+           "the force differences are not symmetric: 1.7e-01 Hartree/Bohr**2 between coordinates 3 "
+           "and 6 (jobs 5, 6, 11, 12)\n"},
       {{{"control.inp", "disp_a = 1.0", "disp_a = 0"}},
        "control.inp: disp_a is 0: the animations hold NaN for displacements\n"},
       {{{"control.inp", "disp_a = 1.0", "disp_a = nan dx=0.005"}},

@@ -238,7 +238,8 @@ void warn_of_zeros(const RunData& run) {
   if (derived > 0 && !run.symm) {
     io::warn({job_list_name, first_derived->list_line},
              "symm is false, but " + std::to_string(derived) +
-                 " jobs are derived: their transition dipoles are zero and the derivatives rest on "
+                 (derived == 1 ? " job is" : " jobs are") +
+                 " derived: transition dipoles from symmetry are zero and the derivatives rest on "
                  "them");
   }
 }
