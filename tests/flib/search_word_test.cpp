@@ -40,6 +40,8 @@ TEST_F(SearchWord, compares_columns_padded_with_blanks) {
   EXPECT_EQ(shown(flib::search_word(unit, 1, 16, "x", line_)), "no");
   open("abc\n");
   EXPECT_EQ(shown(flib::search_word(unit, 5, 4, "   ", line_)), "1:abc");
+  open("abc                 \n");
+  EXPECT_EQ(shown(flib::search_word(unit, 3, 20, "c", line_)), "1:abc") << "the last column";
   open("abc\n");
   EXPECT_TRUE(support::stops(2, "expected columns of 'line' within 1..20, found 10..21",
                              [&] { flib::search_word(unit, 10, 21, "a", line_); }));
