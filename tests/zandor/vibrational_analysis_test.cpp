@@ -60,6 +60,16 @@ TEST(vibrations, stop_rather_than_print_what_is_not_finite) {
                              "expected finite force constants, found -Infinity between coordinates "
                              "1 and 5 (jobs 1, 2, 9, 10)",
                              [&] { zandor::analyse_vibrations(run); }));
+  fill(run, 1);
+  for (int ih = 1; ih <= 6; ++ih) {
+    run.sqtmass(ih) = 1.0;
+    std::fill_n(run.force.column(1, 2 * ih), 6, -8e307 * step);  // whose sums overflow
+    std::fill_n(run.force.column(1, 2 * ih - 1), 6, 8e307 * step);
+  }
+  EXPECT_TRUE(support::stops(2,
+                             "expected every unprojected eigenvalue to converge, found number 1 "
+                             "not converged after 30 iterations",
+                             [&] { zandor::analyse_vibrations(run); }));
 }
 
 TEST(derived_jobs, take_the_forces_that_stand_in_their_source) {
