@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <functional>
-#include <random>
 #include <tuple>
 
 #include "io/values.hpp"
@@ -316,49 +315,6 @@ TEST(bad_input, that_the_program_can_tell_is_warned_of) {
       expected.insert(at + 1, "zandor_gather: warning: ");
     }
     EXPECT_EQ("\n" + errors, expected + "\n");
-  }
-}
-
-// Any bytes in: a status and a message out, never a signal, a hang or half a report.
-TEST(bad_input, of_any_bytes_ends_in_order) {
-  const support::TempFolder folder;
-  fs::copy(good, ".");
-  std::mt19937 random(11);
-  const char* const names[] = {"control.inp",   "files.out",     "coord-ref.sgn",
-                               "coord-ref.com", "coord-ref.log", "coord-0005.sgn"};
-  for (int round = 0; round < 120; ++round) {
-    const char* const name = names[round % 6];
-    const std::string whole = support::read_file(name);
-    std::string text = whole;
-    const std::size_t at = random() % text.size();
-    const std::size_t size = 1 + random() % 12;
-    switch (random() % 4) {
-      case 0:
-        text.resize(at);
-        break;
-      case 1:
-        text.insert(at, text.substr(at / 2, size));
-        break;
-      case 2:
-        text.erase(at, size);
-        break;
-      default:
-        text[at] = static_cast<char>(random() % 256);
-    }
-    write_file(name, text);
-    for (const char* result : results) fs::remove(result);
-    // The control file also comes through a pipe.
-    const std::string piped = "cat control.inp | " + program + " /dev/stdin";
-    const support::Outcome outcome =
-        round % 12 == 0 ? support::run({"timeout", "20", "sh", "-c", piped})
-                        : support::run({"timeout", "20", ZANDOR_GATHER, "control.inp"});
-    const std::string shown = std::string(name) + " in round " + std::to_string(round);
-    EXPECT_TRUE(outcome.status == 0 || outcome.status == 1 || outcome.status == 2) << shown;
-    EXPECT_EQ(fs::exists("zandor-es.out"), outcome.status == 0) << shown;
-    if (outcome.status != 0) {
-      EXPECT_TRUE(outcome.err.ends_with('\n')) << outcome.err;
-    }
-    write_file(name, whole);
   }
 }
 
