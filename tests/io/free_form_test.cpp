@@ -119,7 +119,7 @@ TEST(free_form, does_not_leave_a_line_buffer) {
   EXPECT_TRUE(support::stops(2, "in:1: expected item 3 (integer), found the end of the line",
                              [&] { read_items(items, "I"); }));
   io::Line word;
-  for (const char* missing : {"a b", "a b 'open", "a b,,", "a b/c", "a 'b'c d"}) {
+  for (const char* missing : {"a b", "a b 'open", "a 2*'open", "a b,,", "a b/c", "a 'b'c d"}) {
     io::FreeForm words(unit, missing);
     for (int i = 0; i < 3; ++i) words.text_or_blank(word);
     EXPECT_EQ(word.content(), "") << missing;

@@ -171,6 +171,7 @@ void FreeForm::text_or_blank(std::span<char> value) {
   if (item_.kind == Item::Kind::quoted) assign(value, item_.quoted);
   // What stands behind a malformed text cannot be told apart into items.
   ran_out_ = item_.kind == Item::Kind::malformed || item_.kind == Item::Kind::ended;
+  if (ran_out_) repeats_left_ = 0;
 }
 
 }  // namespace io
