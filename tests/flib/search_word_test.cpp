@@ -109,7 +109,7 @@ TEST_F(SearchWord, ignores_blanks_or_case_where_asked) {
   open("x\ny\n an OnIoM job\n");
   EXPECT_EQ(shown(flib::search_word_free_ignorecase_tline(unit, "ONIOM", line_, 0)),
             "3: an OnIoM job");
-  open("x\n 1 OnIoM" + std::string(300000, '.') + "\ny\n");
+  open("x\n 1 OnIoM" + std::string(700000, '.') + "\ny\n");
   EXPECT_EQ(shown(flib::search_word_free_ignorecase_tline(unit, "oniom", line_, 0)),
             "2: 1 OnIoM............")
       << "in the head of a line that is longer than the window";
