@@ -90,6 +90,10 @@ TEST_F(SearchWord, finds_substrings_up_to_the_end_of_the_buffer) {
   open("first\n12345678901234key 9\n123456789012345678key\n12345678901234567key\n");
   EXPECT_EQ(shown(flib::search_word_free(unit, "key", line_)), "2:12345678901234key 9");
   EXPECT_EQ(shown(flib::search_word_free(unit, "key", line_)), "4:12345678901234567key");
+  std::string beyond_window;
+  for (int i = 0; i < 131000; ++i) beyond_window += "x\n";
+  open(beyond_window + "end key\n" + std::string(300, '.') + "\n");
+  EXPECT_EQ(shown(flib::search_word_free(unit, "key", line_)), "131001:end key");
   open("x key\nend key\r\nlast");
   EXPECT_EQ(shown(flib::search_word_free(unit, "y   ", line_)), "1:x key")
       << "blanks match padding";
