@@ -202,7 +202,7 @@ void warn_of_equal_names(const RunData& run) {
     io::warn({job_list_name, job.list_line}, "job " + std::to_string(i) + " has the name of job " +
                                                  std::to_string(found->second) + " in line " +
                                                  std::to_string(other.list_line) + ": both read " +
-                                                 std::string(job.sgn_name.content()));
+                                                 io::printable(job.sgn_name.content()));
   }
 }
 
