@@ -30,7 +30,7 @@ bool leads_elsewhere(const char* name, Status& status) {
 void check_input(const char* result, const Status& status, const std::string& input) {
   Status of_input{};
   if (::stat(input.c_str(), &of_input) == 0 && same_file(status, of_input)) {
-    stop_at(result, "the input " + input);
+    stop_at(result, "the input " + io::printable(input));
   }
 }
 
