@@ -1,0 +1,25 @@
+# Everything installed beside the programs, which the folders of tools/ install themselves. The documents keep
+# their places relative to each other, so that the links among them lead somewhere.
+set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+# Companions are left out where the packages that they need are missing.
+set(ZANDOR_PROGRAMS)
+foreach(program zandor_gather zandor_check zandor_ht zandor_export zandor_probe)
+  if(TARGET ${program})
+    list(APPEND ZANDOR_PROGRAMS ${program})
+  endif()
+endforeach()
+
+add_subdirectory(man)
+
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md CITATION.cff LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(PROGRAMS examples/batch/failures examples/batch/gather-one examples/batch/resubmit
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/batch)
+
+# Bash looks for a file with the name of the program.
+foreach(program IN LISTS ZANDOR_PROGRAMS)
+  install(FILES completions/zandor.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program})
+endforeach()
