@@ -1,4 +1,4 @@
-# Sourced by run-example and run-tests: goes to the project's folder and provides
+# Sourced by run-example, run-tests and make-packages: goes to the project's folder and provides
 # `need_packages`, which sees to it that Debian packages are there.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"

@@ -1,8 +1,5 @@
 # Everything installed beside the programs, which the folders of tools/ install themselves. The documents keep
 # their places relative to each other, so that the links among them lead somewhere.
-set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-
 # Companions are left out where the packages that they need are missing.
 set(ZANDOR_PROGRAMS)
 foreach(program zandor_gather zandor_check zandor_ht zandor_export zandor_probe)
