@@ -29,9 +29,9 @@ def pixels(browser, canvas="molecule"):
     return browser.evaluate(PIXELS % canvas)
 
 
-def open_page(browser, folder):
+def open_page(browser, folder, *options):
     page = os.path.join(folder, "modes.html")
-    export(program, folder, "html", "-o", page)
+    export(program, folder, "html", "-o", page, *options)
     browser.prefer(reduced_motion="reduce")
     browser.open(page, 1280, 900)
 
@@ -65,7 +65,7 @@ def check_sorting(browser, modes):
     browser.click("#modes th:nth-child(1) button")
 
 
-def check_files(browser, folder, modes):
+def check_files(browser, folder, modes, *options):
     """The files of the two buttons hold the numbers of the JSON."""
     browser.call("Browser.setDownloadBehavior", behavior="allow", downloadPath=folder)
     count = len(modes["frequencies"])
@@ -77,12 +77,19 @@ def check_files(browser, folder, modes):
                 break
             time.sleep(0.1)
     with open(os.path.join(folder, "modes-projected.csv")) as file:
-        rows = [line.split(",") for line in file.read().split("\n")[1:-1]]
+        lines = file.read().split("\n")[:-1]
+    assert lines[0] == "# masses changed: all H 2.014101778", lines[0]
+    names, *rows = (line.split(",") for line in lines if not line.startswith("#"))
     assert [float(row[1]) for row in rows] == modes["frequencies"]
+    assert all(len(row) == len(names) for row in rows)
+    terms = [[row[names.index(name)] for name in ("dmu_dq_au", "strength_0-1_au")] for row in rows]
+    assert all(abs(float(p) ** 2 / 2 - float(q)) < 1e-15 for p, q in terms if q)
+    assert sum(q != "" for _, q in terms) == count - 7, "all but rigid motions and the imaginary mode"
     with open(os.path.join(folder, "mode-%d.xyz" % count)) as file:
         frame = file.read().split("\n")
-    wanted = export(program, folder, "xyz", "--mode", str(count)).split("\n")
+    wanted = export(program, folder, "xyz", "--mode", str(count), *options).split("\n")
     assert frame[0] == wanted[0] and "mode#=%d frequency_cm-1=%r" % (count, modes["frequencies"][-1]) in frame[1]
+    assert frame[1].endswith(' note="masses changed: all H 2.014101778"'), frame[1]
     for mine, theirs in zip(frame[2:-1], wanted[2:-1]):
         mine, theirs = mine.split(), theirs.split()
         assert mine[0] == theirs[0] and all(abs(float(p) - float(q)) < 2e-5 for p, q in zip(mine[1:], theirs[1:]))
@@ -105,12 +112,13 @@ with tempfile.TemporaryDirectory() as temporary, Browser(chromium, temporary) as
     large = os.path.join(temporary, "large")
     subprocess.run([make_jobs, large_natom, large], check=True)
     for folder, natom in (small, 4), (large, int(large_natom)):
-        open_page(browser, folder)
+        options = ("--isotope", "H=2.014101778") if folder is small else ()
+        open_page(browser, folder, *options)
         check_picking(browser, 3 * natom)
         if folder is small:
-            modes = json.loads(export(program, folder, "json"))["projected"]
+            modes = json.loads(export(program, folder, "json", *options))["projected"]
             check_sorting(browser, modes)
-            check_files(browser, folder, modes)
+            check_files(browser, folder, modes, *options)
             check_narrow_and_dark(browser, folder)
         assert browser.complaints() == [], browser.complaints()
         assert os.path.getsize(os.path.join(folder, "modes.html")) < 6e6

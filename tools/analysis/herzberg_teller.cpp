@@ -17,11 +17,20 @@ HerzbergTeller herzberg_teller(const zandor::RunData& run, const Eigen::Matrix3X
   terms.dmu_dq = Eigen::Matrix3Xd::Zero(3, terms.dmu_dQ.cols());
   for (Eigen::Index k = 0; k < vibrations.frequency.size(); ++k) {
     const double omega = vibrations.frequency(k);
-    if (omega > 0.0) terms.dmu_dq.col(k) = terms.dmu_dQ.col(k) / std::sqrt(omega);
+    if (omega > 0.0) terms.dmu_dq.col(k) = along_dimensionless(terms.dmu_dQ.col(k), omega);
   }
-  terms.strength = terms.dmu_dq.colwise().squaredNorm().transpose() / 2.0;
+  terms.strength.resize(terms.dmu_dq.cols());
+  for (Eigen::Index k = 0; k < terms.strength.size(); ++k) {
+    terms.strength(k) = strength(terms.dmu_dq.col(k));
+  }
   return terms;
 }
+
+Eigen::Vector3d along_dimensionless(const Eigen::Vector3d& dmu_dQ, double omega) {
+  return dmu_dQ / std::sqrt(omega);
+}
+
+double strength(const Eigen::Vector3d& dmu_dq) { return dmu_dq.squaredNorm() / 2.0; }
 
 double thermal_factor(double omega, double kelvin) {
   if (kelvin == 0.0) return 1.0;

@@ -28,6 +28,12 @@ struct HerzbergTeller {
 HerzbergTeller herzberg_teller(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,
                                const Vibrations& vibrations);
 
+// dmu/dq = (dmu/dQ) / sqrt(omega) of a mode; omega above 0 in atomic units.
+Eigen::Vector3d along_dimensionless(const Eigen::Vector3d& dmu_dQ, double omega);
+
+// |mu|**2 of the transition 0 -> 1: |dmu/dq|**2 / 2.
+double strength(const Eigen::Vector3d& dmu_dq);
+
 // By how much temperature raises the strength of a mode, absorption and emission of a quantum taken
 // together: coth(omega / 2kT), 1 at 0 K. omega above 0 in atomic units, kelvin 0 or more.
 double thermal_factor(double omega, double kelvin);

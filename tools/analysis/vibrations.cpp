@@ -93,24 +93,31 @@ void compare_with_report(const zandor::RunData& run, Vibrations& vibrations) {
 
 }  // namespace
 
-Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigid) {
-  const Vector root_mass(run.sqtmass.data(), run.n3);
-  const Eigen::VectorXd weight = root_mass.cwiseInverse();
-  const Eigen::MatrixXd weighted =
-      weight.asDiagonal() * Matrix(run.hess.data(), run.n3, run.n3) * weight.asDiagonal();
-  const Eigen::MatrixXd space = complement(rigid);
-  Vibrations vibrations;
-  vibrations.modes = space;
-  if (space.cols() == 0) return vibrations;  // one atom
-  const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(space.transpose() * weighted * space);
+Eigen::MatrixXd mass_weighted_force_constants(const zandor::RunData& run) {
+  const Eigen::VectorXd weight = Vector(run.sqtmass.data(), run.n3).cwiseInverse();
+  return weight.asDiagonal() * Matrix(run.hess.data(), run.n3, run.n3) * weight.asDiagonal();
+}
+
+Eigenmodes eigenmodes(const Eigen::MatrixXd& weighted) {
+  const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(weighted);
   const Eigen::VectorXd& lambda = solver.eigenvalues();
   if (solver.info() != Eigen::Success || !lambda.allFinite()) {
     io::fatal_stop(
         "expected vibrations that can be told from the rigid motions, found a geometry or "
         "force constants too large for it");
   }
-  vibrations.frequency = lambda.cwiseAbs().cwiseSqrt().cwiseProduct(lambda.cwiseSign());
-  vibrations.modes = space * solver.eigenvectors();
+  return {lambda.cwiseAbs().cwiseSqrt().cwiseProduct(lambda.cwiseSign()), solver.eigenvectors()};
+}
+
+Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigid) {
+  const Eigen::MatrixXd weighted = mass_weighted_force_constants(run);
+  const Eigen::MatrixXd space = complement(rigid);
+  Vibrations vibrations;
+  vibrations.modes = space;
+  if (space.cols() == 0) return vibrations;  // one atom
+  const Eigenmodes within = eigenmodes(space.transpose() * weighted * space);
+  vibrations.frequency = within.frequency;
+  vibrations.modes = space * within.vectors;
   compare_with_report(run, vibrations);
   return vibrations;
 }

@@ -12,10 +12,23 @@ namespace analysis {
 // Modes whose frequencies differ by no more count as degenerate, cm-1.
 inline constexpr double degenerate_within = 0.1;
 
+// M^-1/2 hess M^-1/2, n3 x n3. Takes hess and sqtmass of the run.
+Eigen::MatrixXd mass_weighted_force_constants(const zandor::RunData& run);
+
+// Ascending frequencies (atomic units, imaginary ones negative: the root of |lambda| with the sign
+// of lambda) and orthonormal eigenvectors in columns.
+struct Eigenmodes {
+  Eigen::VectorXd frequency;
+  Eigen::MatrixXd vectors;
+};
+
+// Diagonalises symmetric mass-weighted force constants. Numbers too large for it are a fatal stop.
+Eigenmodes eigenmodes(const Eigen::MatrixXd& weighted);
+
 // n = n3 - rank vibrations, by ascending frequency. What is left when the rigid motions are gone is
 // a vibration, however small its frequency.
 struct Vibrations {
-  // n, atomic units, imaginary ones negative: the root of |lambda| with the sign of lambda.
+  // n, as of Eigenmodes.
   Eigen::VectorXd frequency;
   // n3 x n: orthonormal mass-weighted eigenvectors L in columns, orthogonal to the rigid motions;
   // their signs are such that they point along the mode of the report.

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 
 #include "flib/units_of_measure.hpp"
+#include "formula.hpp"
+#include "herzberg_teller.hpp"
 #include "io/fatal.hpp"
 #include "json_text.hpp"
 #include "page.hpp"
@@ -21,27 +22,7 @@ void append_base64(std::string& text, unsigned bytes) {
   for (int shift = 18; shift >= 0; shift -= 6) text += digits[bytes >> shift & 63U];
 }
 
-// Element symbols and their counts by turns, carbon and hydrogen first, then by the alphabet. A
-// count of 1 is an empty text.
-std::vector<std::string> formula(const std::vector<std::string>& symbols) {
-  std::map<std::string, int> counts;
-  for (const std::string& symbol : symbols) ++counts[symbol];
-  std::vector<std::string> parts;
-  const auto take = [&](const std::string& symbol) {
-    const int count = counts[symbol];
-    counts.erase(symbol);
-    if (count > 0) parts.insert(parts.end(), {symbol, count > 1 ? std::to_string(count) : ""});
-  };
-  if (counts.contains("C")) {
-    take("C");
-    take("H");
-  }
-  while (!counts.empty()) take(std::string(counts.begin()->first));
-  return parts;
-}
-
-// Strengths of the 0-1 transitions, 1/2 |dmu/dq|**2 with dmu/dq = (dmu/dQ)/sqrt(omega); null for
-// imaginary modes and rigid motions.
+// Strengths of the 0-1 transitions; null for imaginary modes and rigid motions.
 void write_strengths(const ModeList& list, JsonText& json) {
   json.begin_array();
   for (std::size_t k = 1; k <= list.frequencies.size(); ++k) {
@@ -50,8 +31,8 @@ void write_strengths(const ModeList& list, JsonText& json) {
       json.null();
       continue;
     }
-    const double* const d = &list.dipole_derivatives[3 * (k - 1)];
-    json.number((d[0] * d[0] + d[1] * d[1] + d[2] * d[2]) / (2.0 * omega));
+    const Eigen::Map<const Eigen::Vector3d> dmu_dQ(&list.dipole_derivatives[3 * (k - 1)]);
+    json.number(analysis::strength(analysis::along_dimensionless(dmu_dQ, omega)));
   }
   json.end_array();
 }
@@ -96,7 +77,7 @@ void write_mode_set(const ModeList& list, JsonText& json) {
 
 void write_view(const Results& results, JsonText& json) {
   json.key("formula");
-  json.texts(formula(results.symbols));
+  json.texts(analysis::formula_parts(results.symbols));
   json.key("symbols");
   json.texts(results.symbols);
   json.key("atomic_numbers");
@@ -143,6 +124,11 @@ void write_html(const Results& results, io::OutputFile& out) {
   json.text(results.control_file);
   json.key("notes");
   json.texts(results.notes);
+  // The files that the page saves say so, too.
+  json.key("changed_masses");
+  json.text(results.changed_masses);
+  json.key("debye_per_angstrom_root_u");
+  json.number(analysis::debye_per_angstrom_root_amu);
   write_view(results, json);
   json.key("sets");
   json.begin_object();

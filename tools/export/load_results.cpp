@@ -6,7 +6,9 @@
 
 #include "dipoles.hpp"
 #include "flib/units_of_measure.hpp"
+#include "formula.hpp"
 #include "io/fatal.hpp"
+#include "result_names.hpp"
 #include "rigid_motions.hpp"
 #include "vibrations.hpp"
 
@@ -20,21 +22,11 @@ using zandor::RunData;
 
 Eigen::Map<const VectorXd> root_masses(const RunData& run) { return {run.sqtmass.data(), run.n3}; }
 
-// Modes by number: frequencies (atomic units) and mass-weighted eigenvectors in columns.
-struct Eigenmodes {
-  VectorXd frequency;
-  MatrixXd vectors;
-};
+using analysis::Eigenmodes;
 
 // The force constants as they are; every vector points along the report's.
 Eigenmodes unprojected_modes(const RunData& run) {
-  const VectorXd weight = root_masses(run).cwiseInverse();
-  const Eigen::Map<const MatrixXd> hessian(run.hess.data(), run.n3, run.n3);
-  const Eigen::SelfAdjointEigenSolver<MatrixXd> solver(weight.asDiagonal() * hessian *
-                                                       weight.asDiagonal());
-  const VectorXd& lambda = solver.eigenvalues();
-  Eigenmodes modes{lambda.cwiseAbs().cwiseSqrt().cwiseProduct(lambda.cwiseSign()),
-                   solver.eigenvectors()};
+  Eigenmodes modes = analysis::eigenmodes(analysis::mass_weighted_force_constants(run));
   const Eigen::Map<const MatrixXd> report(run.c.data(), run.n3, run.n3);
   for (Eigen::Index k = 0; k < run.n3; ++k) {
     if (modes.vectors.col(k).dot(report.col(k)) < 0.0) modes.vectors.col(k) *= -1.0;
@@ -114,18 +106,6 @@ Eigen::Matrix3Xd known_gradient(const RunData& run, const analysis::DipoleChoice
   return prepared.gradient;
 }
 
-std::vector<std::string> input_files(const std::string& control_file, const RunData& run) {
-  const zandor::Job& reference = run.jobs[0];
-  std::vector<std::string> files = {control_file, zandor::job_list_name};
-  for (const auto& name : {reference.sgn_name, run.com_name, reference.log_name}) {
-    files.emplace_back(name.content());
-  }
-  for (std::size_t i = 1; i < run.jobs.size(); ++i) {
-    if (run.jobs[i].is_calc) files.emplace_back(run.jobs[i].sgn_name.content());
-  }
-  return files;
-}
-
 // Principal axes of inertia as rows: the smallest moment across, the largest one to the viewer.
 std::array<double, 9> first_view(const RunData& run) {
   const Eigen::Matrix3d rows = analysis::principal_axes(run).axes.transpose();
@@ -135,16 +115,15 @@ std::array<double, 9> first_view(const RunData& run) {
 }
 
 void describe_molecule(const RunData& run, Results& results) {
+  results.symbols = analysis::symbols(run);
   for (int a = 1; a <= run.natom; ++a) {
     const auto place = static_cast<std::size_t>(a - 1);
-    const std::string symbol = io::printable(run.symbol[place].content());
-    results.symbols.push_back(symbol.empty() ? "X" : symbol);  // a blank would shift columns
     results.atomic_numbers.push_back(run.nat[place]);
     results.masses.push_back(run.mass(a) / flib::electron_masses_per_amu);
   }
   results.geometry.assign(run.x.data(), run.x.data() + run.x.size());
   results.step = run.dx;
-  results.symmetry_used = run.symm;
+  results.symmetry_used = analysis::needs_characters(run);
   results.dipole = run.dipole0;
 }
 
@@ -154,7 +133,7 @@ Results load_results(const JobOptions& options) {
   RunData run = analysis::load_job_directory(options.control_file, options.mass_changes);
   Results results;
   results.control_file = options.control_file;
-  results.input_files = input_files(options.control_file, run);
+  results.input_files = zandor::input_names(run);
   describe_molecule(run, results);
   results.changed_masses = analysis::describe(options.mass_changes, run);
   if (!results.changed_masses.empty()) results.notes.push_back(results.changed_masses);

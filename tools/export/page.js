@@ -8,8 +8,6 @@
   var dark = window.matchMedia('(prefers-color-scheme: dark)');
   var playing = !still.matches;
   var has_dipoles = zandor.sets.projected.dipole_derivatives !== null;
-  var debye_per_au = 4.802890256035933, electron_masses_per_u = 1822.88853;
-  var debye_factor = debye_per_au * Math.sqrt(electron_masses_per_u);  // to Debye / (Angstrom sqrt(u))
   function at(id) { return document.getElementById(id); }
   function fixed(value, digits) { return value.toFixed(digits).replace('-', '\u2212'); }
   function scientific(value, noise) {
@@ -21,6 +19,7 @@
   // What symmetry makes zero is left over as rounding: nobody wants to read its digits.
   function slopeText(value) { return scientific(value, 1e-9 * steepest); }
   function strengthText(value) { return scientific(value, 1e-15 * strongest); }
+  function lengthText(value) { return scientific(value, 1e-7 * Math.sqrt(2 * strongest)); }
   function frequencyText(value, digits) { return value < 0 ? fixed(-value, digits) + '\u2009i' : fixed(value, digits); }
   function node(tag, text) {
     var element = document.createElement(tag);
@@ -36,6 +35,7 @@
   ];
   if (has_dipoles) {
     columns.push({ key: 'slope', name: '|d\u03bc/dQ|', unit: 'a.u.', show: slopeText });
+    columns.push({ key: 'length', name: '|d\u03bc/dq|', unit: 'a.u.', show: lengthText });
     columns.push({ key: 'strength', name: 'Strength', unit: '0\u20131, a.u.', show: strengthText });
   }
 
@@ -43,10 +43,12 @@
     set = zandor.sets[setName];
     rows = set.frequencies.map(function (frequency, i) {
       var slope = has_dipoles ? set.dipole_derivatives.slice(3 * i, 3 * i + 3) : null;
+      var strength = has_dipoles ? set.strengths[i] : null;
       return {
         mode: i + 1, frequency: frequency, reduced_mass: set.reduced_masses[i], rigid_weight: set.rigid_weights[i],
         rigid: set.rigid_motions.indexOf(i + 1) >= 0, vector: slope,
-        slope: slope && Math.hypot(slope[0], slope[1], slope[2]), strength: has_dipoles ? set.strengths[i] : null
+        slope: slope && Math.hypot(slope[0], slope[1], slope[2]), strength: strength,
+        length: strength === null ? null : Math.sqrt(2 * strength)
       };
     });
     steepest = strongest = 0;
@@ -123,8 +125,9 @@
     detail.append(head);
     if (!has_dipoles) return;
     detail.append(node('div', 'd\u03bc/dQ = (' + mode.vector.map(slopeText).join(', ') + ') e/\u221am\u2091'));
-    detail.append(node('div', '|d\u03bc/dQ| = ' + fixed(mode.slope * debye_factor, 3) + ' D/(\u00c5\u221au)' +
-      (mode.strength === null ? '' : ', \u00bd|d\u03bc/dq|\u00b2 = ' + strengthText(mode.strength) + ' e\u00b2a\u2080\u00b2')));
+    detail.append(node('div', '|d\u03bc/dQ| = ' + fixed(mode.slope * zandor.debye_per_angstrom_root_u, 3) + ' D/(\u00c5\u221au)' +
+      (mode.strength === null ? '' : ', |d\u03bc/dq| = ' + lengthText(mode.length) + ' ea\u2080, 0\u20131: ' +
+        strengthText(mode.strength) + ' e\u00b2a\u2080\u00b2')));
   }
   function choose(mode, scroll) {
     chosen = mode;
@@ -233,18 +236,20 @@
     setTimeout(function () { URL.revokeObjectURL(url); }, 10000);
   }
   function saveTable() {
-    var lines = ['mode,frequency_cm-1,reduced_mass_u,rigid_weight,rigid_motion' +
-      (has_dipoles ? ',dmu_dQ_x_au,dmu_dQ_y_au,dmu_dQ_z_au,strength_0-1_au' : '')];
+    var lines = zandor.notes.map(function (text) { return '# ' + text; });
+    lines.push('mode,frequency_cm-1,reduced_mass_u,rigid_weight,rigid_motion' +
+      (has_dipoles ? ',dmu_dQ_x_au,dmu_dQ_y_au,dmu_dQ_z_au,dmu_dq_au,strength_0-1_au' : ''));
     rows.forEach(function (mode) {
       var cells = [mode.mode, mode.frequency, mode.reduced_mass, mode.rigid_weight, mode.rigid ? 1 : 0];
-      if (has_dipoles) cells = cells.concat(mode.vector, mode.strength === null ? '' : mode.strength);
+      if (has_dipoles) cells = cells.concat(mode.vector, mode.strength === null ? ['', ''] : [mode.length, mode.strength]);
       lines.push(cells.join(','));
     });
     save('modes-' + setName + '.csv', lines.join('\n') + '\n', 'text/csv');
   }
   function saveFrame() {
     var amplitude = +at('amplitude').value, lines = [zandor.symbols.length,
-      'Properties=species:S:1:pos:R:3:mode:R:3 mode#=' + chosen + ' frequency_cm-1=' + row(chosen).frequency];
+      'Properties=species:S:1:pos:R:3:mode:R:3 mode#=' + chosen + ' frequency_cm-1=' + row(chosen).frequency +
+      (zandor.changed_masses ? ' note="' + zandor.changed_masses + '"' : '')];
     zandor.symbols.forEach(function (symbol, a) {
       var text = symbol;
       [0, 1, 2].forEach(function (k) { text += ' ' + zandor.geometry[3 * a + k].toFixed(8); });

@@ -27,31 +27,36 @@ bool leads_elsewhere(const char* name, Status& status) {
   io::fatal_stop({name}, "expected a file for the results alone, found a link to " + found);
 }
 
-void check_input(const char* result, const Status& status, const std::string& input) {
-  Status of_input{};
-  if (::stat(input.c_str(), &of_input) == 0 && same_file(status, of_input)) {
-    stop_at(result, "the input " + io::printable(input));
-  }
-}
-
-void check_inputs(const char* result, const Status& status, const RunData& run) {
-  check_input(result, status, std::string(run.control_name.content()));
-  check_input(result, status, job_list_name);
-  check_input(result, status, std::string(run.com_name.content()));
-  check_input(result, status, std::string(run.jobs[0].log_name.content()));
-  for (int i = 0; i <= run.n6; ++i) {
-    const Job& job = run.jobs[static_cast<std::size_t>(i)];
-    if (i == 0 || job.is_calc) check_input(result, status, std::string(job.sgn_name.content()));
-  }
-}
-
 }  // namespace
+
+std::vector<std::string> input_names(const RunData& run) {
+  const Job& reference = run.jobs[0];
+  std::vector<std::string> names = {std::string(run.control_name.content()), job_list_name};
+  for (const io::Line& name : {reference.sgn_name, run.com_name, reference.log_name}) {
+    names.emplace_back(name.content());
+  }
+  for (std::size_t i = 1; i < run.jobs.size(); ++i) {
+    if (run.jobs[i].is_calc) names.emplace_back(run.jobs[i].sgn_name.content());
+  }
+  return names;
+}
+
+std::string input_behind(const std::string& name, const std::vector<std::string>& inputs) {
+  Status status{};
+  if (::stat(name.c_str(), &status) != 0) return {};
+  for (const std::string& input : inputs) {
+    Status of_input{};
+    if (::stat(input.c_str(), &of_input) == 0 && same_file(status, of_input)) return input;
+  }
+  return {};
+}
 
 void check_result_names(const RunData& run) {
   for (const char* const result : names) {
     Status status{};
     if (!leads_elsewhere(result, status)) continue;
-    check_inputs(result, status, run);
+    const std::string input = input_behind(result, input_names(run));
+    if (!input.empty()) stop_at(result, "the input " + io::printable(input));
     for (const char* const other : names) {
       Status of_other{};
       if (other != result && ::stat(other, &of_other) == 0 && same_file(status, of_other)) {

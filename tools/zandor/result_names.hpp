@@ -1,6 +1,9 @@
 // The names of the results, and what they must not lead to.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "run_data.hpp"
 
 namespace zandor {
@@ -9,6 +12,13 @@ namespace zandor {
 inline constexpr const char* animation_name = "vib.xyz";
 inline constexpr const char* projected_animation_name = "vibp.xyz";
 inline constexpr const char* report_name = "zandor-es.out";
+
+// The files that a run reads, the control file first. The control file and the job list have been
+// read.
+std::vector<std::string> input_names(const RunData& run);
+
+// Of these files the first to which the name leads, too; empty where there is none.
+std::string input_behind(const std::string& name, const std::vector<std::string>& inputs);
 
 // Stops when the name of a result leads, through a link, to an input of this run or to the file of
 // another result. The control file and the job list have been read.
