@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <set>
 
 #include "analysis/model.hpp"
 #include "dipoles.hpp"
+#include "job_directory.hpp"
+#include "prepared_dipoles.hpp"
 #include "support/support.hpp"
 
 namespace {
@@ -34,6 +37,7 @@ TEST(characters, follow_the_products_of_the_group) {
       {{xz, e}, {"+", "-"}},
       {{e}, {""}},
       {{c2, xz}, {"+,+", "+,-", "-,+", "-,-"}},  // no product is in the list
+      {{xz, c2, e, xz}, {"+,+,+", "+,-,+", "-,+,-", "-,-,-"}},
   };
   for (const auto& [operations, patterns] : cases) {
     zandor::RunData run = model::run_of(model::general());
@@ -47,24 +51,59 @@ TEST(characters, follow_the_products_of_the_group) {
   }
 }
 
+// As many turns about z of which no two make a third, all of them as often.
+std::size_t patterns_of_turns(int different, int repeated) {
+  zandor::RunData run = model::run_of(model::line());
+  run.nop = different * repeated;
+  run.op = {"op", {3, 3, run.nop}};
+  for (int k = 1; k <= run.nop; ++k) {
+    Eigen::Map<Eigen::Matrix3d>(run.op.column(1, k)) =
+        Eigen::AngleAxisd(std::pow(3, k % different), Eigen::Vector3d::UnitZ()).matrix();
+  }
+  return analysis::allowed_characters(run).size();
+}
+
+TEST(characters, are_looked_for_among_so_many_operations) {
+  EXPECT_EQ(patterns_of_turns(12, 30), 1U) << "no job uses them";
+  EXPECT_TRUE(support::stops(2, "more than 4096 patterns", [] { patterns_of_turns(13, 1); }));
+  EXPECT_TRUE(support::stops(2, "at most 256 different", [] { patterns_of_turns(300, 1); }));
+  zandor::RunData run = model::run_of(model::general());
+  set_operations(run, {{1, 1, 1}, {1, 1, 1.01}});
+  EXPECT_TRUE(support::stops(2, "expected orthogonal operations, found operation 2",
+                             [&] { analysis::allowed_characters(run); }));
+}
+
+// Formaldehyde with dipoles so small that their four decimals cannot tell one state from another.
+TEST(characters, are_not_told_by_print_rounding) {
+  const support::TempFolder folder;
+  std::filesystem::copy(PROJECT_FOLDER "/examples/formaldehyde-s1-c2v", ".");
+  zandor::RunData run = analysis::load_job_directory("control.inp");
+  EXPECT_EQ(analysis::prepare_dipoles(run, {}).refusal, "");
+  const auto scale = [&](double factor) {
+    std::for_each_n(run.tdip.data(), run.tdip.size(),
+                    [=](double& d) { d = std::round(d * factor * 1e4) / 1e4; });
+    return analysis::prepare_dipoles(run, {});
+  };
+  const std::string refusal = scale(0.0495).refusal;
+  EXPECT_TRUE(refusal.starts_with("the sum rules do not tell the characters")) << refusal;
+  const analysis::PreparedDipoles dark = scale(0.0);
+  EXPECT_FALSE(dark.characters->next_best);
+  EXPECT_TRUE(dark.warnings.at(0).starts_with("all transition dipoles are zero"));
+}
+
 TEST(characters, are_given_by_hand) {
   zandor::RunData run = model::run_of(model::general());
   set_operations(run, {{1, 1, 1}, {-1, -1, 1}, {1, -1, 1}, {-1, 1, 1}});
   EXPECT_EQ(analysis::parse_characters(run, "-,+,-"), (analysis::Characters{1, -1, 1, -1}));
   EXPECT_EQ(analysis::parse_characters(run, "+,+,-,-"), (analysis::Characters{1, 1, -1, -1}));
-  const char* const form = "for each of the 3 operations other than the identity";
-  const char* const product = "signs that multiply as the operations do";
-  for (const auto& [text, message] :
-       std::vector<std::pair<const char*, const char*>>{{"", form},
-                                                        {"+,-", form},
-                                                        {"+,-,-,", form},
-                                                        {"+ - -", form},
-                                                        {"1,-1,-1", form},
-                                                        {"+,-,-,+,+", form},
-                                                        {"-,-,-", product},
-                                                        {"-,+,+,-", product}}) {
-    EXPECT_TRUE(support::stops(2, message, [&, t = text] { analysis::parse_characters(run, t); }))
-        << text;
+  const std::pair<const char*, std::vector<const char*>> cases[] = {
+      {"for each of the 3 operations other than the identity",
+       {"", "+,-", "+,-,-,", "+ - -", "1,-1,-1", "+,-,-,+,+"}},
+      {"signs that multiply as the operations do", {"-,-,-", "-,+,+,-"}}};
+  for (const auto& [message, texts] : cases) {
+    for (const char* text : texts) {
+      EXPECT_TRUE(support::stops(2, message, [&] { analysis::parse_characters(run, text); }));
+    }
   }
 }
 

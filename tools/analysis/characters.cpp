@@ -1,9 +1,10 @@
 #include "characters.hpp"
 
 #include <algorithm>
-#include <limits>
-#include <set>
+#include <bitset>
+#include <cmath>
 #include <string>
+#include <unordered_set>
 
 #include "dipoles.hpp"
 
@@ -12,69 +13,116 @@ namespace analysis {
 namespace {
 
 constexpr double operation_tolerance = 1e-4;
-constexpr int most_operations = 256;  // the largest finite molecular group has 120
-constexpr std::size_t most_patterns = 4096;
+constexpr double orthogonal_within = 1e-3;    // operations may be printed with few digits
+constexpr std::size_t most_operations = 256;  // the largest finite molecular group has 120
+constexpr std::size_t most_free = 12;         // 4096 patterns
 
 Eigen::Map<const Eigen::Matrix3d> operation(const zandor::RunData& run, int k) {
   return Eigen::Map<const Eigen::Matrix3d>(run.op.column(1, k));
 }
 
 bool alike(const Eigen::Matrix3d& a, const Eigen::Matrix3d& b) {
-  return (a - b).cwiseAbs().maxCoeff() <= operation_tolerance;
+  return std::equal(a.data(), a.data() + 9, b.data(),
+                    [](double x, double y) { return std::abs(x - y) <= operation_tolerance; });
 }
 
-struct Product {
-  int k, l, m;  // op_k op_l = op_m
+using Matrices = std::vector<Eigen::Matrix3d>;
+
+std::size_t place_of(const Eigen::Matrix3d& matrix, const Matrices& among) {
+  const auto found = std::find_if(among.begin(), among.end(),
+                                  [&](const Eigen::Matrix3d& m) { return alike(m, matrix); });
+  return static_cast<std::size_t>(found - among.begin());
+}
+
+// A bit per operation, equal ones of the list as one: 1 where the character is -1.
+using Pattern = std::bitset<most_operations>;
+
+// What the products demand of the characters. chi_k chi_l = chi_m is a linear equation of their
+// bits, modulo 2.
+struct Conditions {
+  std::vector<std::size_t> bit;  // that of operation k at [k - 1]
+  // One per bit: an equation whose highest bit it is, an even number of whose bits are set; none()
+  // where the bit is free.
+  std::vector<Pattern> equations;
 };
 
-std::vector<Product> products_of(const zandor::RunData& run) {
-  if (run.nop > most_operations) {
-    io::fatal_stop({zandor::job_list_name}, "expected at most " + std::to_string(most_operations) +
-                                                " operations to find characters, found " +
-                                                std::to_string(run.nop));
+void add_equation(Pattern equation, std::vector<Pattern>& equations) {
+  for (std::size_t i = equations.size(); i-- > 0;) {
+    if (!equation[i]) continue;
+    if (equations[i].none()) {
+      equations[i] = equation;
+      return;
+    }
+    equation ^= equations[i];
   }
-  std::vector<Product> products;
+}
+
+Conditions conditions_of(const zandor::RunData& run) {
+  Conditions conditions;
+  Matrices different;
   for (int k = 1; k <= run.nop; ++k) {
-    for (int l = 1; l <= run.nop; ++l) {
-      const Eigen::Matrix3d product = operation(run, k) * operation(run, l);
-      for (int m = 1; m <= run.nop; ++m) {
-        if (alike(product, operation(run, m))) products.push_back({k, l, m});
-      }
+    const std::size_t place = place_of(operation(run, k), different);
+    if (place == most_operations) {
+      io::fatal_stop({zandor::job_list_name},
+                     "expected at most 256 different operations to find characters, found more");
+    }
+    if (place == different.size()) different.emplace_back(operation(run, k));
+    conditions.bit.push_back(place);
+  }
+  conditions.equations.resize(different.size());
+  for (std::size_t k = 0; k < different.size(); ++k) {
+    for (std::size_t l = 0; l < different.size(); ++l) {
+      const std::size_t m = place_of(different[k] * different[l], different);
+      if (m == different.size()) continue;
+      add_equation(Pattern().flip(k).flip(l).flip(m), conditions.equations);
     }
   }
-  return products;
+  return conditions;
 }
 
-// Whether the pattern meets every product whose last operation in the list is `known`.
-bool agrees(const Characters& characters, const std::vector<Product>& products, int known) {
-  const auto chi = [&](int k) { return characters[static_cast<std::size_t>(k - 1)]; };
-  return std::all_of(products.begin(), products.end(), [&](const Product& product) {
-    const int last = std::max({product.k, product.l, product.m});
-    return last != known || chi(product.k) * chi(product.l) == chi(product.m);
-  });
+bool meets(const Pattern& pattern, const Pattern& equation) {
+  return (pattern & equation).count() % 2 == 0;
 }
 
-std::vector<char> operations_used(const zandor::RunData& run) {
-  std::vector<char> used(static_cast<std::size_t>(run.nop), 0);
+// The bits of the operations that derived jobs use. They must keep the length of a dipole.
+Pattern bits_used(const zandor::RunData& run, const Conditions& conditions) {
+  Pattern used;
   for (int i = 1; i <= run.n6; ++i) {
     const zandor::Job& job = run.jobs[static_cast<std::size_t>(i)];
-    if (!job.is_calc) used[static_cast<std::size_t>(job.iops - 1)] = 1;
+    if (job.is_calc) continue;
+    const std::size_t bit = conditions.bit[static_cast<std::size_t>(job.iops - 1)];
+    if (used[bit]) continue;
+    used.set(bit);
+    const Eigen::Matrix3d op = operation(run, job.iops);
+    if (!((op * op.transpose() - Eigen::Matrix3d::Identity()).norm() <= orthogonal_within)) {
+      io::fatal_stop({zandor::job_list_name}, "expected orthogonal operations, found operation " +
+                                                  std::to_string(job.iops) + ", which is not");
+    }
   }
   return used;
 }
 
-// Keeps one of the patterns that agree in the operations that derived jobs use.
-std::vector<Characters> distinct(std::vector<Characters> patterns, const std::vector<char>& used) {
-  std::set<Characters> seen;
-  std::vector<Characters> kept;
-  for (Characters& pattern : patterns) {
-    Characters counted;
-    for (std::size_t k = 0; k < used.size(); ++k) {
-      if (used[k] != 0) counted.push_back(pattern[k]);
-    }
-    if (seen.insert(counted).second) kept.push_back(std::move(pattern));
+// Every pattern that meets the equations, plus signs first.
+std::vector<Pattern> solutions(const std::vector<Pattern>& equations) {
+  const auto free = static_cast<std::size_t>(
+      std::count_if(equations.begin(), equations.end(), [](const Pattern& e) { return e.none(); }));
+  if (free > most_free) {
+    io::fatal_stop({zandor::job_list_name},
+                   "expected operations that form a group, found more "
+                   "than 4096 patterns of characters");
   }
-  return kept;
+  std::vector<Pattern> patterns = {Pattern()};
+  for (std::size_t i = 0; i < equations.size(); ++i) {
+    std::vector<Pattern> longer;
+    for (const Pattern& pattern : patterns) {
+      if (meets(pattern, equations[i])) longer.push_back(pattern);
+      if (equations[i].none() || !meets(pattern, equations[i])) {
+        longer.push_back(Pattern(pattern).set(i));
+      }
+    }
+    patterns = std::move(longer);
+  }
+  return patterns;
 }
 
 // The largest change that print rounding makes in an element of the gradient.
@@ -86,6 +134,12 @@ double midpoint_ratio(const zandor::RunData& run, const Eigen::Matrix3Xd& dipole
   const Eigen::Matrix3Xd midpoints = dipole_midpoints(run, dipoles);
   if (midpoints.cwiseAbs().maxCoeff() <= 3.0 * gradient_rounding(run)) return 0.0;
   return midpoints.norm() / dipole_gradient(run, dipoles).norm();
+}
+
+// What print rounding alone may have moved away from zero comes before what it cannot.
+bool is_nearer(const SumRuleResidual& a, const SumRuleResidual& b) {
+  if (a.within_rounding() != b.within_rounding()) return a.within_rounding();
+  return a.absolute < b.absolute;
 }
 
 }  // namespace
@@ -100,33 +154,29 @@ bool is_identity(const zandor::RunData& run, int k) {
 }
 
 std::vector<Characters> allowed_characters(const zandor::RunData& run) {
-  const std::vector<Product> products = products_of(run);
-  std::vector<Characters> patterns = {{}};
-  for (int k = 1; k <= run.nop; ++k) {
-    std::vector<Characters> longer;
-    for (const Characters& pattern : patterns) {
-      for (const int chi : {1, -1}) {
-        Characters next = pattern;
-        next.push_back(chi);
-        if (agrees(next, products, k)) longer.push_back(std::move(next));
-      }
-    }
-    patterns = std::move(longer);
-    if (patterns.size() > most_patterns) {
-      io::fatal_stop({zandor::job_list_name},
-                     "expected operations that form a group, found more "
-                     "than 4096 patterns of characters");
-    }
+  const Conditions conditions = conditions_of(run);
+  const Pattern used = bits_used(run, conditions);
+  std::unordered_set<Pattern> seen;
+  std::vector<Characters> allowed;
+  for (const Pattern& pattern : solutions(conditions.equations)) {
+    if (!seen.insert(pattern & used).second) continue;
+    Characters& characters = allowed.emplace_back();
+    for (const std::size_t bit : conditions.bit) characters.push_back(pattern[bit] ? -1 : 1);
   }
-  return distinct(std::move(patterns), operations_used(run));
+  return allowed;
 }
 
 bool are_allowed(const zandor::RunData& run, const Characters& characters) {
-  const std::vector<Product> products = products_of(run);
-  for (int known = 1; known <= run.nop; ++known) {
-    if (!agrees(characters, products, known)) return false;
+  const Conditions conditions = conditions_of(run);
+  Pattern pattern;
+  for (std::size_t k = 0; k < characters.size(); ++k) {
+    if (characters[k] < 0) pattern.set(conditions.bit[k]);
   }
-  return true;
+  for (std::size_t k = 0; k < characters.size(); ++k) {
+    if (pattern[conditions.bit[k]] != (characters[k] < 0)) return false;  // equal to another one
+  }
+  return std::all_of(conditions.equations.begin(), conditions.equations.end(),
+                     [&](const Pattern& equation) { return meets(pattern, equation); });
 }
 
 Characters parse_characters(const zandor::RunData& run, const std::string& text) {
@@ -200,11 +250,10 @@ CharacterChoice find_characters(const zandor::RunData& run, const Eigen::Matrix3
       chosen = gradients.back();
     }
   }
-  best.next_best = std::numeric_limits<double>::infinity();
   const double rounding = gradient_rounding(run);
   for (std::size_t i = 0; i < residuals.size(); ++i) {
     if ((gradients[i] - chosen).cwiseAbs().maxCoeff() <= rounding) continue;
-    best.next_best = std::min(best.next_best, residuals[i].absolute);
+    if (!best.next_best || is_nearer(residuals[i], *best.next_best)) best.next_best = residuals[i];
   }
   return best;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <Eigen/Dense>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,12 +22,14 @@ bool needs_characters(const zandor::RunData& run);
 bool is_identity(const zandor::RunData& run, int k);
 
 // All characters that the group allows: chi_k chi_l = chi_m wherever op_k op_l = op_m is in the
-// list (elements agree within 1e-4), and of those that differ only in operations that no derived
-// job uses, one. A fatal stop when the list has more than 256 operations, or more than 4096
-// patterns are possible (operations that are no group).
+// list (elements agree within 1e-4; operations that do are one), and of those that differ only in
+// operations that no derived job uses, one. A fatal stop when the list has more than 256 different
+// operations, when more than 4096 patterns are possible (operations that are no group), or when a
+// derived job uses an operation that is not orthogonal.
 std::vector<Characters> allowed_characters(const zandor::RunData& run);
 
-// Whether the characters, one per operation, contradict no product of the list. Limits as above.
+// Whether the characters, one per operation, contradict no product of the list. A fatal stop when
+// it has more than 256 different operations.
 bool are_allowed(const zandor::RunData& run, const Characters& characters);
 
 // "+,-,-" as --characters takes it: one sign per operation of the list, or one per operation that
@@ -43,20 +46,28 @@ void derive_dipoles(const zandor::RunData& run, const Characters& characters,
 struct CharacterChoice {
   Characters characters;
   SumRuleResidual residual;
-  // The smallest absolute residual among the other patterns, infinity where there is none. Patterns
-  // that give the same gradient as the chosen one, to print rounding, do not count.
-  double next_best = 0.0;
+  // That of the other pattern that comes nearest: of those that print rounding explains, else of
+  // all, the one with the smallest absolute residual. Patterns that give the same gradient as the
+  // chosen one, to print rounding, do not count; empty where there is no other.
+  std::optional<SumRuleResidual> next_best;
 
   // Norm of dipole_midpoints over the norm of the gradient: small when the dipoles of two steps lie
   // on either side of the reference's, as they must. 0 where print rounding explains the midpoints.
   double midpoint_ratio = 0.0;
 
-  // Fit to be used: the next best is 3 times as large; no sum rule is missed by more than 10 times
-  // its bound, or they are missed by 1e-2 relative at most; and the midpoints stand back behind the
-  // gradient (otherwise a pattern that makes differences vanish would meet the sum rules for that
-  // alone). What is not fit may be a degenerate state, or signs of jobs that have turned.
-  bool separated() const { return next_best >= 3.0 * residual.absolute; }
-  bool sound() const { return residual.explained(10.0) && midpoint_ratio <= 0.5; }
+  // Fit to be used when all three hold; what is not may be a degenerate state, or signs of jobs
+  // that have turned.
+  // The next best leaves 3 times as much, and more than print rounding can make.
+  bool separated() const {
+    return !next_best ||
+           (next_best->absolute >= 3.0 * residual.absolute && !next_best->within_rounding());
+  }
+  // The midpoints stand back behind the gradient: a pattern that makes differences vanish would
+  // meet the sum rules for that alone.
+  bool goes_through_reference() const { return midpoint_ratio <= 0.5; }
+  // No sum rule is missed by more than 10 times its bound, or they are missed by 1e-2 relative at
+  // most.
+  bool meets_sum_rules() const { return residual.explained(10.0); }
 };
 
 // Tries every pattern that the group allows and gives the one with the smallest sum-rule residual.

@@ -69,6 +69,14 @@ MassChange parse_isotope(const std::string& text) {
   return change;
 }
 
+std::vector<MassChange> parse_mass_changes(const std::vector<std::string>& isotopes,
+                                           const std::vector<std::string>& masses) {
+  std::vector<MassChange> changes;
+  for (const std::string& text : isotopes) changes.push_back(parse_isotope(text));
+  for (const std::string& text : masses) changes.push_back(parse_mass(text));
+  return changes;
+}
+
 void change_masses(const std::vector<MassChange>& changes, zandor::RunData& run) {
   for (const MassChange& change : changes) {
     bool found = false;

@@ -20,6 +20,11 @@ struct MassChange {
 MassChange parse_mass(const std::string& text);
 MassChange parse_isotope(const std::string& text);
 
+// The changes of --isotope and --mass: first those of elements, since a mass given for one atom is
+// the more particular.
+std::vector<MassChange> parse_mass_changes(const std::vector<std::string>& isotopes,
+                                           const std::vector<std::string>& masses);
+
 // Applies the changes in their order to mass and sqtmass of the run, between reading and analysis.
 // An atom or element that the molecule does not have is a fatal stop.
 void change_masses(const std::vector<MassChange>& changes, zandor::RunData& run);

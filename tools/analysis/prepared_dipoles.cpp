@@ -1,26 +1,15 @@
 #include "prepared_dipoles.hpp"
 
 #include <cstdio>
-#include <limits>
 
 #include "dipoles.hpp"
+#include "io/process.hpp"
 
 namespace analysis {
 
 namespace {
 
 constexpr std::size_t most_names = 10;
-
-std::string figure(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.2g", value);
-  return text;
-}
-
-std::string residual_text(const SumRuleResidual& residual) {
-  return "residual " + figure(residual.absolute) + ", " + figure(residual.relative) +
-         " relative; print rounding allows " + figure(residual.bound);
-}
 
 // A derived job whose dipole cannot be known; 0 where there is none.
 int job_without_source(const zandor::RunData& run) {
@@ -30,46 +19,60 @@ int job_without_source(const zandor::RunData& run) {
   return 0;
 }
 
-void choose_characters(const zandor::RunData& run, const std::string& by_hand,
-                       PreparedDipoles& prepared) {
-  if (!by_hand.empty()) {
-    CharacterChoice given;
-    given.characters = parse_characters(run, by_hand);
-    derive_dipoles(run, given.characters, prepared.dipoles);
-    given.residual = sum_rule_residual(run, prepared.dipoles);
-    given.next_best = std::numeric_limits<double>::infinity();
-    prepared.characters = given;
-    return;
-  }
-  const CharacterChoice choice = find_characters(run, prepared.dipoles);
-  derive_dipoles(run, choice.characters, prepared.dipoles);
-  prepared.characters = choice;
-  if (!(choice.midpoint_ratio <= 0.5)) {
-    prepared.refusal = "with the characters that meet the sum rules best (" +
-                       shown(run, choice.characters) +
-                       ") the derived transition dipoles do not go through that of the reference";
-  } else if (!choice.sound()) {
-    prepared.refusal =
-        "no characters of the operations meet the sum rules of the transition dipole (" +
-        residual_text(choice.residual) + ")";
+CharacterChoice given_characters(const zandor::RunData& run, const std::string& text,
+                                 const Eigen::Matrix3Xd& dipoles) {
+  CharacterChoice given;
+  given.characters = parse_characters(run, text);
+  Eigen::Matrix3Xd filled = dipoles;
+  derive_dipoles(run, given.characters, filled);
+  given.residual = sum_rule_residual(run, filled);
+  return given;
+}
+
+// Why the characters that were found are not to be used; empty where they are.
+std::string doubts_about(const zandor::RunData& run, const CharacterChoice& choice) {
+  std::string text;
+  if (!choice.goes_through_reference()) {
+    text = "with the characters that meet the sum rules best (" + shown(run, choice.characters) +
+           ") the derived transition dipoles do not go through that of the reference";
+  } else if (!choice.meets_sum_rules()) {
+    text = "no characters of the operations meet the sum rules of the transition dipole (" +
+           residual_text(choice.residual) + ")";
   } else if (!choice.separated()) {
-    prepared.refusal = "the sum rules do not tell the characters of the operations (" +
-                       shown(run, choice.characters) + " leaves " +
-                       figure(choice.residual.absolute) + ", the next best " +
-                       figure(choice.next_best) + ")";
+    text = "the sum rules do not tell the characters of the operations (" +
+           shown(run, choice.characters) + ": " + residual_text(choice.residual) +
+           "; the next best: " + residual_text(*choice.next_best) + ")";
+  } else {
+    return {};
   }
-  if (!prepared.refusal.empty()) {
-    prepared.refusal +=
-        ": the state may be degenerate or signs of jobs may have turned; compute the jobs that are "
-        "derived, or give the characters by hand";
+  return text +
+         ": the state may be degenerate or signs of jobs may have turned (see zandor_check); "
+         "compute the jobs that are derived, or give the characters by hand";
+}
+
+void choose_characters(const zandor::RunData& run, const DipoleChoices& choices,
+                       PreparedDipoles& prepared) {
+  CharacterChoice choice;
+  if (choices.characters) {
+    choice = given_characters(run, *choices.characters, prepared.dipoles);
+  } else if (const auto stop =
+                 io::collect([&] { choice = find_characters(run, prepared.dipoles); })) {
+    prepared.refusal = stop->file + ": " + stop->message;
+    return;
+  } else {
+    prepared.refusal = doubts_about(run, choice);
   }
+  derive_dipoles(run, choice.characters, prepared.dipoles);
+  prepared.characters = std::move(choice);
 }
 
 std::string turned_text(const zandor::RunData& run, const TurnedSigns& signs) {
   std::string text =
       "the transition dipoles miss their sum rules (" + residual_text(signs.as_read) + "): ";
   if (!signs.found()) {
-    return text + "no turned sign of a job or of two explains it, the state may have changed";
+    return text +
+           "no turned sign of a job or of two explains it, the state may have changed (see "
+           "zandor_check)";
   }
   text += "the sign of " + job_names(run, signs.jobs) + " seems to have turned, with it " +
           figure(signs.settled.absolute) + " is left";
@@ -105,9 +108,13 @@ PreparedDipoles prepare_dipoles(const zandor::RunData& run, const DipoleChoices&
     return prepared;
   }
   if (needs_characters(run)) {
-    choose_characters(run, choices.characters, prepared);
-  } else if (!choices.characters.empty()) {
+    choose_characters(run, choices, prepared);
+  } else if (choices.characters) {
+    parse_characters(run, *choices.characters);
     prepared.warnings.emplace_back("no job is derived: the characters are not used");
+  }
+  if (prepared.dipoles.isZero(0.0)) {
+    prepared.warnings.emplace_back("all transition dipoles are zero, and so are their derivatives");
   }
   if (prepared.refusal.empty()) settle_signs(run, choices.settle_signs, prepared);
   prepared.gradient = dipole_gradient(run, prepared.dipoles);
@@ -115,6 +122,17 @@ PreparedDipoles prepare_dipoles(const zandor::RunData& run, const DipoleChoices&
     prepared.refusal = "the derivatives of the transition dipole are not finite";
   }
   return prepared;
+}
+
+std::string figure(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.3g", value);
+  return text;
+}
+
+std::string residual_text(const SumRuleResidual& residual) {
+  return "residual " + figure(residual.absolute) + ", relative " + figure(residual.relative) +
+         ", largest condition " + figure(residual.worst_ratio) + " times its rounding";
 }
 
 std::string job_names(const zandor::RunData& run, const std::vector<int>& jobs) {

@@ -14,14 +14,15 @@
 namespace analysis {
 
 struct DipoleChoices {
-  std::string characters;     // as parse_characters reads them; empty: found by the sum rules
+  // As parse_characters reads them; without them they are found by the sum rules.
+  std::optional<std::string> characters;
   bool settle_signs = false;  // turn the signs that find_turned_signs names
 };
 
 struct PreparedDipoles {
   Eigen::Matrix3Xd dipoles;   // 3 x (n6 + 1), atomic units, column i of job i, 0 the reference
   Eigen::Matrix3Xd gradient;  // 3 x n3, e, along the true steps (dipole_gradient)
-  // Where jobs are derived: what was chosen. With characters given by hand next_best is infinite.
+  // Where jobs are derived: what was chosen or given. Empty where it could not be looked for.
   std::optional<CharacterChoice> characters;
   TurnedSigns signs;
   bool signs_turned = false;  // `signs` have been applied
@@ -36,6 +37,12 @@ struct PreparedDipoles {
 
 // Stops only where the choices cannot be understood; everything else is a warning or a refusal.
 PreparedDipoles prepare_dipoles(const zandor::RunData& run, const DipoleChoices& choices);
+
+// A number with the three digits with which texts show residuals.
+std::string figure(double value);
+
+// "residual 0.0017, relative 0.0032, largest condition 0.532 times its rounding".
+std::string residual_text(const SumRuleResidual& residual);
 
 // The base names of the jobs' sign files, as messages name them: "a.sgn, b.sgn"; of many the first
 // ten and their number.

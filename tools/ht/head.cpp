@@ -1,17 +1,18 @@
 #include <algorithm>
-#include <cstdio>
-#include <map>
 
+#include "formula.hpp"
 #include "output.hpp"
 
 namespace ht {
 
 namespace {
 
-std::string figure(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.3g", value);
-  return text;
+std::string origin_of(const analysis::CharacterChoice& choice, bool by_hand) {
+  if (by_hand) return "characters given by hand";
+  if (!choice.next_best) return "characters: every pattern gives the same derivatives";
+  return "characters found by the sum rules: residual " +
+         analysis::figure(choice.residual.absolute) + ", next best " +
+         analysis::figure(choice.next_best->absolute);
 }
 
 void add_characters(const zandor::RunData& run, const analysis::PreparedDipoles& dipoles,
@@ -22,10 +23,7 @@ void add_characters(const zandor::RunData& run, const analysis::PreparedDipoles&
   lines.push_back(std::to_string(derived) + " of " + std::to_string(run.n6) +
                   " jobs are derived; characters of the operations other than the identity: " +
                   analysis::shown(run, choice.characters));
-  lines.push_back(by_hand ? "characters given by hand"
-                          : "characters found by the sum rules: residual " +
-                                figure(choice.residual.absolute) + ", next best " +
-                                figure(choice.next_best));
+  lines.push_back(origin_of(choice, by_hand));
 }
 
 std::string energy_line(const Request& request) {
@@ -42,20 +40,8 @@ std::string energy_line(const Request& request) {
 }  // namespace
 
 std::string formula(const zandor::RunData& run) {
-  std::map<std::string, int> counts;
-  for (const auto& symbol : run.symbol) ++counts[io::printable(symbol.content())];
   std::string text;
-  const auto take = [&](const std::string& symbol) {
-    const auto found = counts.find(symbol);
-    if (found == counts.end()) return;
-    text += symbol + (found->second > 1 ? std::to_string(found->second) : "");
-    counts.erase(found);
-  };
-  if (counts.contains("C")) {
-    take("C");
-    take("H");
-  }
-  while (!counts.empty()) take(std::string(counts.begin()->first));
+  for (const std::string& part : analysis::formula_parts(analysis::symbols(run))) text += part;
   return text;
 }
 
@@ -78,15 +64,13 @@ std::vector<std::string> head_lines(const Request& request, const zandor::RunDat
         "disp_sign is not 1: derivatives take the true steps, those of zandor-es.out the labels");
   }
   if (dipoles.characters) {
-    add_characters(run, dipoles, !request.dipoles.characters.empty(), lines);
+    add_characters(run, dipoles, request.dipoles.characters.has_value(), lines);
   }
   if (dipoles.signs_turned) {
     lines.push_back("signs turned back: " + analysis::job_names(run, dipoles.signs.jobs));
   }
-  const analysis::SumRuleResidual& residual = dipoles.residual();
-  lines.push_back("sum rules of the transition dipole: residual " + figure(residual.absolute) +
-                  ", relative " + figure(residual.relative) + "; print rounding allows " +
-                  figure(residual.bound));
+  lines.push_back("sum rules of the transition dipole: " +
+                  analysis::residual_text(dipoles.residual()));
   lines.emplace_back(
       "dmu/dQ: Debye/(Angstrom sqrt(amu)), Q mass-weighted, eigenvectors orthonormal; 1 au = "
       "205.06");

@@ -67,12 +67,12 @@ Totals totals_of(const Request& request, const Eigen::Vector3d& reference,
   Totals totals;
   totals.reference_square = reference.squaredNorm();
   if (request.kelvin) totals.thermal = totals.reference_square;
-  if (request.energy) totals.oscillator = 0.0;
   for (const Line& line : lines) {
     totals.strength += line.strength.value_or(0.0);
     if (!line.strength) ++totals.imaginary;
     add(line.thermal, totals.thermal);
     add(line.oscillator, totals.oscillator);
+    if (request.energy && line.strength && !line.oscillator) ++totals.without_oscillator;
   }
   if (!request.energy) return totals;
   const double energy = *request.energy / flib::electronvolts_per_hartree;

@@ -42,9 +42,10 @@ struct Totals {
   double reference_square = 0.0;  // |mu0|**2, e**2 Bohr**2
   double strength = 0.0;          // sum over the real modes
   int imaginary = 0;              // modes without strength, frequency zero included
+  int without_oscillator = 0;     // modes with a strength, but E - omega not above zero
   std::optional<double> thermal;  // <|mu|**2> = |mu0|**2 + sum of the thermal strengths
-  // With an energy: f of the 0-0 transition, sum of f over the modes, and, with a vertical energy
-  // and a temperature, 2/3 E <|mu|**2>.
+  // With an energy: f of the 0-0 transition, sum of f over the modes that have one, and, with a
+  // vertical energy and a temperature, 2/3 E <|mu|**2>.
   std::optional<double> reference_oscillator, oscillator, thermal_oscillator;
 };
 

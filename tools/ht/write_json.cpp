@@ -1,4 +1,3 @@
-#include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "flib/units_of_measure.hpp"
@@ -11,10 +10,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// null where there is no value; infinity has no spelling in JSON either.
-Json value_or_null(const std::optional<double>& value) {
-  return value && std::isfinite(*value) ? Json(*value) : Json();
-}
+// null where there is no value.
+Json value_or_null(const std::optional<double>& value) { return value ? Json(*value) : Json(); }
 
 Json vector(const Eigen::Vector3d& v) { return {v(0), v(1), v(2)}; }
 
@@ -62,12 +59,13 @@ Json sum_rules(const analysis::SumRuleResidual& residual) {
 Json derived_jobs(const Request& request, const zandor::RunData& run,
                   const analysis::PreparedDipoles& dipoles) {
   if (!dipoles.characters) return nullptr;
-  const bool by_hand = !request.dipoles.characters.empty();
+  const bool by_hand = request.dipoles.characters.has_value();
+  const auto& next_best = dipoles.characters->next_best;
   return {{"characters", dipoles.characters->characters},
           {"shown", analysis::shown(run, dipoles.characters->characters)},
           {"given_by_hand", by_hand},
           {"residual", dipoles.characters->residual.absolute},
-          {"next_best_residual", value_or_null(dipoles.characters->next_best)}};
+          {"next_best_residual", next_best ? Json(next_best->absolute) : Json()}};
 }
 
 Json signs(const zandor::RunData& run, const analysis::PreparedDipoles& dipoles) {
@@ -110,8 +108,9 @@ Json totals(const Totals& totals) {
   if (totals.thermal) json["thermal"] = *totals.thermal;
   if (totals.reference_oscillator) {
     json["reference_oscillator_strength"] = *totals.reference_oscillator;
+    json["oscillator_strength"] = value_or_null(totals.oscillator);
+    json["modes_without_oscillator_strength"] = totals.without_oscillator;
   }
-  if (totals.oscillator) json["oscillator_strength"] = *totals.oscillator;
   if (totals.thermal_oscillator) json["thermal_oscillator_strength"] = *totals.thermal_oscillator;
   return json;
 }

@@ -55,23 +55,27 @@ std::string table_row(const Request& request, const Line& line) {
   return text + fixed(line.overlap, 9, 4) + "\n";
 }
 
-std::string total(const char* what, double value) {
+std::string total(const char* what, const std::optional<double>& value) {
   return " " + std::string(what) + std::string(46 - std::string(what).size(), ' ') +
-         sci(value, 12) + "\n";
+         sci_or_dash(value, 12) + "\n";
 }
 
 std::string totals_text(const Totals& totals) {
   std::string text = total("|mu0|**2 of the reference", totals.reference_square) +
                      total("sum of the 0-1 |mu|**2", totals.strength);
-  if (totals.thermal) text += total("thermal <|mu|**2>, |mu0|**2 included", *totals.thermal);
+  if (totals.thermal) text += total("thermal <|mu|**2>, |mu0|**2 included", totals.thermal);
   if (totals.reference_oscillator) {
-    text += total("f of the dipole of the reference", *totals.reference_oscillator);
+    text += total("f of the dipole of the reference", totals.reference_oscillator) +
+            total("f of all modes together", totals.oscillator);
   }
-  if (totals.oscillator) text += total("f of all modes together", *totals.oscillator);
-  if (totals.thermal_oscillator) text += total("f of <|mu|**2>", *totals.thermal_oscillator);
+  if (totals.thermal_oscillator) text += total("f of <|mu|**2>", totals.thermal_oscillator);
   if (totals.imaginary > 0) {
     text += " " + std::to_string(totals.imaginary) +
             " imaginary (or zero): dmu/dQ only, left out of every sum\n";
+  }
+  if (totals.without_oscillator > 0) {
+    text += " " + std::to_string(totals.without_oscillator) +
+            " with E - omega not above zero: no f, left out of the sum of f\n";
   }
   return text;
 }
