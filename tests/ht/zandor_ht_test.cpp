@@ -107,12 +107,16 @@ TEST_F(ZandorHt, gives_the_same_from_derived_and_from_computed_jobs) {
 TEST_F(ZandorHt, prints_what_the_documentation_shows) {
   enter(formaldehyde_c2v);
   const support::Outcome outcome = run({"--energy", "3.3769", "--energy-kind", "vertical"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
   const std::string page = support::read_file(PROJECT_FOLDER "/docs/herzberg-teller.md");
   std::istringstream lines(outcome.out);
+  std::string shown;
   for (std::string line; std::getline(lines, line);) {
-    EXPECT_NE(page.find((line.empty() ? "" : "    " + line) + "\n"), std::string::npos) << line;
+    shown += (line.empty() ? "\n" : "\n    ") + line;
   }
-  EXPECT_EQ(outcome.err, "");
+  EXPECT_GT(shown.size(), 1000U);
+  EXPECT_NE(page.find(shown + "\n"), std::string::npos) << shown;
 }
 
 TEST_F(ZandorHt, refuses_characters_that_cannot_be_told) {
@@ -154,6 +158,11 @@ TEST_F(ZandorHt, adds_temperature_energy_and_other_masses) {
   EXPECT_EQ(found["molecule"]["masses_changed"].dump(),
             R"([{"element":"H","mass":2.014101778},{"atom":1,"mass":17.999}])");
   EXPECT_LT(mode["frequency"], 3771.0 * 0.75);
+  for (const auto& [energy, left_out] : {std::pair("--energy=0.1", 2), {"--energy=0.3", 1}}) {
+    const auto totals = results({energy, "--energy-kind=0-0", "--emission"})["totals"];
+    EXPECT_EQ(totals["modes_without_oscillator_strength"], left_out);
+    EXPECT_EQ(totals["oscillator_strength"].is_null(), left_out == 2);
+  }
   const std::string csv = run({"--csv", "--temperature=0", "--mass=1=17.999"}).out;
   EXPECT_NE(csv.find("\n# masses changed: atom 1 (O) 17.999\n"), std::string::npos) << csv;
   // The imaginary mode's line holds as many commas as the others, empty where it has no value.
@@ -179,12 +188,16 @@ TEST_F(ZandorHt, says_what_it_does_not_understand) {
       {{"--energy-kind=0-0"}, "requires --energy"},
       {{"--mass=4=1"}, "expected an atom within 1..3 behind --mass, found 4"},
       {{"--mass", "O=1"}, "expected --mass ATOM=MASS"},
+      {{"--characters", ""}, "for each of the 0 operations other than the identity"},
       {{"more.inp"}, "The following argument was not expected: control.inp"},
   };
   for (const auto& [options, message] : cases) expect(2, message, options);
   support::edit_file("coord-h2o-ref.com", "0.75720000", "0.85720000");
   expect(0, "coord-h2o-ref.com: the geometry is not that of coord-h2o-ref.sgn", {});
   expect(0, "no job is derived: the characters are not used", {"--characters=+"});
+  EXPECT_NE(support::run({"sh", "-c", "\"$0\" control.inp >/dev/full", ZANDOR_HT})
+                .err.find("standard output: cannot write: No space"),
+            std::string::npos);
   fs::remove("coord-h2o-02py.sgn");
   expect(2, "coord-h2o-02py.sgn", {});
 }

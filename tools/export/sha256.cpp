@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <vector>
 
@@ -101,6 +102,11 @@ std::string sha256_of_text(std::string_view text) {
 }
 
 std::string sha256_of_file(const std::string& name) {
+  std::error_code unreadable;
+  if (std::filesystem::is_other(name, unreadable)) {
+    // What has been read from it is gone.
+    io::fatal_stop({name}, "expected a regular file for its checksum, found a pipe or a device");
+  }
   std::ifstream file(name, std::ios::binary);
   std::vector<char> buffer(1024 * block_size);
   Digest digest;

@@ -9,7 +9,8 @@ namespace exporting {
 // The digest of the text, 64 hexadecimal digits.
 std::string sha256_of_text(std::string_view text);
 
-// The digest of a file's bytes. A file that cannot be read to its end is a fatal stop.
+// The digest of a file's bytes. One that is no regular file, or cannot be read to its
+// end, is a fatal stop.
 std::string sha256_of_file(const std::string& name);
 
 }  // namespace exporting

@@ -1,6 +1,9 @@
 // zandor_export: writes the vibrational analysis of a job directory for other programs and for
 // eyes.
+#include <algorithm>
 #include <cmath>
+#include <optional>
+#include <string_view>
 
 #include "html.hpp"
 #include "io/process.hpp"
@@ -9,6 +12,7 @@
 #include "load_results.hpp"
 #include "molden.hpp"
 #include "options.hpp"
+#include "result_names.hpp"
 #include "xyz.hpp"
 
 const char* const io::program_name = "zandor_export";
@@ -23,14 +27,13 @@ constexpr int fewest_frames = 4;  // show a mode at both of its turning points
 
 // What the command line asks for.
 struct Request {
-  exporting::JobOptions job;
-  std::vector<std::string> masses, isotopes;
-  std::string output_name;  // empty: standard output
+  options::JobOptions job;
+  std::string output_name;  // empty or "-": standard output
   bool unprojected = false;
   bool all_modes = false;
-  double amplitude = 0.4;  // Angstrom
-  std::size_t mode = 0;    // 0: all
-  std::vector<int> movie;  // mode and number of frames; empty where none is wanted
+  double amplitude = 0.4;   // Angstrom
+  std::optional<int> mode;  // all without it
+  std::vector<int> movie;   // mode and number of frames; empty where none is wanted
 };
 
 using Writer = void (*)(const Request&, const Results&, io::OutputFile&);
@@ -45,9 +48,9 @@ const ModeList& list_of(const Request& request, const Results& results) {
   return request.unprojected ? results.unprojected : results.projected;
 }
 
-void check_mode(std::size_t mode, const Results& results) {
+std::size_t checked_mode(int mode, const Results& results) {
   const std::size_t count = results.projected.frequencies.size();
-  if (mode <= count) return;
+  if (mode >= 1 && static_cast<std::size_t>(mode) <= count) return static_cast<std::size_t>(mode);
   io::fatal_stop("expected a mode from 1 to " + std::to_string(count) + ", found " +
                  std::to_string(mode));
 }
@@ -58,12 +61,11 @@ void write_frames(const Request& request, const Results& results, io::OutputFile
     io::fatal_stop("expected --amplitude above 0, found " + io::shown(request.amplitude));
   }
   if (request.movie.empty()) {
-    check_mode(request.mode, results);
-    exporting::write_xyz(results, list, request.amplitude, request.mode, out);
+    const std::size_t only = request.mode ? checked_mode(*request.mode, results) : 0;
+    exporting::write_xyz(results, list, request.amplitude, only, out);
     return;
   }
-  const auto mode = static_cast<std::size_t>(request.movie[0]);
-  check_mode(mode, results);
+  const std::size_t mode = checked_mode(request.movie[0], results);
   if (request.movie[1] < fewest_frames) {
     io::fatal_stop("expected --movie with at least " + std::to_string(fewest_frames) +
                    " frames, found " + std::to_string(request.movie[1]));
@@ -88,26 +90,9 @@ constexpr Format formats[] = {
 };
 
 void add_common_options(CLI::App& format, Request& request) {
-  format.add_option("CONTROLFILE", request.job.control_file, "control file of the job directory")
-      ->required();
+  options::add_job_options(format, request.job);
   format.add_option("-o,--output", request.output_name,
                     "file to write, completely or not at all (default: standard output)");
-  format.add_option("--mass", request.masses, "another mass (u) of one atom, as 3=2.014101778")
-      ->allow_extra_args(false)
-      ->type_name("ATOM=MASS");
-  format
-      .add_option("--isotope", request.isotopes,
-                  "another mass (u) of all atoms of an element, as H=2.014101778")
-      ->allow_extra_args(false)
-      ->type_name("SYMBOL=MASS");
-  format
-      .add_option(
-          "--characters", request.job.dipoles.characters,
-          "characters of the operations other than the identity, for the dipoles of derived "
-          "jobs: --characters=+,-,- (default: found by their sum rules)")
-      ->type_name("SIGNS");
-  format.add_flag("--settle-signs", request.job.dipoles.settle_signs,
-                  "turn back the signs of transition dipoles that have turned");
 }
 
 void add_mode_options(CLI::App& molden, CLI::App& xyz, Request& request) {
@@ -118,8 +103,8 @@ void add_mode_options(CLI::App& molden, CLI::App& xyz, Request& request) {
   molden.add_flag("--all", request.all_modes, "all modes, translations and rotations included");
   xyz.add_option("--amplitude", request.amplitude,
                  "displacement of the atom that moves farthest, Angstrom (default: 0.4)");
-  CLI::Option* const mode = xyz.add_option("--mode", request.mode, "this mode only");
-  mode->check(CLI::PositiveNumber);
+  CLI::Option* const mode = xyz.add_option_function<int>(
+      "--mode", [&request](int number) { request.mode = number; }, "this mode only");
   xyz.add_option("--movie", request.movie, "mode and number of frames: one period of its motion")
       ->expected(2)
       ->allow_extra_args(false)
@@ -128,33 +113,47 @@ void add_mode_options(CLI::App& molden, CLI::App& xyz, Request& request) {
       ->excludes(mode);
 }
 
-std::vector<analysis::MassChange> mass_changes(const Request& request) {
-  std::vector<analysis::MassChange> changes;
-  for (const std::string& text : request.isotopes) {
-    changes.push_back(analysis::parse_isotope(text));
-  }
-  for (const std::string& text : request.masses) changes.push_back(analysis::parse_mass(text));
-  return changes;
+const Format* format_of(std::string_view name) {
+  const auto* const found = std::find_if(std::begin(formats), std::end(formats),
+                                         [&](const Format& format) { return format.name == name; });
+  return found == std::end(formats) ? nullptr : found;
 }
 
-const Format& chosen_format(const CLI::App& app) {
-  for (const Format& format : formats) {
-    if (app.got_subcommand(format.name)) return format;
+// The first argument is the format, unless it asks for a text. The parser would look for it among
+// all, and take what stands before it for options of no format.
+void check_first_argument(int argc, const char* const* argv) {
+  const std::string first = argc > 1 ? argv[1] : "";
+  if (first == "-h" || first == "--help" || first == "--version" || format_of(first) != nullptr) {
+    return;
   }
-  const std::vector<std::string> found = app.remaining();
-  io::fatal_stop("expected a format (json, molden, xyz or html), found " +
-                 (found.empty() ? "none" : io::quoted(found.front())) +
+  const char* const expected = first.starts_with('-')
+                                   ? "expected options behind the format"
+                                   : "expected a format (json, molden, xyz or html)";
+  io::fatal_stop(std::string(expected) + ", found " + (argc > 1 ? io::quoted(first) : "none") +
                  " (see zandor_export --help)");
 }
 
+void check_output(const std::string& name, const Results& results) {
+  const std::string input = zandor::input_behind(name, results.input_files);
+  if (input.empty()) return;
+  io::fatal_stop({name}, "expected a file that is no input of the job, found the input " +
+                             io::printable(input));
+}
+
 void write_format(const Format& format, const Request& request) {
+  const bool to_file = !request.output_name.empty() && request.output_name != "-";
   // A name that cannot be written is to be found out before the work is done.
-  if (request.output_name.empty()) {
-    io::open_standard_output(unit);
-  } else {
+  if (to_file) {
     io::open_replaced(unit, request.output_name);
+  } else {
+    io::open_standard_output(unit);
   }
-  const Results results = exporting::load_results(request.job);
+  const options::JobOptions& job = request.job;
+  const Results results =
+      exporting::load_results({job.control_file,
+                               analysis::parse_mass_changes(job.isotopes, job.masses),
+                               {job.characters, job.settle_signs}});
+  if (to_file) check_output(request.output_name, results);
   format.write(request, results, io::output(unit));
   io::close(unit);
 }
@@ -171,12 +170,10 @@ int parse_and_export(int argc, char** argv) {
     add_common_options(*sub, request);
   }
   add_mode_options(*app.get_subcommand("molden"), *app.get_subcommand("xyz"), request);
-  app.require_subcommand(0, 1);
-  app.allow_extras();
+  app.require_subcommand(1);
+  check_first_argument(argc, argv);
   if (!options::parse(app, argc, argv)) return 0;
-  const Format& format = chosen_format(app);
-  request.job.mass_changes = mass_changes(request);
-  write_format(format, request);
+  write_format(*format_of(argv[1]), request);
   return 0;
 }
 

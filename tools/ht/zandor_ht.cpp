@@ -1,9 +1,9 @@
 // zandor_ht: Herzberg-Teller terms along the normal modes. Runs in the job directory, on the
 // control file of zandor_gather, and writes to standard output only.
 #include <cmath>
-#include <iostream>
 
 #include "io/process.hpp"
+#include "io/units.hpp"
 #include "options.hpp"
 #include "output.hpp"
 #include "rigid_motions.hpp"
@@ -11,6 +11,8 @@
 const char* const io::program_name = "zandor_ht";
 
 namespace {
+
+constexpr int unit = 13;
 
 struct CommandLine {
   ht::Request request;
@@ -25,10 +27,10 @@ bool parse(int argc, char** argv, CommandLine& line) {
       io::program_name);
   app.footer("Exit status: 0 done, 2 not, with one line on standard error that says why.");
   ht::Request& request = line.request;
-  std::vector<std::string> masses, isotopes;
+  options::JobOptions job;
   std::string kind;
   double kelvin = 0.0, energy = 0.0;
-  app.add_option("CONTROLFILE", request.control_file, "control file of the run")->required();
+  options::add_job_options(app, job);
   auto* const json = app.add_flag("--json", line.as_json, "write JSON");
   app.add_flag("--csv", line.as_csv, "write comma-separated values")->excludes(json);
   auto* const temperature =
@@ -41,22 +43,13 @@ bool parse(int argc, char** argv, CommandLine& line) {
   given_energy->needs(given_kind);
   app.add_flag("--emission", request.emission, "oscillator strengths of emission, not absorption")
       ->needs(given_energy);
-  app.add_option("--characters", request.dipoles.characters,
-                 "characters of the operations other than the identity, for derived jobs: "
-                 "--characters=+,-,-");
-  app.add_flag("--settle-signs", request.dipoles.settle_signs,
-               "turn back the signs of jobs that the sum rules name");
-  app.add_option("--mass", masses, "ATOM=MASS: another mass (amu) for one atom")
-      ->allow_extra_args(false);
-  app.add_option("--isotope", isotopes, "SYMBOL=MASS: another mass for all atoms of an element")
-      ->allow_extra_args(false);
   if (!options::parse(app, argc, argv)) return false;
   if (temperature->count() > 0) request.kelvin = kelvin;
   if (given_energy->count() > 0) request.energy = energy;
   request.vertical = kind == "vertical";
-  // Isotopes first: a mass given for one atom is the more particular.
-  for (const std::string& text : isotopes) request.masses.push_back(analysis::parse_isotope(text));
-  for (const std::string& text : masses) request.masses.push_back(analysis::parse_mass(text));
+  request.control_file = job.control_file;
+  request.dipoles = {job.characters, job.settle_signs};
+  request.masses = analysis::parse_mass_changes(job.isotopes, job.masses);
   return true;
 }
 
@@ -84,8 +77,9 @@ int run_and_write(int argc, char** argv) {
   if (!dipoles.refusal.empty()) io::fatal_stop(dipoles.refusal);
   const ht::Results results = ht::form_results(line.request, run, dipoles);
   const auto write = line.as_json ? ht::json : line.as_csv ? ht::csv : ht::table;
-  std::cout << write(line.request, run, dipoles, results);
-  if (!std::cout.flush()) io::fatal_stop({"standard output"}, "cannot write the results");
+  io::open_standard_output(unit);
+  io::output(unit).text(write(line.request, run, dipoles, results));
+  io::close(unit);
   return 0;
 }
 

@@ -1,8 +1,7 @@
 #include "options.hpp"
 
+#include <algorithm>
 #include <iostream>
-#include <string>
-#include <vector>
 
 #include "io/fatal.hpp"
 
@@ -10,13 +9,22 @@ namespace options {
 
 namespace {
 
-// The arguments from the last to the first, as the parser wants them. It would take a name in
-// brackets for a list of names.
-std::vector<std::string> arguments_backwards(int argc, const char* const* argv) {
+// Whether a name in brackets would be taken for a list of names.
+bool takes_lists(const CLI::App& app) {
+  const std::vector<const CLI::Option*> all = app.get_options();
+  return std::any_of(all.begin(), all.end(), [](const CLI::Option* option) {
+    return option->get_positional() && option->get_allow_extra_args();
+  });
+}
+
+// The arguments from the last to the first, as the parser wants them.
+std::vector<std::string> arguments_backwards(const CLI::App& app, int argc,
+                                             const char* const* argv) {
+  const bool in_lists = takes_lists(app);
   std::vector<std::string> arguments;
   for (int i = argc - 1; i > 0; --i) {
     const std::string argument = argv[i];
-    arguments.push_back(argument.starts_with('[') ? "./" + argument : argument);
+    arguments.push_back(in_lists && argument.starts_with('[') ? "./" + argument : argument);
   }
   return arguments;
 }
@@ -27,7 +35,7 @@ bool parse(CLI::App& app, int argc, const char* const* argv) {
   const std::string program = io::program_name;
   app.set_version_flag("--version", program + " " ZANDOR_VERSION);
   try {
-    app.parse(arguments_backwards(argc, argv));
+    app.parse(arguments_backwards(app, argc, argv));
     return true;
   } catch (const CLI::ParseError& error) {
     // The parser has no other way to say that it printed the help, or that it did not understand.
@@ -38,6 +46,25 @@ bool parse(CLI::App& app, int argc, const char* const* argv) {
   }
   if (!std::cout.flush()) io::fatal_stop({"standard output"}, "cannot write");
   return false;
+}
+
+void add_job_options(CLI::App& app, JobOptions& job) {
+  app.add_option("CONTROLFILE", job.control_file, "control file of the job directory")->required();
+  app.add_option("--mass", job.masses,
+                 "another mass (u) of one atom, as 3=2.014101778; overrides --isotope")
+      ->allow_extra_args(false)
+      ->type_name("ATOM=MASS");
+  app.add_option("--isotope", job.isotopes,
+                 "another mass (u) of all atoms of an element, as H=2.014101778")
+      ->allow_extra_args(false)
+      ->type_name("SYMBOL=MASS");
+  app.add_option_function<std::string>(
+         "--characters", [&job](const std::string& signs) { job.characters = signs; },
+         "characters of the operations other than the identity, for the dipoles of derived "
+         "jobs: --characters=+,-,- (default: found by their sum rules)")
+      ->type_name("SIGNS");
+  app.add_flag("--settle-signs", job.settle_signs,
+               "turn back the signs of transition dipoles that have turned");
 }
 
 }  // namespace options

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace options {
 
@@ -9,5 +12,16 @@ namespace options {
 // added here. False when one of these two was asked for and has been printed: the program is done.
 // A command line that cannot be understood is a fatal stop.
 bool parse(CLI::App& app, int argc, const char* const* argv);
+
+// What the programs that analyse a job directory are told about it, as the user writes it.
+struct JobOptions {
+  std::string control_file;
+  std::vector<std::string> masses, isotopes;
+  std::optional<std::string> characters;
+  bool settle_signs = false;
+};
+
+// Adds CONTROLFILE, --mass, --isotope, --characters and --settle-signs.
+void add_job_options(CLI::App& app, JobOptions& job);
 
 }  // namespace options
