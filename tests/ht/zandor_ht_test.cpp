@@ -104,21 +104,6 @@ TEST_F(ZandorHt, gives_the_same_from_derived_and_from_computed_jobs) {
   }
 }
 
-TEST_F(ZandorHt, prints_what_the_documentation_shows) {
-  enter(formaldehyde_c2v);
-  const support::Outcome outcome = run({"--energy", "3.3769", "--energy-kind", "vertical"});
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "");
-  const std::string page = support::read_file(PROJECT_FOLDER "/docs/herzberg-teller.md");
-  std::istringstream lines(outcome.out);
-  std::string shown;
-  for (std::string line; std::getline(lines, line);) {
-    shown += (line.empty() ? "\n" : "\n    ") + line;
-  }
-  EXPECT_GT(shown.size(), 1000U);
-  EXPECT_NE(page.find(shown + "\n"), std::string::npos) << shown;
-}
-
 TEST_F(ZandorHt, refuses_characters_that_cannot_be_told) {
   enter(formaldehyde_c2v);
   support::edit_file("coord-ch2o-s1-01px.sgn", "   0.00264", "  -0.00264");

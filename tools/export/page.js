@@ -124,10 +124,15 @@
     head.append(strong, kind);
     detail.append(head);
     if (!has_dipoles) return;
-    detail.append(node('div', 'd\u03bc/dQ = (' + mode.vector.map(slopeText).join(', ') + ') e/\u221am\u2091'));
-    detail.append(node('div', '|d\u03bc/dQ| = ' + fixed(mode.slope * zandor.debye_per_angstrom_root_u, 3) + ' D/(\u00c5\u221au)' +
-      (mode.strength === null ? '' : ', |d\u03bc/dq| = ' + lengthText(mode.length) + ' ea\u2080, 0\u20131: ' +
-        strengthText(mode.strength) + ' e\u00b2a\u2080\u00b2')));
+    var terms = node('div'), slope = mode.slope * zandor.debye_per_angstrom_root_u;
+    terms.className = 'terms';
+    terms.append(node('span', 'd\u03bc/dQ = (' + mode.vector.map(slopeText).join(', ') + ') e/\u221am\u2091'));
+    terms.append(node('span', '|d\u03bc/dQ| = ' + fixed(slope, 3) + ' D/(\u00c5\u221au)'));
+    if (mode.strength !== null) {
+      terms.append(node('span', '|d\u03bc/dq| = ' + lengthText(mode.length) + ' ea\u2080'));
+      terms.append(node('span', '\u00bd|d\u03bc/dq|\u00b2 = ' + strengthText(mode.strength) + ' e\u00b2a\u2080\u00b2'));
+    }
+    detail.append(terms);
   }
   function choose(mode, scroll) {
     chosen = mode;
