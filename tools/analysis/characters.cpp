@@ -41,8 +41,8 @@ using Pattern = std::bitset<most_operations>;
 // bits, modulo 2.
 struct Conditions {
   std::vector<std::size_t> bit;  // that of operation k at [k - 1]
-  // One per bit: an equation whose highest bit it is, an even number of whose bits are set; none()
-  // where the bit is free.
+  // One per bit: the bits of an equation of which it is the highest, of which an even number is 1;
+  // none() where the bit is free.
   std::vector<Pattern> equations;
 };
 
