@@ -186,6 +186,11 @@ TEST(qm_file_probes, count_open_shells_and_miss_what_is_not_there) {
   EXPECT_EQ(basis_of("NWChem\n  functions       =    19\n  atoms           =     3\n"
                      "  closed shells   =     4\n  open shells     =     1\n\n"),
             (Answers{"5", "4", "19", "0"}));
+  EXPECT_EQ(basis_of("Number of alpha electrons I 8\nNumber of beta electrons I 7\n"
+                     "Number of basis functions I 13\nNumber of independent functions I 13\n"
+                     "Alpha MO coefficients N= 4\n"),
+            (Answers{"8", "7", "13", "0"}))
+      << "one blank between fields";
   EXPECT_EQ(basis_of(" TURBOMOLE V7.2\n no count\n"), (Answers{"-", "-", "-", "-1"}));
 }
 

@@ -72,6 +72,7 @@ MassChange parse_isotope(const std::string& text) {
 std::vector<MassChange> parse_mass_changes(const std::vector<std::string>& isotopes,
                                            const std::vector<std::string>& masses) {
   std::vector<MassChange> changes;
+  changes.reserve(isotopes.size() + masses.size());
   for (const std::string& text : isotopes) changes.push_back(parse_isotope(text));
   for (const std::string& text : masses) changes.push_back(parse_mass(text));
   return changes;

@@ -55,7 +55,7 @@ RigidMotions orthonormalised(const Eigen::MatrixXd& vectors) {
   Matrix6d factor = Matrix6d::Zero();
   factor.topRows(rows).triangularView<Eigen::Upper>() = qr.matrixQR().topRows(rows);
   const Eigen::JacobiSVD<Matrix6d, Eigen::NoQRPreconditioner> svd(factor, Eigen::ComputeFullU);
-  const Eigen::Vector<double, 6> values = svd.singularValues();
+  const Eigen::Vector<double, 6>& values = svd.singularValues();
   RigidMotions rigid;
   rigid.rank = static_cast<int>((values.array() > rank_tolerance * values(0)).count());
   rigid.basis = Eigen::MatrixXd::Zero(vectors.rows(), rigid.rank);
