@@ -75,11 +75,14 @@ SumRuleResidual sum_rule_residual(const zandor::RunData& run, const Eigen::Matri
   residual.rotation = sum.tail<9>().norm();
   const double all_terms = differences.norm();
   if (all_terms > 0.0) residual.relative = residual.absolute / all_terms;
+  const double shift_terms = differences.topRows<9>().norm();
+  if (shift_terms > 0.0) residual.translation_relative = residual.translation / shift_terms;
   const auto bounds = rounding_bounds(run, rigid_displacements(run));
   residual.bound = bounds.norm();
   for (int i = 0; i < sum_rule_count; ++i) {
     if (sum(i) == 0.0) continue;
     residual.worst_ratio = std::max(residual.worst_ratio, std::abs(sum(i)) / bounds(i));
+    if (i < 9) residual.translation_ratio = residual.worst_ratio;
   }
   return residual;
 }

@@ -28,6 +28,9 @@ struct SumRuleResidual {
   double absolute = 0.0;     // root of the sum of the squares of the 18 conditions, atomic units
   double translation = 0.0;  // the same of T alone, e
   double rotation = 0.0;     // and of R alone, e Bohr
+  // `relative` and `worst_ratio` of T alone, which holds for layered jobs, too.
+  double translation_relative = 0.0;
+  double translation_ratio = 0.0;
   // absolute over the root of the sum of the squares of all terms that the 18 sums are made of:
   // about 1 for unrelated numbers. 0 where all are zero.
   double relative = 0.0;

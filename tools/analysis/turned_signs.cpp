@@ -86,10 +86,11 @@ SumRuleResidual residual_with(const zandor::RunData& run, const std::vector<int>
 
 // Takes the choice when it explains the residual.
 bool settle(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles,
-            const std::vector<int>& jobs, const std::vector<int>& next, TurnedSigns& signs) {
+            const std::vector<int>& jobs, const std::vector<int>& next,
+            const ResidualLimits& limits, TurnedSigns& signs) {
   if (jobs.empty()) return false;
   const SumRuleResidual residual = residual_with(run, jobs, dipoles);
-  if (!residual.explained()) return false;
+  if (!limits.explain(residual)) return false;
   signs.jobs = jobs;
   signs.settled = residual;
   if (!next.empty()) signs.next_best = residual_with(run, next, dipoles);
@@ -98,19 +99,20 @@ bool settle(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles,
 
 }  // namespace
 
-TurnedSigns find_turned_signs(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
+TurnedSigns find_turned_signs(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles,
+                              const ResidualLimits& limits) {
   TurnedSigns signs;
   signs.as_read = sum_rule_residual(run, dipoles);
   signs.settled = signs.as_read;
-  if (signs.as_read.explained()) return signs;
-  if (settle(run, dipoles, against_reference(run, dipoles), {}, signs)) return signs;
+  if (limits.explain(signs.as_read)) return signs;
+  if (settle(run, dipoles, against_reference(run, dipoles), {}, limits, signs)) return signs;
   const SumRuleVectors terms = sum_rule_terms(run, dipoles);
   const SumRuleVectors changes = changes_by_job(run, terms);
   const Eigen::VectorXd residual = terms.rowwise().sum();
   const Ranking single = rank_singles(changes, residual);
-  if (settle(run, dipoles, single.best.jobs, single.next.jobs, signs)) return signs;
+  if (settle(run, dipoles, single.best.jobs, single.next.jobs, limits, signs)) return signs;
   const Ranking pair = rank_pairs(changes, residual);
-  settle(run, dipoles, pair.best.jobs, pair.next.jobs, signs);
+  settle(run, dipoles, pair.best.jobs, pair.next.jobs, limits, signs);
   return signs;
 }
 

@@ -13,6 +13,16 @@
 
 namespace analysis {
 
+// What counts as explained: no condition above `bounds` times its bound, or the residual no larger
+// than `relative` of its terms.
+struct ResidualLimits {
+  double bounds = 3.0;
+  double relative = 1e-2;
+  bool explain(const SumRuleResidual& residual) const {
+    return residual.worst_ratio <= bounds || residual.relative <= relative;
+  }
+};
+
 struct TurnedSigns {
   SumRuleResidual as_read;
   // Computed jobs (0 is the reference) whose dipoles, with those of the jobs derived from them,
@@ -39,7 +49,8 @@ struct TurnedSigns {
 // turned sign leaves the smallest residual. The first that leaves an explained residual is taken.
 // dipoles with derived jobs filled in; an overall sign means nothing and is left as it is. Takes
 // time and memory of the square of the number of computed jobs.
-TurnedSigns find_turned_signs(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
+TurnedSigns find_turned_signs(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles,
+                              const ResidualLimits& limits = {});
 
 // Multiplies the dipoles of these jobs, and of those derived from them, by -1.
 void turn_signs(const zandor::RunData& run, const std::vector<int>& jobs,
