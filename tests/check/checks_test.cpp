@@ -26,6 +26,9 @@ struct Row {
   const char* folder = formaldehyde;
 };
 
+constexpr const char* ammonia = "/examples/ammonia-s1-c3v";
+constexpr const char* water = "/tests/check/cases/water-s1";
+
 void edit(const char* file, const char* from, const char* to) { edit_file(file, from, to); }
 
 void edit_all(const std::function<void(const std::string&)>& change) {
@@ -78,7 +81,17 @@ const Row rows[] = {
     {"names", [] { edit("files.out", "     5   ch2o", "     6   ch2o"); },
      "files.out:41: error: expected job 5, found the number 6"},
     {"files", [] { scale_forces(spoilt, 0.0); },
-     "coord-ch2o-s1-01px.sgn: error: all forces of job 2 (atom 1 (C) x+) are exactly zero"},
+     "coord-ch2o-s1-01px.sgn:32: error: all forces of job 2 (atom 1 (C) x+) are exactly zero"},
+    {"files", [] { edit(spoilt, "0.0003379346", "1e308"); },
+     "01px.sgn:32: error: expected forces, found 1e+308 Hartree/Bohr on atom 1 (C) x"},
+    {"files", [] { edit(spoilt, "-0.59735072", "-0.5x735072"); },
+     "01px.sgn:24: error: expected the geometry of atom 1 (finite number), found '-0.5x735072'"},
+    {"files", [] { edit(spoilt, "nmo            =         32", "nmo = y"); },
+     "01px.sgn:8: error: expected nmo (integer), found 'y'"},
+    {"files", [] { edit(spoilt, "0.3075126970", "1e400"); },
+     "01px.sgn:15: error: expected tden_maxval (finite number), found '1e400'"},
+    {"files", [] { edit(reference_file, "0.0000000784", "NaN"); },
+     "ref.sgn:33: error: expected the force on atom 1 (finite number), found 'NaN'"},
     {"files", [] { edit(spoilt, "0.0003379346", "NaN"); },
      "coord-ch2o-s1-01px.sgn:33: error: expected the force on atom 1"},
     {"files", [] { edit(reference_file, "tden_maxval", "largest"); },
@@ -101,6 +114,8 @@ const Row rows[] = {
      ""},
     {"header", [] { edit(spoilt, "nmo            =         32", "nmo = 31"); },
      "01px.sgn:8: warning: nmo is 31, in the reference 32"},
+    {"header", [] { edit(reference_file, "nmo            =         32", "nmo = 31"); },
+     "ref.sgn:8: warning: nmo is 31, in all displaced sign files 32"},
     {"header", [] { edit(spoilt, "18      7", "18 6"); },
      "tden_maxloc is 18 6, in the reference 18 7"},
     {"header", [] { edit(spoilt, "0.3075126970", "-0.3075"); }, "the sign of the state has turned"},
@@ -110,10 +125,16 @@ const Row rows[] = {
     {"symbols", [] { edit(input, " O ", " S "); }, "ref.com:9: warning: atom 2 is 'S'"},
     {"symbols", [] { edit(input, " O ", " 8 "); }, ""},
     {"masses", [] { edit(reference_file, "15.994910", "15.9"); },
-     "ref.sgn:22: note: atom 2 has the mass 15.9 amu; the nearest isotope of atomic number 8 has "
+     "ref.sgn:25: note: atom 2 has the mass 15.9 amu; the nearest isotope of atomic number 8 has "
      "15.994915"},
+    {"masses", [] { edit(reference_file, "  O         8", "  Pm       61"); },
+     "ref.sgn: note: not looked at: no isotopes are known here of atomic number 61"},
+    {"symbols", [] { edit(reference_file, "Coordinates (Ang", "Places (Ang"); },
+     "ref.sgn: note: not looked at: the reference's geometry is missing"},
+    {"geometry", [] { edit(spoilt, "Coordinates (Ang", "Places (Ang"); },
+     "1 sign file without a geometry block that can be read (coord-ch2o-s1-01px.sgn)"},
     {"geometry", [] { edit(spoilt, "0.00500000      0.0000", "0.00000000      0.0050"); },
-     "01px.sgn:22: error: moved atom 1 (C) y by 0.005 Angstrom where atom 1 (C) x should have "
+     "01px.sgn:24: error: moved atom 1 (C) y by 0.005 Angstrom where atom 1 (C) x should have "
      "moved "
      "by 0.005 Angstrom: it would fit job 4 (atom 1 (C) y+)"},
     {"geometry", [] { edit(spoilt, "0.00500000", "0.00000000"); },
@@ -133,7 +154,7 @@ const Row rows[] = {
      "files.out: note: not looked at: every displaced sign file repeats the reference geometry"},
     {"input",
      [] { write_input([](double x, double y, double z) { return numbers(x, y, z + 1); }); },
-     "warning: the geometry is shifted by 0, 0, 1 Angstrom"},
+     "shifted by 0, 0, 1 Angstrom, against coord-ch2o-s1-ref.sgn: only a shift, which does no"},
     {"input", [] { write_input([](double x, double y, double z) { return numbers(z, x, y); }); },
      "warning: the geometry is turned by 120 degrees"},
     {"input", [] { swap_lines(input, nullptr); },
@@ -150,28 +171,58 @@ const Row rows[] = {
     {"derived", [] { edit("files.out", "        2        2", "        0        2"); },
      "files.out:37: error: the forces of job 1 are zero: its source, job 0", derived},
     {"duplicate", [] { set_forces(spoilt, forces_of("coord-ch2o-s1-02px.sgn", 4)); },
-     "01px.sgn: error: the forces of job 2 (atom 1 (C) x+) are those of job 8 (atom 2 (O) x+), "
+     "01px.sgn:32: error: the forces of job 2 (atom 1 (C) x+) are those of job 8 (atom 2 (O) x+), "
      "digit for digit (coord-ch2o-s1-02px.sgn) [duplicate]"},
+    {"duplicate", [] { set_forces(spoilt, forces_of(reference_file, 4)); },
+     "01px.sgn:32: error: the forces of job 2 (atom 1 (C) x+) are those of the reference, digit"},
     {"stationary", [] { edit(reference_file, "0.0000000784", "0.0002"); },
-     "ref.sgn: note: the reference is not a stationary point: the force on atom 1 (C) z is 0.0002"},
+     "ref.sgn:33: note: the reference is not a stationary point: the force on atom 1 (C) z is "
+     "0.0002"},
+    {"stationary", [] {}, "h2o-ref.sgn:32: warning: the reference is not a stationary point",
+     water},
     {"stationary", drop_forces_of_reference, "note: not looked at"},
     {"asymmetry",
      [] {
        drop_forces_of_reference();
        scale_forces(spoilt, 0.5);
      },
-     "01mx.sgn: warning: the forces do not fit those of the other jobs: h(i,j) - h(j,i) is 0.003"},
-    {"net-force", push_first_atom, "01px.sgn: warning: net force in the column of atom 1 (C) x"},
+     "01mx.sgn:32: warning: the forces do not fit those of the other jobs: h(i,j) - h(j,i) is "
+     "0.003"},
+    {"net-force",
+     [] {
+       edit_all([](const std::string& n) {
+         if (n.find("m") != n.npos) std::filesystem::remove(n);
+       });
+     },
+     "files.out: note: not looked at: 12 coordinates without two jobs that can be used"},
+    {"net-force", push_first_atom, "01px.sgn:32: warning: net force in the column of atom 1 (C) x"},
     {"net-force",
      [] {
        push_first_atom();
        support::write_file("coord-ch2o-s1-ref.log", oniom);
      },
-     "01px.sgn: note: net force in the column of atom 1 (C) x"},
+     "01px.sgn:32: note: net force in the column of atom 1 (C) x"},
     {"net-force", [] { edit_all([](const std::string& n) { swap_lines(n.c_str(), forces_at); }); },
      "files.out: warning: 6 coordinates with a net torque"},
     {"dipole-sum", [] { std::filesystem::remove(spoilt); },
      "files.out: note: not looked at: 1 job without a dipole"},
+    {"dipole-sum",
+     [] {
+       turn_dipole(spoilt);
+       support::write_file("coord-ch2o-s1-ref.log", oniom);
+     },
+     "01px.sgn: warning: the transition dipoles miss their sum rules"},
+    {"dipole-sum",
+     [] {
+       edit(reference_file, "0.00000     0.0", "0.00000     0.3");
+       support::write_file("coord-ch2o-s1-ref.log", oniom);
+     },
+     "files.out: note: the transition dipoles miss their sum rules"},
+    {"dipole-sum", [] { edit(spoilt, "0.00000     0.00264", "0.3 0.0"); },
+     "files.out: warning: ", derived},
+    {"dipole-jump", [] { edit(spoilt, "0.00000     0.00264", "0.3 0.0"); },
+     "01px.sgn: warning: the transition dipole jumps by 0.3 au from the reference to job 2",
+     derived},
     {"dipole-jump", [] { edit(spoilt, "0.00264     0.0", "0.00264     0.5"); },
      "01px.sgn: warning: the transition dipole jumps by 0.5 au between the two jobs of atom 1 (C) "
      "x"},
@@ -182,6 +233,9 @@ const Row rows[] = {
        });
      },
      "ref.com: note: the axes are 36.87 degrees off the principal axes"},
+    {"frame", [] {}, "ref.com: warning: the axes are 35.26 degrees off", ammonia},
+    {"frame", [] { support::write_file("coord-nh3-ref.log", oniom); },
+     "ref.com: note: the axes are 35.26 degrees off", ammonia},
 };
 
 TEST(Checks, say_what_was_changed) {

@@ -45,7 +45,8 @@ class FaultTable : public testing::Test {
     return mu[0] != 0.0 || mu[1] != 0.0 || mu[2] != 0.0;
   }
 
-  // Looks, counts and mends. Named: one of the files is blamed, and no more than two jobs are.
+  // Looks, counts and mends. Named: one of the files is blamed (of a pair of signs both), and no
+  // more than two jobs are.
   void look_and_mend(const std::string& fault, const std::vector<std::string>& files,
                      std::vector<int> wanted) {
     Count& count = counts_[fault];
@@ -53,19 +54,20 @@ class FaultTable : public testing::Test {
     const check::Report report = look();
     std::set<int> blamed;
     bool found = false;
-    bool named = false;
+    std::set<std::string> named;
     for (const check::Finding& finding : report.findings) {
       if (finding.severity == check::Severity::note) continue;
       if (clean_.find(check::line_of(finding)) != std::string::npos) continue;
       found = true;
       for (const std::string& file : files) {
-        named |= finding.file == file || finding.text.find(file) != std::string::npos;
+        if ((finding.file + " " + finding.text).find(file) != std::string::npos) named.insert(file);
       }
       blamed.insert(finding.rerun.begin(), finding.rerun.end());
     }
     for (const int job : wanted) blamed.erase(job);
     count.found += found ? 1 : 0;
-    count.named += found && named && blamed.size() <= 1 ? 1 : 0;
+    const std::size_t enough = fault == "pair of dipole signs" ? files.size() : 1;
+    count.named += named.size() >= enough && blamed.size() <= 1 ? 1 : 0;
     mend("files.out");
     for (const std::string& file : files) mend(file);
   }
@@ -78,15 +80,12 @@ class FaultTable : public testing::Test {
 
   void check_counts() const {
     std::cout << "| fault | cases | found | named |\n|---|---|---|---|\n";
-    Count all;
     for (const auto& [fault, count] : counts_) {
       std::cout << "| " << fault << " | " << count.cases << " | " << count.found << " | "
                 << count.named << " |\n";
       EXPECT_EQ(count.found, count.cases) << fault;
-      all.cases += count.cases;
-      all.named += count.named;
+      EXPECT_GE(count.named, 0.95 * count.cases) << fault;
     }
-    EXPECT_GE(all.named, 0.95 * all.cases) << all.named << " of " << all.cases;
   }
 
   void spoil_forces(int i);
@@ -122,10 +121,21 @@ void FaultTable::spoil_forces(int i) {
     half[k] = (forces[k] + reference[k]) / 2.0;
     noisy[k] += 1e-4 * (2.0 * static_cast<double>(random()) / 4294967295.0 - 1.0);
   }
+  std::vector<double> pushed = forces;
+  pushed[3] += 1e-3;
   std::swap_ranges(exchanged.begin(), exchanged.begin() + 3, exchanged.begin() + 3);
   replace("half the step", half);
   replace("noise of 1e-4", noisy);
   replace("forces of atoms 1 and 2 exchanged", exchanged);
+  replace("1e-3 more on one atom", pushed);
+  Lines lines = read_lines(name(i));
+  const auto coordinate = static_cast<std::size_t>((i - 1) / 2);
+  std::string& row = lines[forces_at(lines) + coordinate / 3];
+  std::size_t point = 0;
+  for (std::size_t k = 0; k <= coordinate % 3; ++k) point = row.find('.', point + 1);
+  row.erase(point, 1);
+  write_lines(name(i), lines);
+  look_and_mend("decimal point lost", i);
 }
 
 void FaultTable::spoil_files(int i) {
@@ -193,7 +203,9 @@ void FaultTable::spoil_reference() {
     look_and_mend("input turned by 90 degrees", {com}, {});
   }
   support::edit_file("files.out", "0.005000", "0.009449");
-  look_and_mend("step in Bohr", {"files.out"}, {});
+  support::edit_file("control.inp", "  dx = 0.005\n", "");
+  look_and_mend("step in Bohr", {"0.529"}, {});
+  mend("control.inp");
 }
 
 void FaultTable::spoil_all() {
@@ -245,6 +257,7 @@ TEST_F(FaultTable, on_ammonia_with_a_threefold_axis) {
     look_and_mend(k == 2 ? "operation transposed" : "another operation",
                   {"operation " + std::to_string(k)}, {});
   }
+  for (const int i : computed_jobs()) spoil_forces(i);
   check_counts();
 }
 

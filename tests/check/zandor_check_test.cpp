@@ -28,18 +28,24 @@ TEST_F(ZandorCheck, prints_findings_and_a_summary) {
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(
       outcome.out,
+      "files.out: note: not looked at: 1 job without forces that can be used [duplicate]\n"
       "files.out: note: not looked at: 1 coordinate without two jobs that can be used [asymmetry]\n"
+      "files.out: note: not looked at: 1 coordinate without two jobs that can be used [net-force]\n"
       "files.out: note: not looked at: 1 job without a dipole, and the sums need all [dipole-sum]\n"
-      "coord-ch2o-s1-ref.com: note: not looked at: the projection needs the input, the masses and "
-      "all jobs [frame]\n"
-      "coord-ch2o-s1-ref.com: note: not looked at: the projection needs the input, the masses and "
-      "all jobs [noise]\n"
+      "files.out: note: not looked at: 1 job without a dipole [dipole-jump]\n"
+      "coord-ch2o-s1-ref.com: note: not looked at: the projection needs all jobs [frame]\n"
+      "coord-ch2o-s1-ref.com: note: not looked at: the projection needs all jobs [noise]\n"
       "coord-ch2o-s1-03mx.sgn: error: expected a file that can be read, found: No such file or "
       "directory [files]\n"
       "24 jobs read, 1 error, 0 warnings; worst asymmetry 2.862e-05 Hartree/Bohr**2, sum-rule "
       "residual not known\n");
   EXPECT_EQ(run({"--list"}).out, "ch2o-s1-03mx\n");
   EXPECT_EQ(run({"--only", "asymmetry,names"}).status, 0);
+  // Neither an input that is cut nor a job that the list gives twice is mended by running a job.
+  const std::string com = support::read_file("coord-ch2o-s1-ref.com");
+  support::write_file("coord-ch2o-s1-ref.com", com.substr(0, com.find_last_not_of('\n') + 1));
+  support::edit_file("files.out", "ch2o-s1-02px", "ch2o-s1-01px");
+  EXPECT_EQ(run({"--list"}).out, "ch2o-s1-03mx\n");
 }
 
 TEST_F(ZandorCheck, prints_everything_as_json) {
@@ -72,7 +78,9 @@ TEST_F(ZandorCheck, says_why_it_cannot_check) {
   };
   fails({"--only", "everything"}, "zandor_check: --only: everything not in {");
   fails({"--json", "--list"}, "excludes");
-  fails({"--frame", "-1"}, "--frame");
+  for (const char* const value : {"-1", "nan", "inf", "much"}) {
+    fails({"--frame", value}, "expected a number of 0 or more, found");
+  }
   support::edit_file("files.out", "Begin_zand_info", "Begin");
   fails({}, "zandor_check: files.out: no line holds 'Begin_zand_info'");
   std::filesystem::remove("control.inp");

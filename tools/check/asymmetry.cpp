@@ -6,11 +6,13 @@
 // group is blamed without which least asymmetry is left. Without it the search goes on.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <numeric>
 
 #include "checks.hpp"
 #include "force_constants.hpp"
+#include "net_force.hpp"
 
 namespace check {
 
@@ -78,6 +80,15 @@ class Columns {
     }
     return sums;
   }
+  // The sum of all squares without those of some columns.
+  double sum_without(const std::vector<int>& columns) const {
+    const std::vector<int> rest = without(columns);
+    double sum = 0.0;
+    for (const int i : rest) {
+      for (const int j : rest) sum += square(i, j);
+    }
+    return sum;
+  }
   double square(int i, int j) const { return asymmetry(i, j) * asymmetry(i, j); }
 
   // The largest element in each of the columns, among themselves; ascending.
@@ -136,6 +147,12 @@ double share_of(const Group& group, const Columns& columns, const std::vector<do
   return share;
 }
 
+std::vector<int> common_jobs(const std::vector<int>& a, const std::vector<int>& b) {
+  std::vector<int> common;
+  std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(common));
+  return common;
+}
+
 // The largest even part among the columns of a group.
 double even_part(const JobData& jobs, const Group& group) {
   double largest = -1.0;
@@ -143,32 +160,61 @@ double even_part(const JobData& jobs, const Group& group) {
   return largest;
 }
 
-// The group without which least is left. Of those that leave nearly as little, one whose two jobs
-// differ much more from the reference than steps in opposite directions do, else the smallest.
-const Group& suspect(const JobData& jobs, const std::vector<Group>& groups, const Columns& columns,
-                     const Thresholds& limits) {
-  constexpr double nearly = 1.5;
-  constexpr double much_more = 4.0;
+// What is left without each group that is still in the game: the sum of the squares among the
+// others.
+std::vector<double> rests_without(const std::vector<Group>& groups, const Columns& columns) {
+  constexpr double nothing = 1e-9;  // of the total: a difference of that size is rounding
   const std::vector<double> squares = columns.squares();
   const double total = std::accumulate(squares.begin(), squares.end(), 0.0);
   std::vector<double> rests;
   rests.reserve(groups.size());
-  for (const Group& group : groups) rests.push_back(total - share_of(group, columns, squares));
-  const double enough =
-      nearly * *std::min_element(rests.begin(), rests.end()) + limits.asymmetry * limits.asymmetry;
-  const Group* best = nullptr;
-  double best_even = 0.0;
+  for (const Group& group : groups) {
+    if (columns.without(group.columns).size() == columns.active().size()) {
+      rests.push_back(std::numeric_limits<double>::infinity());
+      continue;
+    }
+    const double rest = total - share_of(group, columns, squares);
+    rests.push_back(rest >= nothing * total ? rest : columns.sum_without(group.columns));
+  }
+  return rests;
+}
+
+// Those of the groups whose jobs have a net force of their own; all where none has.
+std::vector<std::size_t> with_net_force(const std::vector<Group>& groups,
+                                        const std::vector<std::size_t>& places,
+                                        const std::vector<int>& marked) {
+  std::vector<std::size_t> found;
+  for (const std::size_t k : places) {
+    if (!common_jobs(groups[k].jobs, marked).empty()) found.push_back(k);
+  }
+  return found.empty() ? places : found;
+}
+
+// The group without which least is left. Of those that leave nearly as little, one with a net force
+// (marked: the jobs that have one); then one whose two jobs differ much more from the reference
+// than steps in opposite directions do, else the smallest.
+const Group& suspect(const JobData& jobs, const std::vector<Group>& groups, const Columns& columns,
+                     const std::vector<int>& marked, const Thresholds& limits) {
+  constexpr double nearly = 1.5;
+  constexpr double much_more = 4.0;
+  const std::vector<double> rests = rests_without(groups, columns);
+  const double least = *std::min_element(rests.begin(), rests.end());
+  std::vector<std::size_t> alike;
   for (std::size_t k = 0; k < groups.size(); ++k) {
-    if (rests[k] > enough) continue;
+    if (rests[k] <= nearly * least + limits.asymmetry * limits.asymmetry) alike.push_back(k);
+  }
+  alike = with_net_force(groups, alike, marked);
+  std::size_t best = alike.front();
+  double best_even = std::max(even_part(jobs, groups[best]), 0.0);
+  for (const std::size_t k : alike) {
     const double even = even_part(jobs, groups[k]);
-    const bool smaller = best != nullptr && groups[k].columns.size() < best->columns.size();
-    if (best == nullptr || even > much_more * best_even ||
-        (smaller && best_even <= much_more * even)) {
-      best = &groups[k];
+    const bool smaller = groups[k].columns.size() < groups[best].columns.size();
+    if (even > much_more * best_even || (smaller && best_even <= much_more * even)) {
+      best = k;
       best_even = std::max(even, 0.0);
     }
   }
-  return *best;
+  return groups[best];
 }
 
 double median(const std::vector<double>& ascending) {
@@ -184,14 +230,17 @@ std::string names_of_columns(const JobData& jobs, const std::vector<int>& column
 }
 
 void blame(const JobData& jobs, const RawForceConstants& raw, const Group& group,
-           const Columns& columns, const Element& worst, double typical, Report& report) {
-  const std::vector<int> blamed = single_out(jobs, raw, group.jobs, columns.without(group.columns));
+           const Columns& columns, const std::vector<int>& marked, const Element& worst,
+           double typical, Report& report) {
+  std::vector<int> blamed = common_jobs(group.jobs, marked);
+  if (blamed.empty()) blamed = group.jobs;
+  if (blamed.size() > 1) blamed = single_out(jobs, raw, blamed, columns.without(group.columns));
   std::string others;
   for (std::size_t k = 1; k < blamed.size(); ++k) {
     others +=
         (k == 1 ? "; this job or " : ", ") + std::string(jobs.job(blamed[k]).sgn_name.content());
   }
-  report.add(Severity::warning, place_of(jobs, blamed.front()),
+  report.add(Severity::warning, forces_place(jobs, blamed.front()),
              "the forces do not fit those of the other jobs: h(i,j) - h(j,i) is " +
                  rounded(worst.asymmetry) + " Hartree/Bohr**2 for " +
                  coordinate_text(jobs, worst.i) + " and " + coordinate_text(jobs, worst.j) + ", " +
@@ -200,8 +249,9 @@ void blame(const JobData& jobs, const RawForceConstants& raw, const Group& group
              blamed.front(), blamed);
 }
 
+// `typical` measures nothing where it is zero, which symmetry makes it.
 bool is_trouble(const Element& worst, double typical, double allowed, const Thresholds& limits) {
-  const bool stands_out = worst.asymmetry > limits.asymmetry_ratio * typical &&
+  const bool stands_out = typical > 0.0 && worst.asymmetry > limits.asymmetry_ratio * typical &&
                           worst.asymmetry > limits.asymmetry_ratio * allowed;
   return worst.excess > limits.asymmetry || stands_out;
 }
@@ -210,14 +260,19 @@ void add_figures(const Columns& columns, const Element& worst, int n3, Report& r
   report.figure("largest |h(i,j) - h(j,i)| (Hartree/Bohr**2)", worst.asymmetry);
   report.figure("what print rounding allows there (Hartree/Bohr**2)",
                 columns.allowed(worst.i, worst.j));
-  std::vector<double> largest(static_cast<std::size_t>(n3), 0.0);
+  std::vector<double> largest(static_cast<std::size_t>(n3), not_known);
   for (const int i : columns.active()) {
     for (const int j : columns.active()) {
       double& value = largest[static_cast<std::size_t>(i - 1)];
-      value = std::max(value, columns.asymmetry(i, j));
+      value = std::fmax(value, columns.asymmetry(i, j));
     }
   }
+  std::vector<double> ranked(columns.active().begin(), columns.active().end());
+  std::stable_sort(ranked.begin(), ranked.end(), [&](double i, double j) {
+    return largest[static_cast<std::size_t>(i) - 1] > largest[static_cast<std::size_t>(j) - 1];
+  });
   report.figure("largest of each coordinate (Hartree/Bohr**2)", std::move(largest));
+  report.figure("coordinates by it, the largest first", std::move(ranked));
 }
 
 }  // namespace
@@ -226,21 +281,19 @@ void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& repo
   const RawForceConstants raw = difference_forces(jobs);
   Columns columns(raw);
   const int missing = jobs.run.n3 - static_cast<int>(raw.columns.size());
-  if (missing > 0) {
-    report.note({zandor::job_list_name}, "not looked at: " + counted(missing, "coordinate") +
-                                             " without two jobs that can be used");
-  }
+  if (missing > 0) report.note({zandor::job_list_name}, missing_columns(missing));
   if (raw.columns.size() < 2) return;
   const std::vector<Group> groups = group_jobs(jobs, raw);
+  const std::vector<int> marked = jobs_with_net_force(jobs, limits);
   add_figures(columns, worst_element(columns, raw.columns), jobs.run.n3, report);
   while (columns.active().size() >= 2) {
-    const Group& group = suspect(jobs, groups, columns, limits);
+    const Group& group = suspect(jobs, groups, columns, marked, limits);
     const Element worst = worst_element(columns, group.columns);
     const double typical = median(columns.largest_by_column(columns.without(group.columns)));
     if (worst.i == 0 || !is_trouble(worst, typical, columns.allowed(worst.i, worst.j), limits)) {
       return;
     }
-    blame(jobs, raw, group, columns, worst, typical, report);
+    blame(jobs, raw, group, columns, marked, worst, typical, report);
     columns.remove(group.columns);
   }
 }

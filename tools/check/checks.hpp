@@ -35,6 +35,9 @@ Check check_noise;
 // Takes derived jobs whose source or operation is wrong out of what the other checks look at.
 void mark_wrong_images(JobData& jobs, const Thresholds& limits);
 
+// Of the jobs 0..n6 those that share a sign file with another, or stand behind another's number.
+std::vector<char> listed_wrongly(const JobData& jobs);
+
 // The list of them all.
 struct NamedCheck {
   const char* name;

@@ -38,16 +38,22 @@ bool names_layer(const JobData& jobs, const OddLines& extra) {
 }  // namespace
 
 void check_columns(const JobData& jobs, const Thresholds&, Report& report) {
+  int lines = 0;
   if (jobs.input && !names_layer(jobs, jobs.input->extra)) {
     report_rows({jobs.input->extra, {}}, "the coordinates", 4, jobs.run.com_name.content(), 0,
                 report);
+    lines += jobs.input->extra.count;
   }
   for (int i = 0; i <= jobs.run.n6; ++i) {
     const SignFile& file = jobs.sign_file(i);
     const std::string_view name = jobs.job(i).sgn_name.content();
     report_rows(file.geometry_rows, "the geometry", 7, name, i, report);
     report_rows(file.force_rows, "the force", 4, name, i, report);
+    for (const BlockRows* rows : {&file.geometry_rows, &file.force_rows}) {
+      lines += rows->extra.count + rows->unordered.count;
+    }
   }
+  report.figure("lines that are odd", lines);
 }
 
 }  // namespace check

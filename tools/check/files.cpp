@@ -1,14 +1,16 @@
 // Files that are missing, short or malformed, and forces that are all zero.
-#include <algorithm>
-
 #include "checks.hpp"
 
 namespace check {
 
 namespace {
 
-bool all_zero(const double* forces, int count) {
-  return std::all_of(forces, forces + count, [](double force) { return force == 0.0; });
+// A job is to be run again for its sign file, not for its input.
+void report_fault(const JobData& jobs, int i, Severity severity, const Fault& fault,
+                  Report& report) {
+  const bool of_job = fault.file == jobs.job(i).sgn_name.content();
+  report.add(severity, fault.place(), fault.text, i,
+             of_job ? std::vector<int>{i} : std::vector<int>{});
 }
 
 // Warnings of the readers. Those that belong to a line of the job list have a check of their own.
@@ -19,7 +21,7 @@ void pass_on_warnings(const JobData& jobs, Report& report) {
   }
   for (int i = 0; i <= jobs.run.n6; ++i) {
     for (const Fault& warning : jobs.job_warnings[static_cast<std::size_t>(i)]) {
-      report.add(Severity::warning, warning.place(), warning.text, i, {i});
+      report_fault(jobs, i, Severity::warning, warning, report);
     }
   }
 }
@@ -29,22 +31,20 @@ void pass_on_warnings(const JobData& jobs, Report& report) {
 void check_files(const JobData& jobs, const Thresholds&, Report& report) {
   pass_on_warnings(jobs, report);
   for (const Fault& fault : jobs.reference_faults) {
-    const bool from_run = fault.file == jobs.job(0).sgn_name.content();
-    report.add(Severity::error, fault.place(), fault.text, 0,
-               from_run ? std::vector<int>{0} : std::vector<int>{});
+    report_fault(jobs, 0, Severity::error, fault, report);
   }
   int computed = 0;
   int unusable = 0;
   for (int i = 1; i <= jobs.run.n6; ++i) {
     if (!jobs.job(i).is_calc) continue;
     ++computed;
-    const auto& fault = jobs.job_faults[static_cast<std::size_t>(i)];
-    if (fault) {
+    const auto place = static_cast<std::size_t>(i);
+    if (const auto& fault = jobs.job_faults[place]) {
       ++unusable;
-      report.add(Severity::error, fault->place(), fault->text, i, {i});
-    } else if (all_zero(jobs.run.force.column(1, i), jobs.run.n3)) {
-      report.add(Severity::error, place_of(jobs, i),
-                 "all forces of " + job_text(jobs, i) + " are exactly zero", i, {i});
+      report_fault(jobs, i, Severity::error, *fault, report);
+    }
+    for (const Fault& fault : jobs.other_faults[place]) {
+      report_fault(jobs, i, Severity::error, fault, report);
     }
   }
   report.figure("computed jobs", computed);

@@ -57,19 +57,19 @@ std::vector<int> single_out(const JobData& jobs, const RawForceConstants& raw,
                             const std::vector<int>& suspects, const std::vector<int>& coordinates) {
   double worst = -1.0;
   double next = -1.0;
-  int job = 0;
+  std::vector<int> job = suspects;
   for (const int suspect : suspects) {
     const double deviation = one_sided_deviation(jobs, raw, suspect, coordinates);
     if (deviation < 0.0) return suspects;
     if (deviation > worst) {
       next = worst;
       worst = deviation;
-      job = suspect;
+      job = {suspect};
     } else {
       next = std::max(next, deviation);
     }
   }
-  return worst >= 2.0 * next ? std::vector<int>{job} : suspects;
+  return worst >= 2.0 * next ? job : suspects;
 }
 
 }  // namespace check

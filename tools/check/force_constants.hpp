@@ -29,6 +29,7 @@ double one_sided_deviation(const JobData& jobs, const RawForceConstants& raw, in
 double even_deviation(const JobData& jobs, int ih);
 
 // Of these jobs the one that stands out by a factor of 2 and more in one_sided_deviation, else all.
+// All, too, where nothing can be compared.
 std::vector<int> single_out(const JobData& jobs, const RawForceConstants& raw,
                             const std::vector<int>& suspects, const std::vector<int>& coordinates);
 

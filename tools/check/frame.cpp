@@ -31,8 +31,8 @@ double largest_rigid_frequency(const JobData& jobs, const analysis::RigidMotions
 
 void check_frame(const JobData& jobs, const Thresholds& limits, Report& report) {
   const io::Place place{jobs.run.com_name.content()};
-  if (!jobs.has_modes) {
-    report.note(place, "not looked at: the projection needs the input, the masses and all jobs");
+  if (!jobs.no_modes.empty()) {
+    report.note(place, "not looked at: " + jobs.no_modes);
     return;
   }
   const zandor::RunData frame = projection_frame(jobs);

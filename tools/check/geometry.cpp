@@ -5,6 +5,7 @@
 #include "checks.hpp"
 #include "flib/units_of_measure.hpp"
 #include "geometry_difference.hpp"
+#include "prepared_dipoles.hpp"
 
 namespace check {
 
@@ -15,17 +16,19 @@ struct Displacement {
   int job = 0;
   int coordinate = 0;  // the one that moved, 0: none, -1: several
   double moved = 0.0;  // Angstrom
+  int atom = 0;        // the first of those that moved; 0: none
 };
 
 Displacement displacement_of(const JobData& jobs, int i, double tolerance) {
   const std::vector<double>& x = jobs.sign_file(i).geometry->x;
   const std::vector<double>& reference = jobs.sign_file(0).geometry->x;
-  Displacement found{i, 0, 0.0};
+  Displacement found{i};
   for (std::size_t k = 0; k < x.size(); ++k) {
     const double moved = x[k] - reference[k];
     if (std::fabs(moved) <= tolerance) continue;
     found.coordinate = found.coordinate == 0 ? static_cast<int>(k) + 1 : -1;
     found.moved = moved;
+    if (found.atom == 0) found.atom = static_cast<int>(k / 3) + 1;
   }
   return found;
 }
@@ -107,23 +110,32 @@ bool fits(const Displacement& d, double expected, double tolerance) {
   return d.coordinate == (d.job + 1) / 2 && std::fabs(d.moved - expected) <= tolerance;
 }
 
-// Sign files that all repeat the reference's block say nothing, unless the forces repeat, too.
-bool report_repeated_block(const JobData& jobs, const std::vector<Displacement>& all,
-                           Report& report) {
-  const bool repeated =
-      std::all_of(all.begin(), all.end(), [](const Displacement& d) { return d.coordinate == 0; });
-  if (!repeated || all.size() < 2) return false;
+// Sign files that repeat the reference's block, all but a tenth of them, say nothing, unless the
+// forces repeat, too. Takes the repeated ones out.
+bool report_repeated_blocks(const JobData& jobs, std::vector<Displacement>& all, Report& report) {
+  const auto end = std::stable_partition(all.begin(), all.end(),
+                                         [](const Displacement& d) { return d.coordinate == 0; });
+  const auto count = static_cast<std::size_t>(end - all.begin());
+  if (count < 2 || 10 * count < 9 * all.size()) {
+    std::sort(all.begin(), all.end(),
+              [](const Displacement& a, const Displacement& b) { return a.job < b.job; });
+    return false;
+  }
   bool forces_differ = false;
   const std::size_t n3 = static_cast<std::size_t>(jobs.run.n3);
   const double* const first = jobs.run.force.column(1, all[0].job);
-  for (const Displacement& d : all) {
-    forces_differ |= !std::equal(first, first + n3, jobs.run.force.column(1, d.job));
+  for (auto d = all.begin(); d != end; ++d) {
+    forces_differ |= !std::equal(first, first + n3, jobs.run.force.column(1, d->job));
   }
+  const std::string files = end == all.end() ? "every displaced sign file"
+                                             : counted(static_cast<long long>(count), "sign file");
+  const std::string verb = end == all.end() ? "s" : "";
+  all.erase(all.begin(), end);
   report.add(forces_differ ? Severity::note : Severity::error, {zandor::job_list_name},
              forces_differ
-                 ? "not looked at: every displaced sign file repeats the reference geometry"
-                 : "every displaced sign file holds the reference geometry, and all the same "
-                   "forces: nothing was displaced");
+                 ? "not looked at: " + files + " repeat" + verb + " the reference geometry"
+                 : files + " hold" + verb +
+                       " the reference geometry, and all the same forces: nothing was displaced");
   return true;
 }
 
@@ -137,6 +149,37 @@ std::vector<Displacement> displacements(const JobData& jobs, double tolerance) {
   return all;
 }
 
+void note_missing_blocks(const JobData& jobs, Report& report) {
+  std::vector<int> without;
+  for (int i = 1; i <= jobs.run.n6; ++i) {
+    if (jobs.job(i).is_calc && jobs.usable(i) && !jobs.sign_file(i).geometry) without.push_back(i);
+  }
+  if (without.empty()) return;
+  report.note({zandor::job_list_name},
+              "not looked at: " + counted(static_cast<long long>(without.size()), "sign file") +
+                  " without a geometry block that can be read (" +
+                  analysis::job_names(jobs.run, without) + ")");
+}
+
+// The largest difference of a coordinate from where it should be, Angstrom.
+double deviation(const JobData& jobs, const Displacement& d, double expected) {
+  const std::vector<double>& x = jobs.sign_file(d.job).geometry->x;
+  const std::vector<double>& reference = jobs.sign_file(0).geometry->x;
+  double largest = 0.0;
+  for (std::size_t k = 0; k < x.size(); ++k) {
+    const bool displaced = static_cast<int>(k) == (d.job - 1) / 2;
+    largest = std::max(largest, std::fabs(x[k] - reference[k] - (displaced ? expected : 0.0)));
+  }
+  return largest;
+}
+
+// The line of the atom that has moved, or should have.
+io::Place place_of_move(const JobData& jobs, const Displacement& d) {
+  const int atom = d.atom > 0 ? d.atom : ((d.job + 1) / 2 - 1) / 3 + 1;
+  return {jobs.job(d.job).sgn_name.content(),
+          jobs.sign_file(d.job).geometry->lines[static_cast<std::size_t>(atom - 1)]};
+}
+
 }  // namespace
 
 void check_geometry(const JobData& jobs, const Thresholds& limits, Report& report) {
@@ -144,27 +187,24 @@ void check_geometry(const JobData& jobs, const Thresholds& limits, Report& repor
     report.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
     return;
   }
-  const std::vector<Displacement> all = displacements(jobs, limits.geometry);
-  int computed = 0;
-  for (int i = 1; i <= jobs.run.n6; ++i) computed += jobs.job(i).is_calc && jobs.usable(i) ? 1 : 0;
-  report.figure("displaced geometries", static_cast<double>(all.size()));
-  const bool repeated = report_repeated_block(jobs, all, report);
-  if (static_cast<int>(all.size()) < computed && !repeated) {
-    report.note({zandor::job_list_name},
-                "not looked at: " + counted(computed - static_cast<int>(all.size()), "sign file") +
-                    " without a geometry block that can be read");
-  }
-  if (all.empty() || repeated) return;
-  const double factor = common_factor(jobs, all, limits.geometry);
-  report.figure("steps of the jobs over the step of the list (1)", factor);
-  report_common_factor(jobs, factor, limits.geometry, report);
+  std::vector<Displacement> all = displacements(jobs, limits.geometry);
+  const auto read = static_cast<double>(all.size());
+  note_missing_blocks(jobs, report);
+  const bool repeated = report_repeated_blocks(jobs, all, report);
+  const double factor = repeated ? 1.0 : common_factor(jobs, all, limits.geometry);
+  double largest = not_known;
   for (const Displacement& d : all) {
     const double expected = factor * expected_move(jobs, d.job);
+    largest = std::fmax(largest, deviation(jobs, d, expected));
     if (fits(d, expected, limits.geometry)) continue;
-    report.add(Severity::error,
-               {jobs.job(d.job).sgn_name.content(), jobs.sign_file(d.job).geometry_line},
+    report.add(Severity::error, place_of_move(jobs, d),
                complaint(jobs, d, expected, limits.geometry), d.job, {d.job});
   }
+  report.figure("largest deviation (Angstrom)", largest);
+  report.figure("displaced geometries", read);
+  if (all.empty()) return;
+  report.figure("steps of the jobs over the step of the list (1)", factor);
+  report_common_factor(jobs, factor, limits.geometry, report);
 }
 
 }  // namespace check

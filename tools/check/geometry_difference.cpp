@@ -66,11 +66,12 @@ GeometryDifference compare_geometries(const std::vector<double>& x,
   difference.atom = static_cast<int>(column) + 1;
   difference.shift = a.rowwise().mean() - b.rowwise().mean();
   if (difference.largest <= tolerance) return difference;
+  difference.kind = Kind::other;
+  if (!std::isfinite(a.squaredNorm() + b.squaredNorm())) return difference;
   const Geometry centred_a = a.colwise() - a.rowwise().mean();
   const Geometry centred_b = b.colwise() - b.rowwise().mean();
   const Eigen::Matrix3d turn = best_turn(centred_b, centred_a, 1.0);
   const Eigen::Matrix3d mirror = best_turn(centred_b, centred_a, -1.0);
-  difference.kind = Kind::other;
   if (agree(centred_a, centred_b, tolerance)) {
     difference.kind = Kind::shifted;
   } else if (reordered(a, b, tolerance, difference)) {

@@ -15,11 +15,14 @@ void check_input(const JobData& jobs, const Thresholds& limits, Report& report) 
   report.figure("largest difference (Angstrom)", difference.largest);
   if (difference.kind == GeometryDifference::Kind::none) return;
   const auto atom = static_cast<std::size_t>(difference.atom - 1);
-  report.add(Severity::warning, {place.file, jobs.input->lines[atom]},
-             "the geometry " + describe(difference) + ", against " +
-                 std::string(jobs.job(0).sgn_name.content()) +
-                 ": the projection and the animations use this one, the forces belong to that one",
-             0);
+  const bool only_shifted = difference.kind == GeometryDifference::Kind::shifted;
+  report.add(
+      Severity::warning, {place.file, jobs.input->lines[atom]},
+      "the geometry " + describe(difference) + ", against " +
+          std::string(jobs.job(0).sgn_name.content()) +
+          (only_shifted ? ": only a shift, which does no harm"
+                        : ": forces and dipoles are taken to belong to the axes of this one"),
+      0);
 }
 
 }  // namespace check

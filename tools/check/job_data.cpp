@@ -13,6 +13,7 @@
 #include "io/values.hpp"
 #include "job_list.hpp"
 #include "job_results.hpp"
+#include "report.hpp"
 #include "run_control.hpp"
 
 namespace check {
@@ -92,6 +93,14 @@ void add_faults_of_other_files(const std::vector<Fault>& more, std::vector<Fault
   }
 }
 
+std::vector<Fault> malformed_values(const JobData& jobs, int i) {
+  std::vector<Fault> faults;
+  for (const auto& value : jobs.sign_file(i).header.malformed) {
+    faults.push_back({std::string(jobs.job(i).sgn_name.content()), value.line, value.text});
+  }
+  return faults;
+}
+
 // The reference's numbers as far as its files hold them, whatever the phase has stopped at.
 void complete_reference(JobData& jobs) {
   zandor::RunData& run = jobs.run;
@@ -134,6 +143,7 @@ void read_reference_files(JobData& jobs) {
     read_sign_file(reference.sgn_name.content(), run.natom, nullptr, jobs.sign_files[0]);
   });
   add_faults_of_other_files(of_sign_file, jobs.reference_faults);
+  add_faults_of_other_files(malformed_values(jobs, 0), jobs.reference_faults);
   add_faults_of_other_files(of_output, jobs.reference_faults);
   read_input(jobs);
   complete_reference(jobs);
@@ -154,19 +164,53 @@ double print_rounding(const double* forces, int n) {
   return 0.5 / scale;
 }
 
+// Forces of which no differences can be taken: squares of their derivatives, summed, would
+// overflow; or they are all zero, which only a single atom's are.
+std::optional<Fault> fault_of_forces(const JobData& jobs, int i) {
+  constexpr double most = 1e150;  // Hartree/Bohr**2
+  const zandor::RunData& run = jobs.run;
+  const double* const forces = run.force.column(1, i);
+  const double* const end = forces + run.n3;
+  const double* const largest =
+      std::max_element(forces, end, [](double a, double b) { return std::fabs(a) < std::fabs(b); });
+  const io::Place place = forces_place(jobs, i);
+  const auto fault = [&](std::string text) {
+    return Fault{std::string(place.file), place.line, std::move(text)};
+  };
+  if (*largest == 0.0 && run.natom > 1) {
+    return fault("all forces of " + job_text(jobs, i) + " are exactly zero");
+  }
+  if (std::fabs(*largest) <= most * std::fabs(run.dx)) return std::nullopt;
+  return fault("expected forces, found " + rounded(*largest) + " Hartree/Bohr on " +
+               coordinate_text(jobs, static_cast<int>(largest - forces) + 1));
+}
+
+// What is wrong with what the run does not read of a sign file.
+void read_other_parts(JobData& jobs, int i) {
+  const auto place = static_cast<std::size_t>(i);
+  const std::string_view name = jobs.job(i).sgn_name.content();
+  SignFile& file = jobs.sign_files[place];
+  std::vector<Fault>& faults = jobs.other_faults[place];
+  faults = faults_of([&] { read_sign_file(name, jobs.run.natom, &jobs.sign_files[0], file); });
+  if (jobs.job_faults[place]) faults.clear();
+  const std::vector<Fault> malformed = malformed_values(jobs, i);
+  faults.insert(faults.end(), malformed.begin(), malformed.end());
+}
+
 void read_computed(JobData& jobs, int i) {
   zandor::RunData& run = jobs.run;
-  const std::string_view name = jobs.job(i).sgn_name.content();
   const auto place = static_cast<std::size_t>(i);
+  std::optional<Fault>& fault = jobs.job_faults[place];
   const auto faults =
       faults_of([&] { zandor::read_computed_job(run, i); }, jobs.job_warnings[place]);
-  if (!faults.empty()) {
-    jobs.job_faults[place] = faults.back();
+  if (!faults.empty()) fault = faults.back();
+  read_other_parts(jobs, i);
+  if (!fault) fault = fault_of_forces(jobs, i);
+  if (fault) {
     std::fill_n(run.force.column(1, i), run.n3, 0.0);
     std::fill_n(run.tdip.column(i), 3, 0.0);
   }
   jobs.force_rounding[place] = print_rounding(run.force.column(1, i), run.n3);
-  faults_of([&] { read_sign_file(name, run.natom, &jobs.sign_files[0], jobs.sign_files[place]); });
 }
 
 }  // namespace
@@ -182,6 +226,7 @@ void read_job_data(const std::string& control_file, JobData& jobs) {
   read_control_and_list(control_file, jobs);
   const auto count = static_cast<std::size_t>(run.n6) + 1;
   jobs.job_faults.resize(count);
+  jobs.other_faults.resize(count);
   jobs.job_warnings.resize(count);
   jobs.force_rounding.resize(count);
   jobs.wrong_images.resize(count);
@@ -214,6 +259,16 @@ io::Place place_of(const JobData& jobs, int i) {
   const zandor::Job& job = jobs.job(i);
   if (i == 0 || job.is_calc) return {job.sgn_name.content()};
   return {zandor::job_list_name, job.list_line};
+}
+
+io::Place forces_place(const JobData& jobs, int i) {
+  const io::Place place = place_of(jobs, i);
+  if (i > 0 && !jobs.job(i).is_calc) return place;
+  return {place.file, jobs.sign_file(i).forces_line};
+}
+
+std::string missing_columns(int missing) {
+  return "not looked at: " + counted(missing, "coordinate") + " without two jobs that can be used";
 }
 
 std::string base_name(const zandor::Job& job) {

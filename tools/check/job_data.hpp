@@ -38,12 +38,13 @@ struct JobData {
 
   // The jobs, 0..n6.
   std::vector<std::optional<Fault>> job_faults;  // of a computed job that cannot be used
+  std::vector<std::vector<Fault>> other_faults;  // of what the run does not read of its sign file
   std::vector<std::vector<Fault>> job_warnings;  // what its reader warns of
   std::vector<SignFile> sign_files;              // empty for derived jobs
   std::vector<int> sources;  // the computed job behind each job: itself if computed; 0: none
 
-  // The projected set (evalp and cp of the run) is there: nothing is missing.
-  bool has_modes = false;
+  // Why the projected set (mhessp and evalp of the run) is not there; empty when it is.
+  std::string no_modes = "the projected set has not been formed";
 
   bool has_geometry() const { return sign_files[0].geometry.has_value(); }
   const zandor::Job& job(int i) const { return run.jobs[static_cast<std::size_t>(i)]; }
@@ -76,6 +77,12 @@ std::string job_text(const JobData& jobs, int i);
 
 // The sign file of a computed job, the line in the list of a derived one.
 io::Place place_of(const JobData& jobs, int i);
+
+// The same with the line of its forces block.
+io::Place forces_place(const JobData& jobs, int i);
+
+// "not looked at: 1 coordinate without two jobs that can be used", for as many as `missing`.
+std::string missing_columns(int missing);
 
 // NAME of coord-NAME.sgn.
 std::string base_name(const zandor::Job& job);

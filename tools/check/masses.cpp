@@ -1,5 +1,6 @@
 // Masses against those of the isotopes.
 #include <cmath>
+#include <set>
 
 #include "checks.hpp"
 #include "isotopes.hpp"
@@ -12,16 +13,31 @@ void check_masses(const JobData& jobs, const Thresholds& limits, Report& report)
     report.note(place_of(jobs, 0), "not looked at: the reference's masses are missing");
     return;
   }
+  double furthest = not_known;
+  std::set<int> unknown;
   for (std::size_t a = 0; a < geometry->masses.size(); ++a) {
     const int number = jobs.run.nat[a];
     const double mass = geometry->masses[a];
     const double nearest = nearest_isotope(number, mass);
-    if (nearest == 0.0 || std::fabs(mass - nearest) <= limits.mass) continue;
-    report.note({jobs.job(0).sgn_name.content(), jobs.sign_file(0).geometry_line},
+    if (nearest == 0.0) {
+      unknown.insert(number);
+      continue;
+    }
+    furthest = std::fmax(furthest, std::fabs(mass - nearest));
+    if (std::fabs(mass - nearest) <= limits.mass) continue;
+    report.note({jobs.job(0).sgn_name.content(), geometry->lines[a]},
                 "atom " + std::to_string(a + 1) + " has the mass " + io::shown(mass) +
                     " amu; the nearest isotope of atomic number " + std::to_string(number) +
                     " has " + io::shown(nearest),
                 0);
+  }
+  report.figure("largest distance from an isotope (amu)", furthest);
+  std::string numbers;
+  for (const int number : unknown)
+    numbers += (numbers.empty() ? "" : ", ") + std::to_string(number);
+  if (!numbers.empty()) {
+    report.note(place_of(jobs, 0),
+                "not looked at: no isotopes are known here of atomic number " + numbers);
   }
 }
 

@@ -1,12 +1,29 @@
 // Jobs that share a sign file, and a job list out of order.
+#include <algorithm>
 #include <map>
 
 #include "checks.hpp"
 
 namespace check {
 
+std::vector<char> listed_wrongly(const JobData& jobs) {
+  std::vector<char> wrong(jobs.run.jobs.size(), 0);
+  std::map<std::string_view, int> first;
+  for (int i = 0; i <= jobs.run.n6; ++i) {
+    const auto place = static_cast<std::size_t>(i);
+    if (jobs.list_jobs[place].value_or(i) != i) wrong[place] = 1;
+    if (i > 0 && !jobs.job(i).is_calc) continue;
+    const auto [known, is_new] = first.emplace(jobs.job(i).sgn_name.content(), i);
+    if (!is_new) wrong[place] = wrong[static_cast<std::size_t>(known->second)] = 1;
+  }
+  return wrong;
+}
+
 void check_names(const JobData& jobs, const Thresholds&, Report& report) {
   std::map<std::string_view, int> first;
+  const std::vector<char> wrong = listed_wrongly(jobs);
+  report.figure("jobs listed wrongly",
+                static_cast<double>(std::count(wrong.begin(), wrong.end(), 1)));
   for (int i = 0; i <= jobs.run.n6; ++i) {
     const zandor::Job& job = jobs.job(i);
     if (i > 0 && !job.is_calc) continue;

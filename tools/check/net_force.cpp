@@ -1,9 +1,12 @@
 // A molecule that floats freely feels no net force and no net torque, at any geometry: the sums
 // over the atoms of each job vanish, and so do their differences.
+#include "net_force.hpp"
+
 #include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 
 #include "checks.hpp"
 #include "dipoles.hpp"
@@ -100,6 +103,48 @@ double rounding_of_sums(const JobData& jobs, const analysis::StepJobs& pair) {
   return 2.0 * run.natom * digits / std::fabs(2.0 * run.dx);
 }
 
+// The sums of every job that can be used, and what they are when nothing is wrong.
+struct AllSums {
+  std::map<int, Sums> of_job;
+  Sums usual;
+};
+
+AllSums all_sums(const JobData& jobs) {
+  const Frame frame = frame_of(jobs.run);
+  AllSums all;
+  for (int i = 1; i <= jobs.run.n6; ++i) {
+    if (jobs.usable(i)) all.of_job[i] = sums_of(jobs.run, frame, i);
+  }
+  all.usual = usual_sums(all.of_job);
+  return all;
+}
+
+// The columns whose sums are above what is allowed there.
+struct Excesses {
+  std::map<std::vector<int>, Excess> by_jobs;  // the largest of those that blame the same jobs
+  Excess worst;
+  int columns = 0;
+  std::set<int> looked_at;  // the sources of the jobs of all columns
+
+  // A fault of most jobs is none of single ones.
+  bool general() const {
+    std::set<int> blamed;
+    for (const auto& [jobs, excess] : by_jobs) blamed.insert(jobs.begin(), jobs.end());
+    return by_jobs.size() > 1 && 2 * blamed.size() >= looked_at.size();
+  }
+};
+
+void add_excess(const JobData& jobs, const AllSums& all, const analysis::StepJobs& pair,
+                const Excess& excess, Excesses& excesses) {
+  if (excess.sum <= excess.allowed) return;
+  ++excesses.columns;
+  if (excess.sum > excesses.worst.sum) excesses.worst = excess;
+  const double plus = largest(all.of_job.at(pair.plus) - all.usual);
+  const double minus = largest(all.of_job.at(pair.minus) - all.usual);
+  Excess& known = excesses.by_jobs[suspects(jobs, pair, plus, minus)];
+  if (excess.sum > known.sum) known = excess;
+}
+
 void report_excesses(const JobData& jobs, const std::map<std::vector<int>, Excess>& by_jobs,
                      Report& report) {
   const Severity severity = jobs.layered ? Severity::note : Severity::warning;
@@ -108,62 +153,73 @@ void report_excesses(const JobData& jobs, const std::map<std::vector<int>, Exces
     if (blamed.size() > 1) {
       text += "; this job or " + std::string(jobs.job(blamed[1]).sgn_name.content());
     }
-    report.add(severity, place_of(jobs, blamed.front()), std::move(text), blamed.front(), blamed);
+    report.add(severity, forces_place(jobs, blamed.front()), std::move(text), blamed.front(),
+               blamed);
   }
 }
 
-// A fault of most columns is none of single jobs.
-void report_general_excess(const JobData& jobs, const Excess& worst, int count, Report& report) {
+void report_general_excess(const JobData& jobs, const Excesses& excesses, Report& report) {
   report.add(jobs.layered ? Severity::note : Severity::warning, {zandor::job_list_name},
-             counted(count, "coordinate") + " with a " + describe(jobs, worst) +
+             counted(excesses.columns, "coordinate") + " with a " + describe(jobs, excesses.worst) +
                  "; the molecule does not float freely, or the forces belong to other axes or to "
                  "another step");
 }
 
+void add_figures(std::vector<double> forces, std::vector<double> torques, Report& report) {
+  report.figure("largest net force (Hartree/Bohr**2)", largest_known(forces));
+  report.figure("largest net torque over the size of the molecule (Hartree/Bohr**2)",
+                largest_known(torques));
+  report.figure("net force of each coordinate (Hartree/Bohr**2)", std::move(forces));
+  report.figure("net torque of each coordinate (Hartree/Bohr**2)", std::move(torques));
+}
+
 }  // namespace
+
+std::vector<int> jobs_with_net_force(const JobData& jobs, const Thresholds& limits) {
+  std::vector<int> found;
+  if (jobs.layered) return found;
+  const AllSums all = all_sums(jobs);
+  for (const auto& [job, sums] : all.of_job) {
+    const double excess = largest(sums - all.usual) / std::fabs(2.0 * jobs.run.dx);
+    const double allowed = limits.net_force + rounding_of_sums(jobs, {job, job});
+    if (jobs.job(job).is_calc && excess > allowed) found.push_back(job);
+  }
+  return found;
+}
 
 void check_net_force(const JobData& jobs, const Thresholds& limits, Report& report) {
   const zandor::RunData& run = jobs.run;
-  const Frame frame = frame_of(run);
-  std::map<int, Sums> all;
-  for (int i = 1; i <= run.n6; ++i) {
-    if (jobs.usable(i)) all[i] = sums_of(run, frame, i);
-  }
-  if (all.empty()) return;
-  const Sums usual = usual_sums(all);
-  std::vector<double> forces(static_cast<std::size_t>(run.n3), 0.0);
+  const AllSums all = all_sums(jobs);
+  std::vector<double> forces(static_cast<std::size_t>(run.n3), not_known);
   std::vector<double> torques = forces;
-  std::map<std::vector<int>, Excess> by_jobs;
-  Excess worst;
-  int looked_at = 0;
-  int count = 0;
+  Excesses excesses;
+  int missing = 0;
   for (int ih = 1; ih <= run.n3; ++ih) {
-    if (!jobs.usable_column(ih)) continue;
-    ++looked_at;
+    if (!jobs.usable_column(ih)) {
+      ++missing;
+      continue;
+    }
     const analysis::StepJobs pair = analysis::step_jobs(run, ih);
-    const Sums column = (all[pair.plus] - all[pair.minus]) / (2.0 * run.dx);
+    const Sums column = (all.of_job.at(pair.plus) - all.of_job.at(pair.minus)) / (2.0 * run.dx);
     const auto place = static_cast<std::size_t>(ih - 1);
-    forces[place] = largest(column.head<3>());
-    torques[place] = largest(column.tail<3>());
-    const Excess excess{largest(column), limits.net_force + rounding_of_sums(jobs, pair), ih,
-                        torques[place] > forces[place]};
-    if (excess.sum <= excess.allowed) continue;
-    ++count;
-    if (excess.sum > worst.sum) worst = excess;
-    Excess& known = by_jobs[suspects(jobs, pair, largest(all[pair.plus] - usual),
-                                     largest(all[pair.minus] - usual))];
-    if (excess.sum > known.sum) known = excess;
+    const double force = forces[place] = largest(column.head<3>());
+    const double torque = largest(column.tail<3>());
+    if (jobs.has_geometry()) torques[place] = torque;
+    excesses.looked_at.insert({jobs.source(pair.plus), jobs.source(pair.minus)});
+    add_excess(jobs, all, pair,
+               {std::max(force, torque), limits.net_force + rounding_of_sums(jobs, pair), ih,
+                torque > force},
+               excesses);
   }
-  report.figure("largest net force (Hartree/Bohr**2)",
-                *std::max_element(forces.begin(), forces.end()));
-  report.figure("largest net torque over the size of the molecule (Hartree/Bohr**2)",
-                *std::max_element(torques.begin(), torques.end()));
-  report.figure("net force of each coordinate (Hartree/Bohr**2)", std::move(forces));
-  report.figure("net torque of each coordinate (Hartree/Bohr**2)", std::move(torques));
-  if (2 * count >= looked_at) {
-    report_general_excess(jobs, worst, count, report);
+  if (missing > 0) report.note({zandor::job_list_name}, missing_columns(missing));
+  if (!jobs.has_geometry()) {
+    report.note(place_of(jobs, 0), "net torque not looked at: the reference's geometry is missing");
+  }
+  add_figures(std::move(forces), std::move(torques), report);
+  if (excesses.general()) {
+    report_general_excess(jobs, excesses, report);
   } else {
-    report_excesses(jobs, by_jobs, report);
+    report_excesses(jobs, excesses.by_jobs, report);
   }
 }
 

@@ -10,9 +10,8 @@
 namespace check {
 
 void check_noise(const JobData& jobs, const Thresholds& limits, Report& report) {
-  if (!jobs.has_modes) {
-    report.note({jobs.run.com_name.content()},
-                "not looked at: the projection needs the input, the masses and all jobs");
+  if (!jobs.no_modes.empty()) {
+    report.note({jobs.run.com_name.content()}, "not looked at: " + jobs.no_modes);
     return;
   }
   int below = 0;

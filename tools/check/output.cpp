@@ -1,6 +1,7 @@
 #include "output.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
@@ -19,7 +20,7 @@ long long count_of(const Report& report, Severity severity) {
 // The first figure of a check, its headline.
 std::optional<double> headline(const Report& report, std::string_view check) {
   for (const Figure& figure : report.figures) {
-    if (figure.check == check) return figure.values.front();
+    if (figure.check == check && !std::isnan(figure.values.front())) return figure.values.front();
   }
   return std::nullopt;
 }
@@ -34,14 +35,22 @@ std::string shown_or_unknown(const std::optional<double>& value, const char* uni
   return value ? rounded(*value) + " " + unit : "not known";
 }
 
-std::set<int> jobs_to_rerun(const Report& report) {
+// The base names of the jobs to run again, in job order. Jobs that share a file are named once.
+std::vector<std::string> names_to_rerun(const JobData& jobs, const Report& report) {
   std::set<int> rerun;
   for (const Finding& finding : report.findings) {
     if (finding.severity != Severity::note) {
       rerun.insert(finding.rerun.begin(), finding.rerun.end());
     }
   }
-  return rerun;
+  std::vector<std::string> names;
+  for (const int job : rerun) {
+    std::string name = base_name(jobs.job(job));
+    if (std::find(names.begin(), names.end(), name) == names.end()) {
+      names.push_back(std::move(name));
+    }
+  }
+  return names;
 }
 
 Json finding_record(const JobData& jobs, const Finding& finding) {
@@ -112,7 +121,7 @@ void print_text(const JobData& jobs, const Report& report) {
 }
 
 void print_list(const JobData& jobs, const Report& report) {
-  for (const int job : jobs_to_rerun(report)) io::print_line(base_name(jobs.job(job)));
+  for (const std::string& name : names_to_rerun(jobs, report)) io::print_line(name);
 }
 
 void print_json(const std::string& control_file, const JobData& jobs, const Thresholds& limits,
@@ -128,9 +137,7 @@ void print_json(const std::string& control_file, const JobData& jobs, const Thre
   document["findings"] = std::move(findings);
   document["figures"] = figure_records(report);
   document["thresholds"] = threshold_records(limits);
-  Json rerun = Json::array();
-  for (const int job : jobs_to_rerun(report)) rerun.push_back(base_name(jobs.job(job)));
-  document["rerun"] = std::move(rerun);
+  document["rerun"] = names_to_rerun(jobs, report);
   io::print_line(document.dump(1, ' ', false, Json::error_handler_t::replace));
 }
 

@@ -90,12 +90,14 @@ bool find_eigenvalues(int n, const double* matrix, double* values) {
   return ier == 0;
 }
 
-bool analyse_projected_modes(JobData& jobs) {
+std::string analyse_projected_modes(JobData& jobs) {
   zandor::RunData& run = jobs.run;
-  const RawForceConstants raw = difference_forces(jobs);
   const bool has_masses =
       std::all_of(run.mass.data(), run.mass.data() + run.natom, [](double m) { return m > 0.0; });
-  if (static_cast<int>(raw.columns.size()) < run.n3 || !jobs.input || !has_masses) return false;
+  if (!has_masses) return "the projection needs the masses";
+  if (!jobs.input) return "the projection needs the input";
+  const RawForceConstants raw = difference_forces(jobs);
+  if (static_cast<int>(raw.columns.size()) < run.n3) return "the projection needs all jobs";
   for (int ih = 1; ih <= run.n3; ++ih) run.sqtmass(ih) = std::sqrt(run.mass((ih - 1) / 3 + 1));
   symmetrise(raw, run.n3, run.hess);
   int info = 0;
@@ -104,9 +106,11 @@ bool analyse_projected_modes(JobData& jobs) {
   flib::Array<double, 2> shifted("shifted force constants", {run.n3, run.n3});
   std::copy_n(run.mhessp.data(), run.mhessp.size(), shifted.data());
   for (int i = 1; i <= run.n3; ++i) shifted(i, i) += diagonal_shift;
-  if (!find_eigenvalues(run.n3, shifted.data(), run.evalp.data())) return false;
+  if (!find_eigenvalues(run.n3, shifted.data(), run.evalp.data())) {
+    return "an eigenvalue of the projected force constants does not converge";
+  }
   for (int i = 1; i <= run.n3; ++i) run.evalp(i) -= diagonal_shift;
-  return true;
+  return {};
 }
 
 double wavenumber(double eigenvalue) {

@@ -6,9 +6,8 @@
 namespace check {
 
 // Fills hess, mhessp and evalp of the run as the analysis does, in the geometry of the input, but
-// for rounding in mhessp. False where a job, the masses or the input are missing, or an eigenvalue
-// does not converge.
-bool analyse_projected_modes(JobData& jobs);
+// for rounding in mhessp. The result says why it could not; it is empty when it could.
+std::string analyse_projected_modes(JobData& jobs);
 
 // The eigenvalues of a symmetric n x n matrix (lower triangle), ascending, to `values`; its vectors
 // are not formed, which takes a third of the time. False when one does not converge.

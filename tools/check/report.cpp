@@ -1,6 +1,7 @@
 #include "report.hpp"
 
 #include <charconv>
+#include <cmath>
 
 namespace check {
 
@@ -26,6 +27,12 @@ std::string line_of(const Finding& finding) {
 std::string rounded(double value) {
   char text[32];
   return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, 4).ptr};
+}
+
+double largest_known(const std::vector<double>& values) {
+  double largest = not_known;
+  for (const double value : values) largest = std::fmax(largest, value);
+  return largest;
 }
 
 std::string counted(long long count, std::string_view what) {

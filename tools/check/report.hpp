@@ -1,6 +1,7 @@
 // What the checks say: findings, and the figures behind them.
 #pragma once
 
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -21,6 +22,12 @@ struct Finding {
   int job = -1;            // the job that it is about; -1: the directory as a whole
   std::vector<int> rerun;  // computed jobs that may have to be run again because of it
 };
+
+// Stands in a figure for what was not looked at; null in the JSON document.
+inline constexpr double not_known = std::numeric_limits<double>::quiet_NaN();
+
+// The largest of the numbers that are known; not_known where none is.
+double largest_known(const std::vector<double>& values);
 
 // One figure of a check: a number, or one number per coordinate or job in their order.
 struct Figure {

@@ -1,6 +1,8 @@
 #include "sign_file.hpp"
 
 #include <algorithm>
+#include <cmath>
+#include <type_traits>
 
 #include "io/free_form.hpp"
 #include "io/units.hpp"
@@ -22,15 +24,17 @@ constexpr std::size_t most_items = 8;
 
 // The items of one row, which begins at the next record: those that are read, and the one behind.
 struct Row {
+  explicit Row(std::size_t items) : wanted(items), line(io::line_number(input_unit)) {}
   std::array<std::string_view, most_items> item;
   std::size_t wanted;
   std::string extra;    // empty where there is none, or where the row goes on over several lines
   std::string storage;  // of items that were not spelled plainly
+  long long line;       // where it ends; before the first, that of the record read last
 };
 
-void add_odd_line(OddLines& odd, int atom, std::string found) {
+void add_odd_line(OddLines& odd, const Row& row, int atom, std::string found) {
   if (odd.count++ > 0) return;
-  odd.first = io::line_number(input_unit);
+  odd.first = row.line;
   odd.atom = atom;
   odd.found = std::move(found);
 }
@@ -57,7 +61,9 @@ bool split_plainly(std::string_view record, Row& row) {
     while (at < record.size() && kind_of(record[at]) == plain) ++at;
     const bool ends_plainly = at == record.size() || kind_of(record[at]) == blank;
     if (k == row.wanted) {
-      if (record[begin] != '/') row.extra = record.substr(begin, record.find(' ', begin) - begin);
+      if (record[begin] != '/') {
+        row.extra = record.substr(begin, record.find_first_of(" \t", begin) - begin);
+      }
     } else if (ends_plainly) {
       row.item[k] = record.substr(begin, at - begin);
     } else {
@@ -88,7 +94,8 @@ void read_freely(Row& row, const io::Subject& subject) {
         io::trimmed(std::string_view(row.storage).substr(k * io::line_capacity, io::line_capacity));
   }
   row.extra.clear();
-  if (io::line_number(input_unit) != io::line_number(input_unit, before) + 1) return;
+  row.line = io::line_number(input_unit);
+  if (row.line != io::line_number(input_unit, before) + 1) return;
   io::step_back(input_unit);
   std::string_view record;
   io::read_record(input_unit, record);
@@ -100,16 +107,19 @@ void read_row(Row& row, const io::Subject& subject) {
   row.storage.clear();
   std::string_view record;
   const bool ended = io::read_record(input_unit, record) != io::read_ok;
-  if (!ended && split_plainly(record, row)) return;
+  if (!ended && split_plainly(record, row)) {
+    ++row.line;
+    return;
+  }
   if (!ended) io::step_back(input_unit);
   read_freely(row, subject);
 }
 
 void look_at_numbering(const Row& row, int atom, BlockRows& rows) {
   int number = 0;
-  if (!row.extra.empty()) add_odd_line(rows.extra, atom, row.extra);
+  if (!row.extra.empty()) add_odd_line(rows.extra, row, atom, row.extra);
   if (io::parse_integer(row.item[0], number) && number != atom) {
-    add_odd_line(rows.unordered, atom, std::string(row.item[0]));
+    add_odd_line(rows.unordered, row, atom, std::string(row.item[0]));
   }
 }
 
@@ -117,19 +127,22 @@ double real_item(std::string_view item, const io::Subject& subject) {
   double value = 0.0;
   const std::size_t length = io::scan_decimal(item, value);
   if (length > 0 && length == item.size()) return value;
-  if (!io::parse_real(item, value)) {
+  if (!io::parse_real(item, value) || !std::isfinite(value)) {
     io::fatal_stop(io::place(input_unit), "expected " + std::string(subject.text) + " " +
-                                              std::to_string(subject.number) + " (number), found " +
-                                              io::quoted(item));
+                                              std::to_string(subject.number) +
+                                              " (finite number), found " + io::quoted(item));
   }
   return value;
 }
 
 // Passes over the next record if it is this text.
-bool pass_over(const std::string& text) {
+bool pass_over(const std::string& text, Row& row) {
   if (text.empty()) return false;
   std::string_view record;
-  if (io::read_record(input_unit, record) == io::read_ok && record == text) return true;
+  if (io::read_record(input_unit, record) == io::read_ok && record == text) {
+    ++row.line;
+    return true;
+  }
   io::step_back(input_unit);
   return false;
 }
@@ -168,15 +181,15 @@ void read_geometry(int natom, const SignFile* reference, SignFile& file) {
     atoms.masses.resize(count);
     atoms.x.resize(3 * count);
   }
-  Row row;
-  row.wanted = 7;
+  atoms.lines.resize(count);
+  Row row(7);
   for (int a = 1; a <= natom; ++a) {
     const auto place = static_cast<std::size_t>(a - 1);
-    if (reference != nullptr && reference->geometry &&
-        pass_over(reference->geometry_texts[place])) {
-      continue;
-    }
-    read_geometry_row(a, row, atoms);
+    const bool repeats = reference != nullptr && reference->geometry &&
+                         pass_over(reference->geometry_texts[place], row);
+    if (!repeats) read_geometry_row(a, row, atoms);
+    atoms.lines[place] = row.line;
+    if (repeats) continue;
     look_at_numbering(row, a, file.geometry_rows);
     if (reference == nullptr) file.geometry_texts.push_back(plain_text(row, file.geometry_rows));
   }
@@ -184,12 +197,12 @@ void read_geometry(int natom, const SignFile* reference, SignFile& file) {
 }
 
 void read_forces(int natom, bool keep, SignFile& file) {
-  Row row;
-  row.wanted = 4;
+  Row row(4);
   std::vector<double> forces;
   for (int a = 1; a <= natom; ++a) {
     const io::Subject subject{"the force on atom", a};
     read_row(row, subject);
+    if (keep) file.force_lines.push_back(row.line);
     look_at_numbering(row, a, file.force_rows);
     for (std::size_t k = 1; keep && k < 4; ++k) forces.push_back(real_item(row.item[k], subject));
   }
@@ -197,8 +210,7 @@ void read_forces(int natom, bool keep, SignFile& file) {
 }
 
 void read_dipole(SignFile& file) {
-  Row row;
-  row.wanted = 5;
+  Row row(5);
   const io::Subject subject{"the transition dipole of job", 0};
   read_row(row, subject);
   for (std::size_t k = 0; k < 3; ++k) file.dipole[k] = real_item(row.item[k + 2], subject);
@@ -215,19 +227,25 @@ std::string keyword_of(std::string_view record) {
   return {};
 }
 
+// The next value of a header line; what it should be goes to the header when it is not.
 template <class Value>
-std::optional<Value> next_value(io::FreeForm& items, bool (*parse)(std::string_view, Value&)) {
+std::optional<Value> next_value(io::FreeForm& items, bool (*parse)(std::string_view, Value&),
+                                std::size_t place, SignHeader& header) {
   io::Line text;
   items.text_or_blank(text);
   Value value{};
-  if (!parse(text.content(), value)) return std::nullopt;
-  return value;
+  if (parse(text.content(), value) && std::isfinite(static_cast<double>(value))) return value;
+  header.malformed.push_back(
+      {header.lines[place], "expected " + std::string(header.names[place]) +
+                                (std::is_integral_v<Value> ? " (integer)" : " (finite number)") +
+                                ", found " + io::quoted(text.content())});
+  return std::nullopt;
 }
 
 void read_header_line(std::string_view record, SignHeader& header) {
   const std::string keyword = keyword_of(record);
   const auto found = std::find(header.names.begin(), header.names.end(), keyword);
-  if (found == header.names.end()) return;
+  if (found == header.names.end() || record.find('=') == record.npos) return;
   const auto place = static_cast<std::size_t>(found - header.names.begin());
   if (header.lines[place] > 0) return;
   header.lines[place] = io::line_number(input_unit);
@@ -236,13 +254,14 @@ void read_header_line(std::string_view record, SignHeader& header) {
   io::Line word;
   for (int k = 0; k < 2; ++k) items.text_or_blank(word);
   if (place < header.size_count) {
-    header.sizes[place] = next_value<int>(items, io::parse_integer);
+    header.sizes[place] = next_value<int>(items, io::parse_integer, place, header);
   } else if (place == header.size_count) {
-    const auto row = next_value<int>(items, io::parse_integer);
-    const auto column = next_value<int>(items, io::parse_integer);
+    const auto row = next_value<int>(items, io::parse_integer, place, header);
+    const auto column =
+        row ? next_value<int>(items, io::parse_integer, place, header) : std::nullopt;
     if (row && column) header.tden_maxloc = {*row, *column};
   } else {
-    header.tden_maxval = next_value<double>(items, io::parse_real);
+    header.tden_maxval = next_value<double>(items, io::parse_real, place, header);
   }
 }
 
@@ -262,6 +281,7 @@ void read_sign_file(std::string_view name, int natom, const SignFile* reference,
       dipole_met = true;
       if (is_reference) read_dipole(file);
     } else if (dipole_met && head.find(forces_header) != head.npos) {
+      file.forces_line = io::line_number(input_unit);
       read_forces(natom, is_reference, file);
       break;
     } else if (!dipole_met) {
@@ -282,13 +302,12 @@ void read_reference_input(std::string_view name, int natom, ReferenceInput& inpu
     }
     record = io::without_leading_blanks(record.substr(0, io::line_capacity));
   } while (record.empty() || !io::is_digit(record.front()));
-  Row row;
-  row.wanted = 4;
+  Row row(4);
   for (int a = 1; a <= natom; ++a) {
     const io::Subject subject{"the coordinates of atom", a};
     read_row(row, subject);
-    if (!row.extra.empty()) add_odd_line(input.extra, a, row.extra);
-    input.lines.push_back(io::line_number(input_unit));
+    if (!row.extra.empty()) add_odd_line(input.extra, row, a, row.extra);
+    input.lines.push_back(row.line);
     input.words.emplace_back(row.item[0]);
     for (std::size_t k = 1; k < 4; ++k) input.x.push_back(real_item(row.item[k], subject));
   }

@@ -8,7 +8,8 @@ namespace check {
 void check_stationary(const JobData& jobs, const Thresholds& limits, Report& report) {
   const std::vector<double>& forces = jobs.sign_file(0).forces;
   if (forces.empty()) {
-    report.note(place_of(jobs, 0), "not looked at: the reference's sign file holds no forces");
+    report.note(place_of(jobs, 0),
+                "not looked at: no forces could be read from the reference's sign file");
     return;
   }
   std::size_t largest = 0;
@@ -18,7 +19,8 @@ void check_stationary(const JobData& jobs, const Thresholds& limits, Report& rep
   const double force = std::fabs(forces[largest]);
   report.figure("largest reference force (Hartree/Bohr)", force);
   if (force <= limits.stationary_note) return;
-  report.add(force > limits.stationary ? Severity::warning : Severity::note, place_of(jobs, 0),
+  report.add(force > limits.stationary ? Severity::warning : Severity::note,
+             {jobs.job(0).sgn_name.content(), jobs.sign_file(0).force_lines[largest / 3]},
              "the reference is not a stationary point: the force on " +
                  coordinate_text(jobs, static_cast<int>(largest) + 1) + " is " +
                  rounded(forces[largest]) + " Hartree/Bohr",

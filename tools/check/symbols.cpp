@@ -39,11 +39,12 @@ Atom of_list(const JobData& jobs, std::size_t a) {
   return {jobs.list_symbols[a].content(), jobs.list_numbers[a]};
 }
 
-void compare_list_with_itself(const JobData& jobs, Report& report) {
+void compare_list_with_itself(const JobData& jobs, int& unlike, Report& report) {
   for (std::size_t a = 0; a < jobs.list_numbers.size(); ++a) {
     const Atom atom = of_list(jobs, a);
     const int number = element_number(atom.symbol);
     if (number == 0 || number == atom.number) continue;
+    ++unlike;
     report.add(Severity::warning, {zandor::job_list_name, jobs.run.atom_line[a]},
                "atom " + std::to_string(a + 1) + " is " + text(atom) +
                    ", but the number of that symbol is " + std::to_string(number));
@@ -60,7 +61,7 @@ Atom of_sign_file(const JobData& jobs, int i, std::size_t a) {
 }
 
 // The reference's sign file is compared with the list, the others with it.
-void compare_sign_file(const JobData& jobs, int i, Report& report) {
+void compare_sign_file(const JobData& jobs, int i, int& unlike, Report& report) {
   const SignFile& file = jobs.sign_file(i);
   if (!file.geometry) return;
   const bool with_list = i == 0 || !jobs.has_geometry();
@@ -68,15 +69,16 @@ void compare_sign_file(const JobData& jobs, int i, Report& report) {
     const Atom found = of_sign_file(jobs, i, a);
     const Atom expected = with_list ? of_list(jobs, a) : of_sign_file(jobs, 0, a);
     if (same(found, expected)) continue;
-    report.add(Severity::warning, {jobs.job(i).sgn_name.content(), file.geometry_line},
+    report.add(Severity::warning, {jobs.job(i).sgn_name.content(), file.geometry->lines[a]},
                "atom " + std::to_string(a + 1) + " is " + text(found) + ", in " +
                    (with_list ? zandor::job_list_name : "the reference's") + " " + text(expected),
                i);
+    ++unlike;
     return;
   }
 }
 
-void compare_input(const JobData& jobs, Report& report) {
+void compare_input(const JobData& jobs, int& unlike, Report& report) {
   const ReferenceInput& input = *jobs.input;
   for (std::size_t a = 0; a < input.words.size(); ++a) {
     const int number = element_of_word(input.words[a]);
@@ -86,6 +88,7 @@ void compare_input(const JobData& jobs, Report& report) {
                "atom " + std::to_string(a + 1) + " is '" + io::printable(input.words[a]) +
                    "', in " + zandor::job_list_name + " " + text(listed),
                0);
+    ++unlike;
     return;
   }
 }
@@ -93,13 +96,18 @@ void compare_input(const JobData& jobs, Report& report) {
 }  // namespace
 
 void check_symbols(const JobData& jobs, const Thresholds&, Report& report) {
-  compare_list_with_itself(jobs, report);
-  for (int i = 0; i <= jobs.run.n6; ++i) compare_sign_file(jobs, i, report);
+  int unlike = 0;
+  compare_list_with_itself(jobs, unlike, report);
+  for (int i = 0; i <= jobs.run.n6; ++i) compare_sign_file(jobs, i, unlike, report);
+  if (!jobs.has_geometry()) {
+    report.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
+  }
   if (jobs.input) {
-    compare_input(jobs, report);
+    compare_input(jobs, unlike, report);
   } else {
     report.note({jobs.run.com_name.content()}, "not looked at: the input could not be read");
   }
+  report.figure("lines of the list and files that differ", unlike);
 }
 
 }  // namespace check

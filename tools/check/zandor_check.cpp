@@ -1,9 +1,11 @@
 // zandor_check: says whether a job directory can be trusted, and which jobs to run again. Runs in
 // the job directory and takes the control file of zandor_gather.
+#include <cmath>
 #include <set>
 
 #include "checks.hpp"
 #include "io/process.hpp"
+#include "io/values.hpp"
 #include "options.hpp"
 #include "output.hpp"
 
@@ -20,6 +22,13 @@ struct Options {
   bool as_json = false;
   Thresholds limits;
 };
+
+// Thresholds are finite numbers of 0 or more.
+std::string complaint_about(const std::string& text) {
+  double value = 0.0;
+  const bool is_number = io::parse_real(text, value) && std::isfinite(value) && value >= 0.0;
+  return is_number ? "" : "expected a number of 0 or more, found " + io::quoted(text);
+}
 
 void add_options(CLI::App& app, Options& options) {
   std::set<std::string> names;
@@ -38,7 +47,7 @@ void add_options(CLI::App& app, Options& options) {
     app.add_option("--" + std::string(threshold.name), options.limits.*threshold.value,
                    std::string(threshold.meaning) + " (" + threshold.unit + ")")
         ->group("Thresholds")
-        ->check(CLI::NonNegativeNumber)
+        ->check(CLI::Validator(complaint_about, "0 OR MORE"))
         ->capture_default_str();
   }
 }
