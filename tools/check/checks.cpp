@@ -56,7 +56,8 @@ Report run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std
   };
   look("derived", [&] { mark_wrong_images(jobs, limits); });
   if (wanted("frame") || wanted("noise")) {
-    look("frame", [&] { jobs.no_modes = analyse_projected_modes(jobs); });
+    const auto stop = io::collect([&] { jobs.no_modes = analyse_projected_modes(jobs); });
+    if (stop) jobs.no_modes = stop->message;
   }
   for (const NamedCheck& check : list) {
     if (wanted(check.name)) look(check.name, [&] { check.look(jobs, limits, report); });
