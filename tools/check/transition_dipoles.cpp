@@ -76,19 +76,20 @@ Candidate search(const JobData& jobs, const analysis::ResidualLimits& limits) {
   return found;
 }
 
-void report_signs(const JobData& jobs, const Candidate& found, Severity severity, Report& report) {
+void report_signs(const JobData& jobs, const Candidate& found, bool rules_met, Severity severity,
+                  Report& report) {
   const TurnedSigns& signs = found.signs;
   std::string text = "the transition dipoles miss their sum rules: residual " +
                      rounded(signs.as_read.absolute) + " au (" + rounded(signs.as_read.relative) +
                      " of its terms, " + rounded(signs.as_read.worst_ratio) +
                      " times what print rounding allows)";
-  if (!found.passes) {
+  if (rules_met) {
     text =
         "whatever the signs of the operations, the transition dipoles of derived jobs and of "
         "their sources do not lie on either side of the reference's";
   }
   if (severity == Severity::note) {
-    if (found.passes) text += ": those of turns alone, which need not hold in a layered job";
+    if (!rules_met) text += ": those of turns alone, which need not hold in a layered job";
     report.note({zandor::job_list_name}, text);
     return;
   }
@@ -209,11 +210,12 @@ void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Report& rep
   report.figure("residual over its terms (1)", residual.relative);
   report.figure("residual that print rounding allows (atomic units)", residual.bound);
   report.figure("largest condition over its rounding (1)", residual.worst_ratio);
-  if (found.passes && allowed.explain(residual)) return;
+  const bool rules_met = allowed.explain(residual);
+  if (found.passes && rules_met) return;
   const bool shifts_alone = residual.translation_ratio <= limits.dipole_bounds ||
                             residual.translation_relative <= limits.dipole_relative;
-  report_signs(jobs, found, jobs.layered && shifts_alone ? Severity::note : Severity::warning,
-               report);
+  report_signs(jobs, found, rules_met,
+               jobs.layered && shifts_alone ? Severity::note : Severity::warning, report);
 }
 
 void check_dipole_jump(const JobData& jobs, const Thresholds& limits, Report& report) {
