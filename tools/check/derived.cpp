@@ -129,7 +129,7 @@ std::map<int, std::vector<int>> jobs_by_operation(const JobData& jobs) {
 
 // What the reader of the list says about derived jobs: sources without forces.
 void pass_on_list_warnings(const JobData& jobs, Report& report) {
-  for (const Fault& warning : jobs.list_warnings) {
+  for (const Fault& warning : jobs.list.warnings) {
     for (int i = 1; i <= jobs.run.n6; ++i) {
       if (jobs.job(i).is_calc || jobs.job(i).list_line != warning.line) continue;
       report.add(jobs.source(i) == 0 ? Severity::error : Severity::warning, warning.place(),

@@ -15,12 +15,12 @@ void report_fault(const JobData& jobs, int i, Severity severity, const Fault& fa
 
 // Warnings of the readers. Those that belong to a line of the job list have a check of their own.
 void pass_on_warnings(const JobData& jobs, Report& report) {
-  for (const Fault& warning : jobs.list_warnings) {
+  for (const Fault& warning : jobs.list.warnings) {
     if (warning.file == zandor::job_list_name && warning.line >= jobs.job(0).list_line) continue;
     report.add(Severity::warning, warning.place(), warning.text);
   }
   for (int i = 0; i <= jobs.run.n6; ++i) {
-    for (const Fault& warning : jobs.job_warnings[static_cast<std::size_t>(i)]) {
+    for (const Fault& warning : jobs.reading(i).warnings) {
       report_fault(jobs, i, Severity::warning, warning, report);
     }
   }
@@ -38,12 +38,11 @@ void check_files(const JobData& jobs, const Thresholds&, Report& report) {
   for (int i = 1; i <= jobs.run.n6; ++i) {
     if (!jobs.job(i).is_calc) continue;
     ++computed;
-    const auto place = static_cast<std::size_t>(i);
-    if (const auto& fault = jobs.job_faults[place]) {
+    if (const auto& fault = jobs.reading(i).fault) {
       ++unusable;
       report_fault(jobs, i, Severity::error, *fault, report);
     }
-    for (const Fault& fault : jobs.other_faults[place]) {
+    for (const Fault& fault : jobs.reading(i).other_faults) {
       report_fault(jobs, i, Severity::error, fault, report);
     }
   }

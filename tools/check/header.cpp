@@ -108,7 +108,7 @@ void check_header(const JobData& jobs, const Thresholds& limits, Report& report)
   std::vector<int> without;
   double largest = not_known;
   for (int i = 1; i <= jobs.run.n6; ++i) {
-    if (!jobs.job(i).is_calc || jobs.job_faults[static_cast<std::size_t>(i)]) continue;
+    if (!jobs.job(i).is_calc || jobs.reading(i).fault) continue;
     const SignHeader& header = jobs.sign_file(i).header;
     if (!has_any(header)) without.push_back(i);
     for (Comparison& comparison : comparisons) {

@@ -64,7 +64,7 @@ void read_list_numbers(JobData& jobs) {
   io::open_existing(input_unit, zandor::job_list_name);
   long long before = jobs.job(0).list_line - 1;
   for (int i = 0; i <= jobs.run.n6; ++i) {
-    jobs.list_jobs.push_back(number_behind(before));
+    jobs.list.jobs.push_back(number_behind(before));
     before = jobs.job(i).list_line;
   }
   io::close(input_unit);
@@ -73,13 +73,13 @@ void read_list_numbers(JobData& jobs) {
 void read_control_and_list(const std::string& control_file, JobData& jobs) {
   zandor::RunData& run = jobs.run;
   {
-    const io::SinkScope sink({.warn = keep_in(jobs.list_warnings)});
+    const io::SinkScope sink({.warn = keep_in(jobs.list.warnings)});
     zandor::read_control_file(io::Line(control_file), run);
     zandor::read_job_list(run);
   }
   zandor::allocate_run_arrays(run);
-  jobs.list_symbols = run.symbol;
-  jobs.list_numbers = run.nat;
+  jobs.list.symbols = run.symbol;
+  jobs.list.numbers = run.nat;
   read_list_numbers(jobs);
   for (int i = 0; i <= run.n6; ++i) jobs.sources.push_back(analysis::computed_source(run, i));
 }
@@ -104,7 +104,7 @@ std::vector<Fault> malformed_values(const JobData& jobs, int i) {
 // The reference's numbers as far as its files hold them, whatever the phase has stopped at.
 void complete_reference(JobData& jobs) {
   zandor::RunData& run = jobs.run;
-  SignFile& file = jobs.sign_files[0];
+  const SignFile& file = jobs.sign_file(0);
   if (file.geometry) {
     std::copy(file.geometry->x.begin(), file.geometry->x.end(), run.xa.data());
     for (int a = 1; a <= run.natom; ++a) {
@@ -134,13 +134,14 @@ void read_input(JobData& jobs) {
 void read_reference_files(JobData& jobs) {
   zandor::RunData& run = jobs.run;
   const zandor::Job& reference = run.jobs[0];
-  jobs.reference_faults = faults_of([&] { zandor::read_reference(run); }, jobs.job_warnings[0]);
+  jobs.reference_faults =
+      faults_of([&] { zandor::read_reference(run); }, jobs.readings[0].warnings);
   const auto of_output = faults_of([&] {
     int info = 0;
     flib::qm_file_ifoniom(reference.log_name.padded(), jobs.layered, info);
   });
   const auto of_sign_file = faults_of([&] {
-    read_sign_file(reference.sgn_name.content(), run.natom, nullptr, jobs.sign_files[0]);
+    read_sign_file(reference.sgn_name.content(), run.natom, nullptr, jobs.readings[0].sign_file);
   });
   add_faults_of_other_files(of_sign_file, jobs.reference_faults);
   add_faults_of_other_files(malformed_values(jobs, 0), jobs.reference_faults);
@@ -187,22 +188,21 @@ std::optional<Fault> fault_of_forces(const JobData& jobs, int i) {
 
 // What is wrong with what the run does not read of a sign file.
 void read_other_parts(JobData& jobs, int i) {
-  const auto place = static_cast<std::size_t>(i);
   const std::string_view name = jobs.job(i).sgn_name.content();
-  SignFile& file = jobs.sign_files[place];
-  std::vector<Fault>& faults = jobs.other_faults[place];
-  faults = faults_of([&] { read_sign_file(name, jobs.run.natom, &jobs.sign_files[0], file); });
-  if (jobs.job_faults[place]) faults.clear();
+  JobReading& reading = jobs.readings[static_cast<std::size_t>(i)];
+  std::vector<Fault>& faults = reading.other_faults;
+  faults = faults_of(
+      [&] { read_sign_file(name, jobs.run.natom, &jobs.sign_file(0), reading.sign_file); });
+  if (reading.fault) faults.clear();
   const std::vector<Fault> malformed = malformed_values(jobs, i);
   faults.insert(faults.end(), malformed.begin(), malformed.end());
 }
 
 void read_computed(JobData& jobs, int i) {
   zandor::RunData& run = jobs.run;
-  const auto place = static_cast<std::size_t>(i);
-  std::optional<Fault>& fault = jobs.job_faults[place];
-  const auto faults =
-      faults_of([&] { zandor::read_computed_job(run, i); }, jobs.job_warnings[place]);
+  JobReading& reading = jobs.readings[static_cast<std::size_t>(i)];
+  std::optional<Fault>& fault = reading.fault;
+  const auto faults = faults_of([&] { zandor::read_computed_job(run, i); }, reading.warnings);
   if (!faults.empty()) fault = faults.back();
   read_other_parts(jobs, i);
   if (!fault) fault = fault_of_forces(jobs, i);
@@ -210,27 +210,22 @@ void read_computed(JobData& jobs, int i) {
     std::fill_n(run.force.column(1, i), run.n3, 0.0);
     std::fill_n(run.tdip.column(i), 3, 0.0);
   }
-  jobs.force_rounding[place] = print_rounding(run.force.column(1, i), run.n3);
+  reading.force_rounding = print_rounding(run.force.column(1, i), run.n3);
 }
 
 }  // namespace
 
 bool JobData::usable(int i) const {
   const int from = source(i);
-  return from > 0 && !job_faults[static_cast<std::size_t>(from)] &&
-         wrong_images[static_cast<std::size_t>(i)] == 0;
+  return from > 0 && !reading(from).fault && wrong_images[static_cast<std::size_t>(i)] == 0;
 }
 
 void read_job_data(const std::string& control_file, JobData& jobs) {
   zandor::RunData& run = jobs.run;
   read_control_and_list(control_file, jobs);
   const auto count = static_cast<std::size_t>(run.n6) + 1;
-  jobs.job_faults.resize(count);
-  jobs.other_faults.resize(count);
-  jobs.job_warnings.resize(count);
-  jobs.force_rounding.resize(count);
+  jobs.readings.resize(count);
   jobs.wrong_images.resize(count);
-  jobs.sign_files.resize(count);
   read_reference_files(jobs);
   for (int i = 1; i <= run.n6; ++i) {
     if (jobs.job(i).is_calc) read_computed(jobs, i);

@@ -19,16 +19,29 @@ struct Fault {
   io::Place place() const { return {file, line}; }
 };
 
+// The job list, before the reference's sign file has its say.
+struct JobList {
+  std::vector<io::Text<2>> symbols;      // symbol of atom a at [a - 1]
+  std::vector<int> numbers;              // its atomic number
+  std::vector<std::optional<int>> jobs;  // 0..n6: the number that stands before job i
+  std::vector<Fault> warnings;           // what the readers of control file and list warn of
+};
+
+// What came of reading the sign file of a job; empty for derived jobs.
+struct JobReading {
+  std::optional<Fault> fault;       // of a computed job that cannot be used
+  std::vector<Fault> other_faults;  // of what the run does not read of the file
+  std::vector<Fault> warnings;
+  SignFile sign_file;
+  double force_rounding = 0.0;  // half a unit of the last digit of its forces, Hartree/Bohr
+};
+
 struct JobData {
   // As the run fills it. The columns of jobs that could not be read are zero; x is the geometry of
-  // the reference's sign file, to whose axes the forces belong.
+  // the reference's sign file, in which the forces stand.
   zandor::RunData run;
 
-  // The job list, before the reference's sign file has its say.
-  std::vector<io::Text<2>> list_symbols;      // symbol of atom a at [a - 1]
-  std::vector<int> list_numbers;              // its atomic number
-  std::vector<std::optional<int>> list_jobs;  // 0..n6: the number that stands before job i
-  std::vector<Fault> list_warnings;           // what the readers of control file and list warn of
+  JobList list;
 
   // The reference.
   std::vector<Fault> reference_faults;
@@ -37,25 +50,21 @@ struct JobData {
   bool layered = false;            // an ONIOM job: the molecule does not float freely
 
   // The jobs, 0..n6.
-  std::vector<std::optional<Fault>> job_faults;  // of a computed job that cannot be used
-  std::vector<std::vector<Fault>> other_faults;  // of what the run does not read of its sign file
-  std::vector<std::vector<Fault>> job_warnings;  // what its reader warns of
-  std::vector<SignFile> sign_files;              // empty for derived jobs
+  std::vector<JobReading> readings;
   std::vector<int> sources;  // the computed job behind each job: itself if computed; 0: none
+  // Derived jobs whose source or operation is wrong (mark_wrong_images): as good as not read.
+  std::vector<char> wrong_images;
 
   // Why the projected set (mhessp and evalp of the run) is not there; empty when it is.
   std::string no_modes = "the projected set has not been formed";
 
-  bool has_geometry() const { return sign_files[0].geometry.has_value(); }
+  bool has_geometry() const { return sign_file(0).geometry.has_value(); }
   const zandor::Job& job(int i) const { return run.jobs[static_cast<std::size_t>(i)]; }
-  const SignFile& sign_file(int i) const { return sign_files[static_cast<std::size_t>(i)]; }
+  const JobReading& reading(int i) const { return readings[static_cast<std::size_t>(i)]; }
+  const SignFile& sign_file(int i) const { return reading(i).sign_file; }
   int source(int i) const { return sources[static_cast<std::size_t>(i)]; }
   // Print rounding of the forces of a job, those of its source if it is derived.
-  double rounding(int i) const { return force_rounding[static_cast<std::size_t>(source(i))]; }
-  std::vector<double> force_rounding;  // half a unit of the last digit of its forces, Hartree/Bohr
-
-  // Derived jobs whose source or operation is wrong (mark_wrong_images): as good as not read.
-  std::vector<char> wrong_images;
+  double rounding(int i) const { return reading(source(i)).force_rounding; }
 
   // Whether forces and dipole of job i (1..n6) can be used.
   bool usable(int i) const;

@@ -11,7 +11,7 @@ std::vector<char> listed_wrongly(const JobData& jobs) {
   std::map<std::string_view, int> first;
   for (int i = 0; i <= jobs.run.n6; ++i) {
     const auto place = static_cast<std::size_t>(i);
-    if (jobs.list_jobs[place].value_or(i) != i) wrong[place] = 1;
+    if (jobs.list.jobs[place].value_or(i) != i) wrong[place] = 1;
     if (i > 0 && !jobs.job(i).is_calc) continue;
     const auto [known, is_new] = first.emplace(jobs.job(i).sgn_name.content(), i);
     if (!is_new) wrong[place] = wrong[static_cast<std::size_t>(known->second)] = 1;
@@ -37,7 +37,7 @@ void check_names(const JobData& jobs, const Thresholds&, Report& report) {
   int unordered = 0;
   int worst = 0;
   for (int i = jobs.run.n6; i >= 0; --i) {
-    const auto& number = jobs.list_jobs[static_cast<std::size_t>(i)];
+    const auto& number = jobs.list.jobs[static_cast<std::size_t>(i)];
     if (!number || *number == i) continue;
     ++unordered;
     worst = i;
@@ -45,7 +45,7 @@ void check_names(const JobData& jobs, const Thresholds&, Report& report) {
   if (unordered == 0) return;
   report.add(Severity::error, {zandor::job_list_name, jobs.job(worst).list_line},
              "expected job " + std::to_string(worst) + ", found the number " +
-                 std::to_string(*jobs.list_jobs[static_cast<std::size_t>(worst)]) +
+                 std::to_string(*jobs.list.jobs[static_cast<std::size_t>(worst)]) +
                  ": jobs count in the order of the lines (" + counted(unordered, "line") +
                  " out of order)");
 }

@@ -36,11 +36,11 @@ bool same(const Atom& a, const Atom& b) {
 }
 
 Atom of_list(const JobData& jobs, std::size_t a) {
-  return {jobs.list_symbols[a].content(), jobs.list_numbers[a]};
+  return {jobs.list.symbols[a].content(), jobs.list.numbers[a]};
 }
 
 void compare_list_with_itself(const JobData& jobs, int& unlike, Report& report) {
-  for (std::size_t a = 0; a < jobs.list_numbers.size(); ++a) {
+  for (std::size_t a = 0; a < jobs.list.numbers.size(); ++a) {
     const Atom atom = of_list(jobs, a);
     const int number = element_number(atom.symbol);
     if (number == 0 || number == atom.number) continue;
