@@ -17,7 +17,7 @@ namespace analysis {
 // than `relative` of its terms.
 struct ResidualLimits {
   double bounds = 3.0;
-  double relative = 1e-2;
+  double relative = residual_allowed;
   bool explain(const SumRuleResidual& residual) const {
     return residual.worst_ratio <= bounds || residual.relative <= relative;
   }
