@@ -43,8 +43,8 @@ enum CharacterKind : unsigned char { plain, blank, special };
 
 constexpr auto character_kinds = [] {
   std::array<CharacterKind, 256> kinds{};
-  for (const unsigned char c : {' ', '\t'}) kinds[c] = blank;
-  for (const unsigned char c : {',', '/', '\'', '"', '*'}) kinds[c] = special;
+  for (const char c : {' ', '\t'}) kinds[static_cast<unsigned char>(c)] = blank;
+  for (const char c : {',', '/', '\'', '"', '*'}) kinds[static_cast<unsigned char>(c)] = special;
   return kinds;
 }();
 

@@ -8,7 +8,7 @@ namespace zandor {
 
 namespace {
 
-constexpr const char* names[] = {animation_name, projected_animation_name, report_name};
+constexpr const char* result_names[] = {animation_name, projected_animation_name, report_name};
 
 using Status = struct ::stat;
 
@@ -52,12 +52,12 @@ std::string input_behind(const std::string& name, const std::vector<std::string>
 }
 
 void check_result_names(const RunData& run) {
-  for (const char* const result : names) {
+  for (const char* const result : result_names) {
     Status status{};
     if (!leads_elsewhere(result, status)) continue;
     const std::string input = input_behind(result, input_names(run));
     if (!input.empty()) stop_at(result, "the input " + io::printable(input));
-    for (const char* const other : names) {
+    for (const char* const other : result_names) {
       Status of_other{};
       if (other != result && ::stat(other, &of_other) == 0 && same_file(status, of_other)) {
         stop_at(result, std::string("the result ") + other);
