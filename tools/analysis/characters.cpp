@@ -130,12 +130,6 @@ double gradient_rounding(const zandor::RunData& run) {
   return print_rounding(run).tail(run.n6).maxCoeff() / std::abs(run.dx);
 }
 
-double midpoint_ratio(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
-  const Eigen::Matrix3Xd midpoints = dipole_midpoints(run, dipoles);
-  if (midpoints.cwiseAbs().maxCoeff() <= 3.0 * gradient_rounding(run)) return 0.0;
-  return midpoints.norm() / dipole_gradient(run, dipoles).norm();
-}
-
 // What print rounding alone may have moved away from zero comes before what it cannot.
 bool is_nearer(const SumRuleResidual& a, const SumRuleResidual& b) {
   if (a.within_rounding() != b.within_rounding()) return a.within_rounding();
@@ -233,6 +227,12 @@ void derive_dipoles(const zandor::RunData& run, const Characters& characters,
   }
 }
 
+bool goes_through_reference(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
+  const Eigen::Matrix3Xd midpoints = dipole_midpoints(run, dipoles);
+  return midpoints.cwiseAbs().maxCoeff() <= 3.0 * gradient_rounding(run) ||
+         midpoints.norm() <= 0.5 * dipole_gradient(run, dipoles).norm();
+}
+
 CharacterChoice find_characters(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
   CharacterChoice best;
   std::vector<SumRuleResidual> residuals;
@@ -246,7 +246,7 @@ CharacterChoice find_characters(const zandor::RunData& run, const Eigen::Matrix3
     if (residuals.size() == 1 || residuals.back().absolute < best.residual.absolute) {
       best.residual = residuals.back();
       best.characters = characters;
-      best.midpoint_ratio = midpoint_ratio(run, filled);
+      best.goes_through_reference = goes_through_reference(run, filled);
       chosen = gradients.back();
     }
   }

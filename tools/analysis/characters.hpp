@@ -51,24 +51,25 @@ struct CharacterChoice {
   // chosen one, to print rounding, do not count; empty where there is no other.
   std::optional<SumRuleResidual> next_best;
 
-  // Norm of dipole_midpoints over the norm of the gradient: small when the dipoles of two steps lie
-  // on either side of the reference's, as they must. 0 where print rounding explains the midpoints.
-  double midpoint_ratio = 0.0;
+  bool goes_through_reference = true;  // as the function of this name says
 
-  // Fit to be used when all three hold; what is not may be a degenerate state, or signs of jobs
-  // that have turned.
-  // The next best leaves 3 times as much, and more than print rounding can make.
+  // Fit to be used when that and these two hold; what is not may be a degenerate state, or signs of
+  // jobs that have turned. The next best leaves 3 times as much, and more than print rounding can
+  // make.
   bool separated() const {
     return !next_best ||
            (next_best->absolute >= 3.0 * residual.absolute && !next_best->within_rounding());
   }
-  // The midpoints stand back behind the gradient: a pattern that makes differences vanish would
-  // meet the sum rules for that alone.
-  bool goes_through_reference() const { return midpoint_ratio <= 0.5; }
   // No sum rule is missed by more than 10 times its bound, or they are missed by 1e-2 relative at
   // most.
   bool meets_sum_rules() const { return residual.explained(10.0); }
 };
+
+// Whether the dipoles of two steps lie on either side of the reference's, as they must: the norm of
+// dipole_midpoints is at most half that of the gradient, or print rounding explains it. Signs that
+// make differences vanish would meet the sum rules for that alone. dipoles: 3 x 0..n6, derived jobs
+// filled in.
+bool goes_through_reference(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
 
 // Tries every pattern that the group allows and gives the one with the smallest sum-rule residual.
 // dipoles as job_dipoles gives them.

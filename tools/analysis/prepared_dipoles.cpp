@@ -32,7 +32,7 @@ CharacterChoice given_characters(const zandor::RunData& run, const std::string& 
 // Why the characters that were found are not to be used; empty where they are.
 std::string doubts_about(const zandor::RunData& run, const CharacterChoice& choice) {
   std::string text;
-  if (!choice.goes_through_reference()) {
+  if (!choice.goes_through_reference) {
     text = "with the characters that meet the sum rules best (" + shown(run, choice.characters) +
            ") the derived transition dipoles do not go through that of the reference";
   } else if (!choice.meets_sum_rules()) {

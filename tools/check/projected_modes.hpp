@@ -9,8 +9,9 @@ namespace check {
 // for rounding in mhessp. The result says why it could not; it is empty when it could.
 std::string analyse_projected_modes(JobData& jobs);
 
-// The eigenvalues of a symmetric n x n matrix (lower triangle), ascending, to `values`; its vectors
-// are not formed, which takes a third of the time. False when one does not converge.
+// The n eigenvalues, ascending, of a symmetric n x n matrix stored by columns, of which the lower
+// triangle is read. Vectors are not formed, so that it takes a third of the time. False when one
+// does not converge (NaN never does).
 bool find_eigenvalues(int n, const double* matrix, double* values);
 
 // Signed frequency in cm-1 of an eigenvalue.

@@ -33,15 +33,6 @@ struct Candidate {
   bool explains = false;  // the residual, with these signs
 };
 
-// Whether the dipoles of two steps lie on either side of the reference's. Where they do not, signs
-// have made differences vanish, which meets the sum rules whatever the dipoles are.
-bool pass_through_reference(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
-  const Eigen::Matrix3Xd midpoints = analysis::dipole_midpoints(run, dipoles);
-  const double rounding = analysis::print_rounding(run).maxCoeff() / std::fabs(run.dx);
-  return midpoints.cwiseAbs().maxCoeff() <= 3.0 * rounding ||
-         midpoints.norm() <= 0.5 * analysis::dipole_gradient(run, dipoles).norm();
-}
-
 // One that explains the residual before one that does not; then the larger gradient, since wrong
 // signs of the operations may make dipoles cancel, which explains anything.
 bool is_better(const Candidate& a, const Candidate& b) {
@@ -66,7 +57,7 @@ Candidate search(const JobData& jobs, const analysis::ResidualLimits& limits) {
     Eigen::Matrix3Xd turned = dipoles;
     analysis::turn_signs(jobs.run, candidate.signs.jobs, turned);
     candidate.gradient = analysis::dipole_gradient(jobs.run, turned).norm();
-    candidate.passes = pass_through_reference(jobs.run, turned);
+    candidate.passes = analysis::goes_through_reference(jobs.run, turned);
     candidate.explains = limits.explain(candidate.signs.settled);
     if (!best || is_better(candidate, *best)) best = std::move(candidate);
   }
