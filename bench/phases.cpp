@@ -7,17 +7,17 @@
 #include <functional>
 #include <limits>
 
-#include "dipole_derivatives.hpp"
 #include "flib/ddiag.hpp"
 #include "flib/projtrm_rot.hpp"
 #include "flib/units_of_measure.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
-#include "job_list.hpp"
-#include "job_results.hpp"
-#include "report.hpp"
-#include "run_control.hpp"
-#include "vibrational_analysis.hpp"
+#include "zandor/dipole_derivatives.hpp"
+#include "zandor/job_list.hpp"
+#include "zandor/job_results.hpp"
+#include "zandor/report.hpp"
+#include "zandor/run_control.hpp"
+#include "zandor/vibrational_analysis.hpp"
 
 const char* const io::program_name = "phases";
 

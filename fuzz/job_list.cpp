@@ -1,5 +1,5 @@
 // The job list "files.out". What it gives is whole: every job, and only indices that exist.
-#include "job_list.hpp"
+#include "zandor/job_list.hpp"
 
 #include "harness.hpp"
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "get_sgn_param.hpp"
 #include "harness.hpp"
-#include "job_results.hpp"
+#include "zandor/get_sgn_param.hpp"
+#include "zandor/job_results.hpp"
 
 namespace {
 

@@ -7,13 +7,13 @@
 #include <array>
 #include <map>
 
-#include "dipole_derivatives.hpp"
 #include "harness.hpp"
-#include "job_list.hpp"
-#include "job_results.hpp"
-#include "report.hpp"
-#include "run_control.hpp"
-#include "vibrational_analysis.hpp"
+#include "zandor/dipole_derivatives.hpp"
+#include "zandor/job_list.hpp"
+#include "zandor/job_results.hpp"
+#include "zandor/report.hpp"
+#include "zandor/run_control.hpp"
+#include "zandor/vibrational_analysis.hpp"
 
 namespace {
 

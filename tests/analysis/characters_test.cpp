@@ -1,14 +1,14 @@
-#include "characters.hpp"
+#include "analysis/characters.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <set>
 
+#include "analysis/dipoles.hpp"
+#include "analysis/job_directory.hpp"
 #include "analysis/model.hpp"
-#include "dipoles.hpp"
-#include "job_directory.hpp"
-#include "prepared_dipoles.hpp"
+#include "analysis/prepared_dipoles.hpp"
 #include "support/support.hpp"
 
 namespace {

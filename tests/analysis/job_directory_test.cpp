@@ -1,4 +1,4 @@
-#include "job_directory.hpp"
+#include "analysis/job_directory.hpp"
 
 #include <gtest/gtest.h>
 

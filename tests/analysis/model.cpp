@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "flib/units_of_measure.hpp"
-#include "vibrational_analysis.hpp"
+#include "zandor/vibrational_analysis.hpp"
 
 namespace model {
 

@@ -1,5 +1,5 @@
 // Sum rules of exact models, and of models whose signs have been turned.
-#include "sum_rules.hpp"
+#include "analysis/sum_rules.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <array>
 #include <cmath>
 
+#include "analysis/dipoles.hpp"
 #include "analysis/model.hpp"
-#include "dipoles.hpp"
-#include "turned_signs.hpp"
+#include "analysis/turned_signs.hpp"
 
 namespace {
 

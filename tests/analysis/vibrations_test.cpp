@@ -1,15 +1,15 @@
 // Rigid motions, vibrations and Herzberg-Teller terms of exact models. Tolerances: the models are
 // good to rounding (1e-16 of the largest number), divided by the step (0.01).
-#include "vibrations.hpp"
+#include "analysis/vibrations.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
+#include "analysis/dipoles.hpp"
+#include "analysis/herzberg_teller.hpp"
 #include "analysis/model.hpp"
-#include "dipoles.hpp"
 #include "flib/units_of_measure.hpp"
-#include "herzberg_teller.hpp"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "checks.hpp"
+#include "check/checks.hpp"
 #include "support/support.hpp"
 
 namespace job_folder {

@@ -3,13 +3,13 @@
 
 #include <nlohmann/json.hpp>
 
-#include "html.hpp"
+#include "export/html.hpp"
+#include "export/json.hpp"
+#include "export/json_text.hpp"
+#include "export/molden.hpp"
+#include "export/xyz.hpp"
 #include "io/units.hpp"
-#include "json.hpp"
-#include "json_text.hpp"
-#include "molden.hpp"
 #include "support/support.hpp"
-#include "xyz.hpp"
 
 namespace {
 

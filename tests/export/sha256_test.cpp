@@ -1,4 +1,4 @@
-#include "sha256.hpp"
+#include "export/sha256.hpp"
 
 #include <gtest/gtest.h>
 

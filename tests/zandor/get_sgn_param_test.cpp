@@ -1,4 +1,4 @@
-#include "get_sgn_param.hpp"
+#include "zandor/get_sgn_param.hpp"
 
 #include <gtest/gtest.h>
 

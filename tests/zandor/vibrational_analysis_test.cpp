@@ -1,14 +1,14 @@
 // The phases between reading and report, on run data made up here.
-#include "vibrational_analysis.hpp"
+#include "zandor/vibrational_analysis.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "dipole_derivatives.hpp"
-#include "job_results.hpp"
-#include "run_control.hpp"
 #include "support/support.hpp"
+#include "zandor/dipole_derivatives.hpp"
+#include "zandor/job_results.hpp"
+#include "zandor/run_control.hpp"
 
 namespace {
 

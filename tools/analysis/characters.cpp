@@ -1,4 +1,4 @@
-#include "characters.hpp"
+#include "analysis/characters.hpp"
 
 #include <algorithm>
 #include <bitset>
@@ -6,7 +6,7 @@
 #include <string>
 #include <unordered_set>
 
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
 
 namespace analysis {
 

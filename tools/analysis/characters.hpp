@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "run_data.hpp"
-#include "sum_rules.hpp"
+#include "analysis/sum_rules.hpp"
+#include "zandor/run_data.hpp"
 
 namespace analysis {
 

@@ -1,4 +1,4 @@
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
 
 #include <algorithm>
 #include <charconv>

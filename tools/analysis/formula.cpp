@@ -1,4 +1,4 @@
-#include "formula.hpp"
+#include "analysis/formula.hpp"
 
 #include <map>
 

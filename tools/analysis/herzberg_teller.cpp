@@ -1,8 +1,8 @@
-#include "herzberg_teller.hpp"
+#include "analysis/herzberg_teller.hpp"
 
 #include <cmath>
 
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
 #include "flib/units_of_measure.hpp"
 
 namespace analysis {

@@ -5,8 +5,8 @@
 
 #include <Eigen/Dense>
 
-#include "run_data.hpp"
-#include "vibrations.hpp"
+#include "analysis/vibrations.hpp"
+#include "zandor/run_data.hpp"
 
 namespace analysis {
 

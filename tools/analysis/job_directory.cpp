@@ -1,16 +1,16 @@
-#include "job_directory.hpp"
+#include "analysis/job_directory.hpp"
 
 #include <cctype>
 #include <charconv>
 #include <cmath>
 #include <utility>
 
-#include "dipole_derivatives.hpp"
 #include "flib/units_of_measure.hpp"
-#include "job_list.hpp"
-#include "job_results.hpp"
-#include "run_control.hpp"
-#include "vibrational_analysis.hpp"
+#include "zandor/dipole_derivatives.hpp"
+#include "zandor/job_list.hpp"
+#include "zandor/job_results.hpp"
+#include "zandor/run_control.hpp"
+#include "zandor/vibrational_analysis.hpp"
 
 namespace analysis {
 

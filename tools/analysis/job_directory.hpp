@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "run_data.hpp"
+#include "zandor/run_data.hpp"
 
 namespace analysis {
 

@@ -1,8 +1,8 @@
-#include "prepared_dipoles.hpp"
+#include "analysis/prepared_dipoles.hpp"
 
 #include <cstdio>
 
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
 #include "io/process.hpp"
 
 namespace analysis {

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "characters.hpp"
-#include "run_data.hpp"
-#include "turned_signs.hpp"
+#include "analysis/characters.hpp"
+#include "analysis/turned_signs.hpp"
+#include "zandor/run_data.hpp"
 
 namespace analysis {
 

@@ -1,4 +1,4 @@
-#include "rigid_motions.hpp"
+#include "analysis/rigid_motions.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -7,7 +7,7 @@
 
 #include <Eigen/Dense>
 
-#include "run_data.hpp"
+#include "zandor/run_data.hpp"
 
 namespace analysis {
 

@@ -1,9 +1,9 @@
-#include "sum_rules.hpp"
+#include "analysis/sum_rules.hpp"
 
 #include <algorithm>
 #include <cmath>
 
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
 
 namespace analysis {
 

@@ -1,10 +1,10 @@
-#include "turned_signs.hpp"
+#include "analysis/turned_signs.hpp"
 
 #include <algorithm>
 #include <limits>
 #include <utility>
 
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
 
 namespace analysis {
 

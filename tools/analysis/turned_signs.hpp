@@ -8,8 +8,8 @@
 #include <optional>
 #include <vector>
 
-#include "run_data.hpp"
-#include "sum_rules.hpp"
+#include "analysis/sum_rules.hpp"
+#include "zandor/run_data.hpp"
 
 namespace analysis {
 

@@ -1,4 +1,4 @@
-#include "vibrations.hpp"
+#include "analysis/vibrations.hpp"
 
 #include <algorithm>
 #include <cmath>

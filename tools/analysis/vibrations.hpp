@@ -4,8 +4,8 @@
 #include <Eigen/Dense>
 #include <vector>
 
-#include "rigid_motions.hpp"
-#include "run_data.hpp"
+#include "analysis/rigid_motions.hpp"
+#include "zandor/run_data.hpp"
 
 namespace analysis {
 

@@ -10,9 +10,9 @@
 #include <map>
 #include <numeric>
 
-#include "checks.hpp"
-#include "force_constants.hpp"
-#include "net_force.hpp"
+#include "check/checks.hpp"
+#include "check/support/force_constants.hpp"
+#include "check/support/net_force.hpp"
 
 namespace check {
 

@@ -1,10 +1,10 @@
-#include "checks.hpp"
+#include "check/checks.hpp"
 
 #include <algorithm>
 #include <functional>
 
+#include "check/support/projected_modes.hpp"
 #include "io/process.hpp"
-#include "projected_modes.hpp"
 
 namespace check {
 

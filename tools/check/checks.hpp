@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "job_data.hpp"
-#include "report.hpp"
-#include "thresholds.hpp"
+#include "check/support/job_data.hpp"
+#include "check/support/report.hpp"
+#include "check/support/thresholds.hpp"
 
 namespace check {
 

@@ -1,5 +1,5 @@
 // Rows with more items than are read, and rows out of order.
-#include "checks.hpp"
+#include "check/checks.hpp"
 #include "io/values.hpp"
 
 namespace check {

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <map>
 
-#include "checks.hpp"
+#include "check/checks.hpp"
 
 namespace check {
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "checks.hpp"
-#include "force_constants.hpp"
+#include "check/checks.hpp"
+#include "check/support/force_constants.hpp"
 
 namespace check {
 

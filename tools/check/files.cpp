@@ -1,5 +1,5 @@
 // Files that are missing, short or malformed, and forces that are all zero.
-#include "checks.hpp"
+#include "check/checks.hpp"
 
 namespace check {
 

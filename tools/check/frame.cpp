@@ -3,9 +3,9 @@
 #include <array>
 #include <cmath>
 
-#include "checks.hpp"
-#include "projected_modes.hpp"
-#include "rigid_motions.hpp"
+#include "analysis/rigid_motions.hpp"
+#include "check/checks.hpp"
+#include "check/support/projected_modes.hpp"
 
 namespace check {
 

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "checks.hpp"
+#include "analysis/prepared_dipoles.hpp"
+#include "check/checks.hpp"
+#include "check/support/geometry_difference.hpp"
 #include "flib/units_of_measure.hpp"
-#include "geometry_difference.hpp"
-#include "prepared_dipoles.hpp"
 
 namespace check {
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "checks.hpp"
-#include "prepared_dipoles.hpp"
+#include "analysis/prepared_dipoles.hpp"
+#include "check/checks.hpp"
 
 namespace check {
 

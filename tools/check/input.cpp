@@ -1,6 +1,6 @@
 // The reference's input against its sign file: order and frame of the atoms.
-#include "checks.hpp"
-#include "geometry_difference.hpp"
+#include "check/checks.hpp"
+#include "check/support/geometry_difference.hpp"
 
 namespace check {
 

@@ -2,8 +2,8 @@
 #include <cmath>
 #include <set>
 
-#include "checks.hpp"
-#include "isotopes.hpp"
+#include "check/checks.hpp"
+#include "check/support/isotopes.hpp"
 
 namespace check {
 

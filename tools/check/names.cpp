@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <map>
 
-#include "checks.hpp"
+#include "check/checks.hpp"
 
 namespace check {
 

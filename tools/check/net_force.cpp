@@ -1,6 +1,6 @@
 // A molecule that floats freely feels no net force and no net torque, at any geometry: the sums
 // over the atoms of each job vanish, and so do their differences.
-#include "net_force.hpp"
+#include "check/support/net_force.hpp"
 
 #include <Eigen/Dense>
 #include <algorithm>
@@ -8,8 +8,8 @@
 #include <map>
 #include <set>
 
-#include "checks.hpp"
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
+#include "check/checks.hpp"
 
 namespace check {
 

@@ -1,7 +1,7 @@
 // Whether the reference is a stationary point of the state.
 #include <cmath>
 
-#include "checks.hpp"
+#include "check/checks.hpp"
 
 namespace check {
 

@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <cctype>
 
-#include "checks.hpp"
+#include "check/checks.hpp"
+#include "check/support/isotopes.hpp"
 #include "io/values.hpp"
-#include "isotopes.hpp"
 
 namespace check {
 

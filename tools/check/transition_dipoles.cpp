@@ -3,10 +3,10 @@
 #include <cmath>
 #include <optional>
 
-#include "characters.hpp"
-#include "checks.hpp"
-#include "dipoles.hpp"
-#include "turned_signs.hpp"
+#include "analysis/characters.hpp"
+#include "analysis/dipoles.hpp"
+#include "analysis/turned_signs.hpp"
+#include "check/checks.hpp"
 
 namespace check {
 

@@ -3,11 +3,11 @@
 #include <cmath>
 #include <set>
 
-#include "checks.hpp"
+#include "check/checks.hpp"
+#include "check/support/output.hpp"
 #include "io/process.hpp"
 #include "io/values.hpp"
-#include "options.hpp"
-#include "output.hpp"
+#include "options/options.hpp"
 
 const char* const io::program_name = "zandor_check";
 

@@ -1,14 +1,14 @@
-#include "html.hpp"
+#include "export/html.hpp"
 
 #include <algorithm>
 #include <cmath>
 
+#include "analysis/formula.hpp"
+#include "analysis/herzberg_teller.hpp"
+#include "export/json_text.hpp"
+#include "export/page.hpp"
 #include "flib/units_of_measure.hpp"
-#include "formula.hpp"
-#include "herzberg_teller.hpp"
 #include "io/fatal.hpp"
-#include "json_text.hpp"
-#include "page.hpp"
 
 namespace exporting {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
+#include "export/results.hpp"
 #include "io/output_file.hpp"
-#include "results.hpp"
 
 namespace exporting {
 

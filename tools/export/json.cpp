@@ -1,8 +1,8 @@
-#include "json.hpp"
+#include "export/json.hpp"
 
+#include "export/json_text.hpp"
+#include "export/sha256.hpp"
 #include "io/fatal.hpp"
-#include "json_text.hpp"
-#include "sha256.hpp"
 
 namespace exporting {
 

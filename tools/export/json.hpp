@@ -1,8 +1,8 @@
 // The analysis as JSON in atomic units; docs/zandor-vibrations.schema.json describes the keys.
 #pragma once
 
+#include "export/results.hpp"
 #include "io/output_file.hpp"
-#include "results.hpp"
 
 namespace exporting {
 

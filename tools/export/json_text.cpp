@@ -1,7 +1,7 @@
-#include "json_text.hpp"
+#include "export/json_text.hpp"
 
+#include "export/text_columns.hpp"
 #include "io/fatal.hpp"
-#include "text_columns.hpp"
 
 namespace exporting {
 

@@ -1,16 +1,16 @@
-#include "load_results.hpp"
+#include "export/load_results.hpp"
 
 #include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
 
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
+#include "analysis/formula.hpp"
+#include "analysis/rigid_motions.hpp"
+#include "analysis/vibrations.hpp"
 #include "flib/units_of_measure.hpp"
-#include "formula.hpp"
 #include "io/fatal.hpp"
-#include "result_names.hpp"
-#include "rigid_motions.hpp"
-#include "vibrations.hpp"
+#include "zandor/result_names.hpp"
 
 namespace exporting {
 

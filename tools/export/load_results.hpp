@@ -1,9 +1,9 @@
 // Reads a job directory and fills in what is exported.
 #pragma once
 
-#include "job_directory.hpp"
-#include "prepared_dipoles.hpp"
-#include "results.hpp"
+#include "analysis/job_directory.hpp"
+#include "analysis/prepared_dipoles.hpp"
+#include "export/results.hpp"
 
 namespace exporting {
 

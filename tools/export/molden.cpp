@@ -1,6 +1,6 @@
-#include "molden.hpp"
+#include "export/molden.hpp"
 
-#include "text_columns.hpp"
+#include "export/text_columns.hpp"
 
 namespace exporting {
 

@@ -1,8 +1,8 @@
 // Vibrations for viewers that read the Molden format.
 #pragma once
 
+#include "export/results.hpp"
 #include "io/output_file.hpp"
-#include "results.hpp"
 
 namespace exporting {
 

@@ -1,4 +1,4 @@
-#include "results.hpp"
+#include "export/results.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "text_columns.hpp"
+#include "export/text_columns.hpp"
 
 #include <charconv>
 #include <limits>

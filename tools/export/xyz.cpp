@@ -1,10 +1,10 @@
-#include "xyz.hpp"
+#include "export/xyz.hpp"
 
 #include <cmath>
 #include <numbers>
 
+#include "export/text_columns.hpp"
 #include "flib/units_of_measure.hpp"
-#include "text_columns.hpp"
 
 namespace exporting {
 

@@ -1,8 +1,8 @@
 // Modes as extended XYZ, and one mode as frames of a film.
 #pragma once
 
+#include "export/results.hpp"
 #include "io/output_file.hpp"
-#include "results.hpp"
 
 namespace exporting {
 

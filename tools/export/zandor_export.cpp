@@ -5,15 +5,15 @@
 #include <optional>
 #include <string_view>
 
-#include "html.hpp"
+#include "export/html.hpp"
+#include "export/json.hpp"
+#include "export/load_results.hpp"
+#include "export/molden.hpp"
+#include "export/xyz.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
-#include "json.hpp"
-#include "load_results.hpp"
-#include "molden.hpp"
-#include "options.hpp"
-#include "result_names.hpp"
-#include "xyz.hpp"
+#include "options/options.hpp"
+#include "zandor/result_names.hpp"
 
 const char* const io::program_name = "zandor_export";
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "formula.hpp"
-#include "output.hpp"
+#include "analysis/formula.hpp"
+#include "ht/output.hpp"
 
 namespace ht {
 

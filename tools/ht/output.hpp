@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "results.hpp"
+#include "ht/results.hpp"
 
 namespace ht {
 

@@ -1,12 +1,12 @@
-#include "results.hpp"
+#include "ht/results.hpp"
 
 #include <algorithm>
 #include <cmath>
 
+#include "analysis/herzberg_teller.hpp"
+#include "analysis/rigid_motions.hpp"
+#include "analysis/vibrations.hpp"
 #include "flib/units_of_measure.hpp"
-#include "herzberg_teller.hpp"
-#include "rigid_motions.hpp"
-#include "vibrations.hpp"
 
 namespace ht {
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "job_directory.hpp"
-#include "prepared_dipoles.hpp"
-#include "run_data.hpp"
+#include "analysis/job_directory.hpp"
+#include "analysis/prepared_dipoles.hpp"
+#include "zandor/run_data.hpp"
 
 namespace ht {
 

@@ -1,5 +1,5 @@
-#include "herzberg_teller.hpp"
-#include "output.hpp"
+#include "analysis/herzberg_teller.hpp"
+#include "ht/output.hpp"
 
 namespace ht {
 

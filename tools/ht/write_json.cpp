@@ -1,8 +1,8 @@
 #include <nlohmann/json.hpp>
 
+#include "analysis/herzberg_teller.hpp"
 #include "flib/units_of_measure.hpp"
-#include "herzberg_teller.hpp"
-#include "output.hpp"
+#include "ht/output.hpp"
 
 namespace ht {
 

@@ -1,8 +1,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "herzberg_teller.hpp"
-#include "output.hpp"
+#include "analysis/herzberg_teller.hpp"
+#include "ht/output.hpp"
 
 namespace ht {
 

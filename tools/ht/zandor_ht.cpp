@@ -2,11 +2,11 @@
 // control file of zandor_gather, and writes to standard output only.
 #include <cmath>
 
+#include "analysis/rigid_motions.hpp"
+#include "ht/output.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
-#include "options.hpp"
-#include "output.hpp"
-#include "rigid_motions.hpp"
+#include "options/options.hpp"
 
 const char* const io::program_name = "zandor_ht";
 

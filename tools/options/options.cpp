@@ -1,4 +1,4 @@
-#include "options.hpp"
+#include "options/options.hpp"
 
 #include <algorithm>
 #include <iostream>

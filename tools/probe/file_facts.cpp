@@ -1,4 +1,4 @@
-#include "file_facts.hpp"
+#include "probe/file_facts.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -2,9 +2,9 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "file_facts.hpp"
 #include "io/process.hpp"
-#include "options.hpp"
+#include "options/options.hpp"
+#include "probe/file_facts.hpp"
 
 const char* const io::program_name = "zandor_probe";
 

@@ -1,4 +1,4 @@
-#include "dipole_derivatives.hpp"
+#include "zandor/dipole_derivatives.hpp"
 
 #include <cmath>
 #include <string>

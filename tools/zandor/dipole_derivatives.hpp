@@ -1,7 +1,7 @@
 // Third phase: the derivatives of the transition dipole (Herzberg-Teller terms).
 #pragma once
 
-#include "run_data.hpp"
+#include "zandor/run_data.hpp"
 
 namespace zandor {
 

@@ -1,4 +1,4 @@
-#include "fault_list.hpp"
+#include "zandor/fault_list.hpp"
 
 #include <string>
 

@@ -1,15 +1,15 @@
-#include "job_list.hpp"
+#include "zandor/job_list.hpp"
 
 #include <cmath>
 #include <limits>
 #include <string>
 #include <unordered_map>
 
-#include "fault_list.hpp"
 #include "flib/search_word.hpp"
 #include "flib/units_of_measure.hpp"
 #include "io/free_form.hpp"
 #include "io/units.hpp"
+#include "zandor/fault_list.hpp"
 
 namespace zandor {
 

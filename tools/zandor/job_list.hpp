@@ -1,7 +1,7 @@
 // First phase, continued: the job list.
 #pragma once
 
-#include "run_data.hpp"
+#include "zandor/run_data.hpp"
 
 namespace zandor {
 

@@ -1,20 +1,20 @@
-#include "job_results.hpp"
+#include "zandor/job_results.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <string>
 
-#include "fault_list.hpp"
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/rotn.hpp"
 #include "flib/search_word.hpp"
 #include "flib/units_of_measure.hpp"
-#include "get_sgn_param.hpp"
 #include "io/free_form.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
 #include "io/values.hpp"
-#include "sign_file_blocks.hpp"
+#include "zandor/fault_list.hpp"
+#include "zandor/get_sgn_param.hpp"
+#include "zandor/sign_file_blocks.hpp"
 
 namespace zandor {
 

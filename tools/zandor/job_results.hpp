@@ -1,7 +1,7 @@
 // Second phase: the numbers of every job.
 #pragma once
 
-#include "run_data.hpp"
+#include "zandor/run_data.hpp"
 
 namespace zandor {
 

@@ -1,9 +1,9 @@
-#include "report.hpp"
+#include "zandor/report.hpp"
 
 #include "flib/units_of_measure.hpp"
 #include "flib/write_xyz_vib.hpp"
 #include "io/units.hpp"
-#include "result_names.hpp"
+#include "zandor/result_names.hpp"
 
 namespace zandor {
 

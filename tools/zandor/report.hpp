@@ -1,7 +1,7 @@
 // Last phase: the results.
 #pragma once
 
-#include "run_data.hpp"
+#include "zandor/run_data.hpp"
 
 namespace zandor {
 

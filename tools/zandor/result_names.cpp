@@ -1,4 +1,4 @@
-#include "result_names.hpp"
+#include "zandor/result_names.hpp"
 
 #include <sys/stat.h>
 

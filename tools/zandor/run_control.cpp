@@ -1,4 +1,4 @@
-#include "run_control.hpp"
+#include "zandor/run_control.hpp"
 
 #include <unistd.h>
 

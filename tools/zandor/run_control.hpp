@@ -1,7 +1,7 @@
 // First phase: the log file, the command line and the control file.
 #pragma once
 
-#include "run_data.hpp"
+#include "zandor/run_data.hpp"
 
 namespace zandor {
 

@@ -1,4 +1,4 @@
-#include "run_data.hpp"
+#include "zandor/run_data.hpp"
 
 namespace zandor {
 

@@ -1,4 +1,4 @@
-#include "vibrational_analysis.hpp"
+#include "zandor/vibrational_analysis.hpp"
 
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,7 @@
 // Fourth phase: force constants, frequencies and normal modes.
 #pragma once
 
-#include "run_data.hpp"
+#include "zandor/run_data.hpp"
 
 namespace zandor {
 

@@ -1,13 +1,13 @@
 // zandor_gather: numerical vibrational analysis of an excited state from one gradient calculation
 // per displaced geometry. Runs in the job directory; the first argument names the control file.
-#include "dipole_derivatives.hpp"
 #include "io/process.hpp"
-#include "job_list.hpp"
-#include "job_results.hpp"
-#include "report.hpp"
-#include "result_names.hpp"
-#include "run_control.hpp"
-#include "vibrational_analysis.hpp"
+#include "zandor/dipole_derivatives.hpp"
+#include "zandor/job_list.hpp"
+#include "zandor/job_results.hpp"
+#include "zandor/report.hpp"
+#include "zandor/result_names.hpp"
+#include "zandor/run_control.hpp"
+#include "zandor/vibrational_analysis.hpp"
 
 const char* const io::program_name = "zandor_gather";
 

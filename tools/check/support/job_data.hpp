@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "check/support/sign_file.hpp"
 #include "io/fatal.hpp"
-#include "run_data.hpp"
-#include "sign_file.hpp"
+#include "zandor/run_data.hpp"
 
 namespace check {
 

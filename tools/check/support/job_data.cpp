@@ -1,20 +1,20 @@
-#include "job_data.hpp"
+#include "check/support/job_data.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <functional>
 
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
+#include "check/support/report.hpp"
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/units_of_measure.hpp"
 #include "io/free_form.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
 #include "io/values.hpp"
-#include "job_list.hpp"
-#include "job_results.hpp"
-#include "report.hpp"
-#include "run_control.hpp"
+#include "zandor/job_list.hpp"
+#include "zandor/job_results.hpp"
+#include "zandor/run_control.hpp"
 
 namespace check {
 

@@ -1,16 +1,16 @@
-#include "projected_modes.hpp"
+#include "check/support/projected_modes.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 
+#include "check/support/force_constants.hpp"
 #include "flib/com.hpp"
 #include "flib/ddiag.hpp"
 #include "flib/fc_to_fcm.hpp"
 #include "flib/formtrm1.hpp"
 #include "flib/kernels.hpp"
 #include "flib/units_of_measure.hpp"
-#include "force_constants.hpp"
 
 namespace check {
 

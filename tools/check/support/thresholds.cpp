@@ -1,4 +1,4 @@
-#include "thresholds.hpp"
+#include "check/support/thresholds.hpp"
 
 namespace check {
 

@@ -1,4 +1,4 @@
-#include "output.hpp"
+#include "check/support/output.hpp"
 
 #include <algorithm>
 #include <cmath>

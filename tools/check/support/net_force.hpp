@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "job_data.hpp"
-#include "thresholds.hpp"
+#include "check/support/job_data.hpp"
+#include "check/support/thresholds.hpp"
 
 namespace check {
 

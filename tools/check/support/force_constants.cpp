@@ -1,9 +1,9 @@
-#include "force_constants.hpp"
+#include "check/support/force_constants.hpp"
 
 #include <algorithm>
 #include <cmath>
 
-#include "dipoles.hpp"
+#include "analysis/dipoles.hpp"
 
 namespace check {
 

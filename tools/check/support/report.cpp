@@ -1,4 +1,4 @@
-#include "report.hpp"
+#include "check/support/report.hpp"
 
 #include <charconv>
 #include <cmath>

@@ -1,10 +1,10 @@
-#include "geometry_difference.hpp"
+#include "check/support/geometry_difference.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
-#include "report.hpp"
+#include "check/support/report.hpp"
 
 namespace check {
 

@@ -1,4 +1,4 @@
-#include "isotopes.hpp"
+#include "check/support/isotopes.hpp"
 
 #include <algorithm>
 #include <cmath>

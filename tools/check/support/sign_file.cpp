@@ -1,4 +1,4 @@
-#include "sign_file.hpp"
+#include "check/support/sign_file.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -7,8 +7,8 @@
 #include "io/free_form.hpp"
 #include "io/units.hpp"
 #include "io/values.hpp"
-#include "run_data.hpp"
-#include "sign_file_blocks.hpp"
+#include "zandor/run_data.hpp"
+#include "zandor/sign_file_blocks.hpp"
 
 namespace check {
 

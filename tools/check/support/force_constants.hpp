@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "job_data.hpp"
+#include "check/support/job_data.hpp"
 
 namespace check {
 

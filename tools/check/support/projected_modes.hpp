@@ -1,7 +1,7 @@
 // The projected set of the run: what its projector leaves of the rigid motions, and its noise.
 #pragma once
 
-#include "job_data.hpp"
+#include "check/support/job_data.hpp"
 
 namespace check {
 
