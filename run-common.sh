@@ -1,7 +1,11 @@
 # Sourced by run-example, run-tests and make-packages: goes to the project's folder and provides
 # `need_packages`, which sees to it that Debian packages are there.
 set -euo pipefail
+unset CDPATH
 cd "$(dirname "${BASH_SOURCE[0]}")"
+
+mkdir -p build 2>/dev/null && [ -w build ] ||
+  { echo "cannot write to $PWD/build: take a copy of this folder that is your own" >&2; exit 1; }
 
 # Installs what is missing when run as root, otherwise names it and stops.
 need_packages() {
@@ -12,7 +16,7 @@ need_packages() {
   [ ${#missing[@]} -eq 0 ] && return
   if [ "$(id -u)" -ne 0 ]; then
     echo "missing packages: ${missing[*]}" >&2
-    echo "install them with: sudo apt-get install ${missing[*]}" >&2
+    echo "install them with: sudo apt-get update && sudo apt-get install ${missing[*]}" >&2
     exit 1
   fi
   echo "installing ${missing[*]}"

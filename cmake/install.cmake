@@ -10,7 +10,7 @@ endforeach()
 
 add_subdirectory(man)
 
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md CITATION.cff LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md RELEASING.md CITATION.cff LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(PROGRAMS examples/batch/failures examples/batch/gather-one examples/batch/resubmit
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/batch)
