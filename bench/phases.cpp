@@ -1,6 +1,8 @@
 // phases CONTROLFILE: runs zandor_gather's phases in the current job directory and prints, for
 // each, its time, the time of the least work it could do (its floor) and their ratio. The best of
 // several runs of each.
+#include "zandor/phases.hpp"
+
 #include <charconv>
 #include <chrono>
 #include <cstdio>
@@ -12,12 +14,9 @@
 #include "flib/units_of_measure.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
-#include "zandor/dipole_derivatives.hpp"
-#include "zandor/job_list.hpp"
 #include "zandor/job_results.hpp"
 #include "zandor/report.hpp"
 #include "zandor/run_control.hpp"
-#include "zandor/vibrational_analysis.hpp"
 
 const char* const io::program_name = "phases";
 
@@ -79,12 +78,10 @@ namespace {
 int measure_phases(int argc, char** argv) {
   using namespace zandor;
   RunData run;
-  read_control_file(control_file_name(argc, argv), run);
-  read_job_list(run);
-  allocate_run_arrays(run);
+  const bool writes_results = false;
+  read_phases(control_file_name(argc, argv), run, writes_results);
   const double reading = seconds_of([&] { read_job_results(run); });
-  differentiate_transition_dipoles(run);
-  const double analysis = seconds_of([&] { analyse_vibrations(run); });
+  const double analysis = seconds_of([&] { analyse_phases(run); });
   const double report = seconds_of([&] { write_report(run); });
   const double animations = seconds_of([&] { write_animations(run); });
 

@@ -35,8 +35,16 @@ void read_jobs(const std::string& name, int natom) {
     run.jobs[i].sgn_name = name;
   }
   zandor::allocate_run_arrays(run);
-  if (fuzz::run([&] { zandor::read_computed_jobs(run); })) return;
   const std::size_t size = 3 * static_cast<std::size_t>(natom);
+  zandor::SignFile file;
+  const auto looked = fuzz::run([&] { zandor::read_computed_job(run, 1, &file); });
+  const std::vector<double> seen(run.force.column(1, 1), run.force.column(1, 1) + size);
+  const auto read = fuzz::run([&] { zandor::read_computed_job(run, 1); });
+  fuzz::require(looked.has_value() == read.has_value() &&
+                    (!read || looked->message == read->message) &&
+                    std::equal(seen.begin(), seen.end(), run.force.column(1, 1)),
+                "a look at the file changes what is read");
+  if (fuzz::run([&] { zandor::read_computed_jobs(run); })) return;
   const double* const forces = run.force.column(1, 1);
   fuzz::require(all_finite(forces, size) && all_finite(run.tdip.column(1), 3), "not finite");
   fuzz::require(std::equal(forces, forces + size, run.force.column(1, 5)) &&

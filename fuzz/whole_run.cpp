@@ -8,12 +8,7 @@
 #include <map>
 
 #include "harness.hpp"
-#include "zandor/dipole_derivatives.hpp"
-#include "zandor/job_list.hpp"
-#include "zandor/job_results.hpp"
-#include "zandor/report.hpp"
-#include "zandor/run_control.hpp"
-#include "zandor/vibrational_analysis.hpp"
+#include "zandor/phases.hpp"
 
 namespace {
 
@@ -46,22 +41,6 @@ Directory split(std::string_view input) {
   return files;
 }
 
-// All phases, as main() calls them.
-void run_phases() {
-  using namespace zandor;
-  const char* const argv[] = {"zandor_gather", "control.inp"};
-  open_run_log();
-  RunData run;
-  read_control_file(control_file_name(2, argv), run);
-  read_job_list(run);
-  allocate_run_arrays(run);
-  read_job_results(run);
-  differentiate_transition_dipoles(run);
-  analyse_vibrations(run);
-  write_results(run);
-  close_run_log();
-}
-
 // Removes everything from the working folder and counts the results that stood there.
 int remove_all(const Directory& files) {
   int found = 0;
@@ -86,7 +65,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Directory files = split({reinterpret_cast<const char*>(data), size});
   for (const std::string_view result : results) files.erase(std::string(result));
   for (const auto& [name, content] : files) fuzz::write_file(name, content);
-  const auto stop = fuzz::run(run_phases);
+  const auto stop = fuzz::run([] {
+    const char* const argv[] = {"zandor_gather", "control.inp"};
+    zandor::run_phases(2, argv);
+  });
   const int expected = stop ? 0 : static_cast<int>(results.size());
   fuzz::require(remove_all(files) == expected, "some of the results, or results and a stop");
   return 0;

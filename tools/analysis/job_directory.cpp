@@ -3,14 +3,9 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <utility>
 
 #include "flib/units_of_measure.hpp"
-#include "zandor/dipole_derivatives.hpp"
-#include "zandor/job_list.hpp"
-#include "zandor/job_results.hpp"
-#include "zandor/run_control.hpp"
-#include "zandor/vibrational_analysis.hpp"
+#include "zandor/phases.hpp"
 
 namespace analysis {
 
@@ -112,16 +107,10 @@ std::string describe(const std::vector<MassChange>& changes, const zandor::RunDa
 zandor::RunData load_job_directory(const std::string& control_file,
                                    const std::vector<MassChange>& changes) {
   zandor::RunData run;
-  zandor::read_control_file(io::Line(control_file), run);
-  // Without symm the job list warns that the dipoles of derived jobs count as zeros. Not here.
-  const bool symm = std::exchange(run.symm, true);
-  zandor::read_job_list(run);
-  run.symm = symm;
-  zandor::allocate_run_arrays(run);
-  zandor::read_job_results(run);
+  const bool writes_results = false;
+  zandor::read_phases(io::Line(control_file), run, writes_results);
   change_masses(changes, run);
-  zandor::differentiate_transition_dipoles(run);
-  zandor::analyse_vibrations(run);
+  zandor::analyse_phases(run);
   return run;
 }
 

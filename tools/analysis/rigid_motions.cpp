@@ -86,11 +86,6 @@ RigidMotions rigid_motions(const zandor::RunData& run) {
   return orthonormalised(vectors);
 }
 
-double rigid_weight(const RigidMotions& rigid,
-                    const Eigen::Ref<const Eigen::VectorXd>& eigenvector) {
-  return (rigid.basis.transpose() * eigenvector).squaredNorm();
-}
-
 Eigen::VectorXd rigid_weights(const RigidMotions& rigid,
                               const Eigen::Ref<const Eigen::MatrixXd>& eigenvectors) {
   return (rigid.basis.transpose() * eigenvectors).colwise().squaredNorm().transpose();
@@ -109,17 +104,12 @@ std::string turned_geometry(const zandor::RunData& run) {
 
 PrincipalAxes principal_axes(const zandor::RunData& run) {
   PrincipalAxes principal;
-  principal.centre = centre_of_mass(run);
-  const Eigen::Matrix3d inertia = inertia_tensor(run, principal.centre);
+  const Eigen::Matrix3d inertia = inertia_tensor(run, centre_of_mass(run));
   const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(inertia);
   principal.moments = solver.eigenvalues();
   principal.axes = solver.eigenvectors();
   if (principal.axes.determinant() < 0.0) principal.axes.col(2) *= -1.0;
-  const double largest = inertia.diagonal().cwiseAbs().maxCoeff();
-  if (!(largest > 0.0)) return principal;  // one atom: every axis is principal
-  Eigen::Matrix3d off_diagonal = inertia;
-  off_diagonal.diagonal().setZero();
-  principal.off_diagonal = off_diagonal.cwiseAbs().maxCoeff() / largest;
+  if (!(inertia.trace() > 0.0)) return principal;  // one atom: every axis is principal
   for (int k = 0; k < 3; ++k) {
     const double angle = std::acos(largest_share(principal, Eigen::Vector3d::Unit(k)));
     principal.largest_angle = std::max(principal.largest_angle, angle * 180.0 / std::numbers::pi);

@@ -1,8 +1,7 @@
 // Rigid motions of a molecule, exact in any axes, and how its axes lie.
 //
-// The geometry is RunData::x, that of the reference input (".com") in Bohr: the jobs were displaced
-// along its axes, so forces and dipole differences belong to it, and the report's projection uses
-// it.
+// The geometry is RunData::x, that of the reference input (".com") in Bohr, which the report's
+// projection uses.
 #pragma once
 
 #include <Eigen/Dense>
@@ -23,12 +22,8 @@ struct RigidMotions {
 // Takes natom, mass and x of the run (any mass unit, any length unit).
 RigidMotions rigid_motions(const zandor::RunData& run);
 
-// The part, 0 to 1, of a mass-weighted eigenvector (n3, length 1) that is rigid motion:
-// |basis^T v|**2.
-double rigid_weight(const RigidMotions& rigid,
-                    const Eigen::Ref<const Eigen::VectorXd>& eigenvector);
-
-// The same for each column of n3 x n eigenvectors.
+// The part, 0 to 1, of each mass-weighted eigenvector (n3 x n, columns of length 1) that is rigid
+// motion: |basis^T v|**2.
 Eigen::VectorXd rigid_weights(const RigidMotions& rigid,
                               const Eigen::Ref<const Eigen::MatrixXd>& eigenvectors);
 
@@ -39,12 +34,8 @@ Eigen::VectorXd rigid_weights(const RigidMotions& rigid,
 std::string turned_geometry(const zandor::RunData& run);
 
 struct PrincipalAxes {
-  Eigen::Vector3d centre;   // of mass, Bohr
   Eigen::Vector3d moments;  // of inertia, ascending, m_e Bohr**2
   Eigen::Matrix3d axes;     // in columns, right-handed
-  // Largest off-diagonal element of the inertia tensor in the given axes over its largest diagonal
-  // element, 0 to 1: 0 where the given axes are principal, then the report's projector is exact.
-  double off_diagonal = 0.0;
   // Angle in degrees between each given axis and the nearest principal axis, the largest of the
   // three. Moments that agree within 1e-4 of the largest leave their axes free to turn: a given
   // axis is compared with the space that belongs to them.

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "analysis/dipoles.hpp"
+#include "flib/units_of_measure.hpp"
 
 namespace analysis {
 
@@ -13,7 +14,8 @@ using Weights = Eigen::Matrix<double, 6, Eigen::Dynamic>;
 
 // 6 x n3: the displacement of each coordinate in a shift along and a turn about x, y, z.
 Weights rigid_displacements(const zandor::RunData& run) {
-  const Eigen::Map<const Eigen::Matrix3Xd> x(run.x.data(), 3, run.natom);
+  const Eigen::Matrix3Xd x =
+      Eigen::Map<const Eigen::Matrix3Xd>(run.xa.data(), 3, run.natom) / flib::angstrom_per_bohr;
   const Eigen::Vector3d centre = x.rowwise().mean();
   Weights weights(6, run.n3);
   for (Eigen::Index a = 0; a < run.natom; ++a) {
@@ -72,7 +74,6 @@ SumRuleResidual sum_rule_residual(const zandor::RunData& run, const Eigen::Matri
   SumRuleResidual residual;
   residual.absolute = sum.norm();
   residual.translation = sum.head<9>().norm();
-  residual.rotation = sum.tail<9>().norm();
   const double all_terms = differences.norm();
   if (all_terms > 0.0) residual.relative = residual.absolute / all_terms;
   const double shift_terms = differences.topRows<9>().norm();

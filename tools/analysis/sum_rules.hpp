@@ -27,7 +27,6 @@ inline constexpr double residual_allowed = 1e-2;
 struct SumRuleResidual {
   double absolute = 0.0;     // root of the sum of the squares of the 18 conditions, atomic units
   double translation = 0.0;  // the same of T alone, e
-  double rotation = 0.0;     // and of R alone, e Bohr
   // `relative` and `worst_ratio` of T alone, which holds for layered jobs, too.
   double translation_relative = 0.0;
   double translation_ratio = 0.0;
@@ -53,7 +52,7 @@ struct SumRuleResidual {
 // dipoles as in dipoles.hpp. The sum of the columns is the residual.
 SumRuleVectors sum_rule_terms(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
 
-// The residual of the dipoles of all jobs (derived ones filled in); takes natom, x, dx, disp_sign
+// The residual of the dipoles of all jobs (derived ones filled in); takes natom, xa, dx, disp_sign
 // and, for the bound, jobs, tdip and dipole0 of the run.
 SumRuleResidual sum_rule_residual(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
 

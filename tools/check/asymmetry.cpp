@@ -80,15 +80,6 @@ class Columns {
     }
     return sums;
   }
-  // The sum of all squares without those of some columns.
-  double sum_without(const std::vector<int>& columns) const {
-    const std::vector<int> rest = without(columns);
-    double sum = 0.0;
-    for (const int i : rest) {
-      for (const int j : rest) sum += square(i, j);
-    }
-    return sum;
-  }
   double square(int i, int j) const { return asymmetry(i, j) * asymmetry(i, j); }
 
   // The largest element in each of the columns, among themselves; ascending.
@@ -163,7 +154,6 @@ double even_part(const JobData& jobs, const Group& group) {
 // What is left without each group that is still in the game: the sum of the squares among the
 // others.
 std::vector<double> rests_without(const std::vector<Group>& groups, const Columns& columns) {
-  constexpr double nothing = 1e-9;  // of the total: a difference of that size is rounding
   const std::vector<double> squares = columns.squares();
   const double total = std::accumulate(squares.begin(), squares.end(), 0.0);
   std::vector<double> rests;
@@ -173,8 +163,7 @@ std::vector<double> rests_without(const std::vector<Group>& groups, const Column
       rests.push_back(std::numeric_limits<double>::infinity());
       continue;
     }
-    const double rest = total - share_of(group, columns, squares);
-    rests.push_back(rest >= nothing * total ? rest : columns.sum_without(group.columns));
+    rests.push_back(std::max(total - share_of(group, columns, squares), 0.0));
   }
   return rests;
 }
@@ -278,7 +267,7 @@ void add_figures(const Columns& columns, const Element& worst, int n3, Report& r
 }  // namespace
 
 void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& report) {
-  const RawForceConstants raw = difference_forces(jobs);
+  const RawForceConstants& raw = jobs.context.raw;
   Columns columns(raw);
   const int missing = jobs.run.n3 - static_cast<int>(raw.columns.size());
   if (missing > 0) report.note({zandor::job_list_name}, missing_columns(missing));

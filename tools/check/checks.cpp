@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "check/support/force_constants.hpp"
+#include "check/support/net_force.hpp"
 #include "check/support/projected_modes.hpp"
 #include "io/process.hpp"
 
@@ -39,6 +41,16 @@ void drop_wrong_names(const JobData& jobs, Report& report) {
   }
 }
 
+// `usable` looks at the wrong images.
+void build_context(JobData& jobs, const Thresholds& limits, bool with_modes) {
+  jobs.context.wrong_images = find_wrong_images(jobs, limits);
+  jobs.context.raw = difference_forces(jobs);
+  jobs.context.sums = sum_forces(jobs);
+  if (!with_modes) return;
+  const auto stop = io::collect([&] { jobs.context.modes = project_modes(jobs); });
+  if (stop) jobs.context.modes.missing = stop->message;
+}
+
 }  // namespace
 
 std::span<const NamedCheck> all_checks() { return list; }
@@ -54,11 +66,7 @@ Report run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std
       report.note({stop->file, stop->line}, "not looked at: " + stop->message);
     }
   };
-  look("derived", [&] { mark_wrong_images(jobs, limits); });
-  if (wanted("frame") || wanted("noise")) {
-    const auto stop = io::collect([&] { jobs.no_modes = analyse_projected_modes(jobs); });
-    if (stop) jobs.no_modes = stop->message;
-  }
+  build_context(jobs, limits, wanted("frame") || wanted("noise"));
   for (const NamedCheck& check : list) {
     if (wanted(check.name)) look(check.name, [&] { check.look(jobs, limits, report); });
   }

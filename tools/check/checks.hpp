@@ -32,8 +32,9 @@ Check check_dipole_jump;
 Check check_frame;
 Check check_noise;
 
-// Takes derived jobs whose source or operation is wrong out of what the other checks look at.
-void mark_wrong_images(JobData& jobs, const Thresholds& limits);
+// Of the jobs 0..n6 those whose source or operation is wrong, and those derived from them. The
+// other checks take them for not read.
+std::vector<char> find_wrong_images(const JobData& jobs, const Thresholds& limits);
 
 // Of the jobs 0..n6 those that share a sign file with another, or stand behind another's number.
 std::vector<char> listed_wrongly(const JobData& jobs);
@@ -45,8 +46,9 @@ struct NamedCheck {
 };
 std::span<const NamedCheck> all_checks();
 
-// Runs the checks of these names, all when there is none. The findings are sorted: those about the
-// directory as a whole first, then by job; of the same job in the order of the checks.
+// Forms the context of the jobs and runs the checks of these names, all when there is none. The
+// findings are sorted: those about the directory as a whole first, then by job; of the same job in
+// the order of the checks.
 Report run_checks(JobData& jobs, const Thresholds& limits,
                   const std::vector<std::string>& only = {});
 

@@ -186,10 +186,12 @@ void pass_on_faults(const JobData& jobs, std::vector<char>& wrong) {
 
 }  // namespace
 
-void mark_wrong_images(JobData& jobs, const Thresholds& limits) {
-  if (!jobs.has_geometry()) return;
-  look_at_images(jobs, limits.derived, nullptr, jobs.wrong_images);
-  pass_on_faults(jobs, jobs.wrong_images);
+std::vector<char> find_wrong_images(const JobData& jobs, const Thresholds& limits) {
+  std::vector<char> wrong(jobs.run.jobs.size(), 0);
+  if (!jobs.has_geometry()) return wrong;
+  look_at_images(jobs, limits.derived, nullptr, wrong);
+  pass_on_faults(jobs, wrong);
+  return wrong;
 }
 
 void check_derived(const JobData& jobs, const Thresholds& limits, Report& report) {
@@ -206,7 +208,7 @@ void check_derived(const JobData& jobs, const Thresholds& limits, Report& report
     worst = std::max(worst, misfit_of(jobs.run, x, k).forward);
   }
   report.figure("largest misfit of an operation (Angstrom)", worst);
-  std::vector<char> wrong = jobs.wrong_images;
+  std::vector<char> wrong = jobs.context.wrong_images;
   look_at_images(jobs, limits.derived, &report, wrong);
 }
 

@@ -70,9 +70,9 @@ void check_duplicate(const JobData& jobs, const Thresholds&, Report& report) {
                             sizeof(double) * static_cast<std::size_t>(run.n3));
   };
   std::unordered_map<std::string_view, int> first;
-  const std::vector<double>& reference = jobs.sign_file(0).forces;
+  const std::vector<double>& reference = jobs.reference_forces;
   if (!reference.empty()) first.emplace(bytes_of(reference.data()), 0);
-  RawForceConstants raw;
+  const RawForceConstants& raw = jobs.context.raw;
   int repeated = 0;
   int missing = 0;
   for (int i = 1; i <= run.n6; ++i) {
@@ -84,7 +84,6 @@ void check_duplicate(const JobData& jobs, const Thresholds&, Report& report) {
     const auto [known, is_new] = first.emplace(bytes_of(run.force.column(1, i)), i);
     if (is_new) continue;
     ++repeated;
-    if (raw.rounding.empty()) raw = difference_forces(jobs);
     if (known->second == 0) {
       report_repeated_reference(jobs, raw, i, report);
     } else {

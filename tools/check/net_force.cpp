@@ -10,12 +10,11 @@
 
 #include "analysis/dipoles.hpp"
 #include "check/checks.hpp"
+#include "flib/units_of_measure.hpp"
 
 namespace check {
 
 namespace {
-
-using Sums = Eigen::Matrix<double, 6, 1>;  // net force, net torque over the size of the molecule
 
 // Positions from the centre of the atoms, Bohr, and their root mean square length.
 struct Frame {
@@ -25,7 +24,8 @@ struct Frame {
 
 Frame frame_of(const zandor::RunData& run) {
   Frame frame;
-  frame.x = Eigen::Map<const Eigen::Matrix3Xd>(run.x.data(), 3, run.natom);
+  frame.x =
+      Eigen::Map<const Eigen::Matrix3Xd>(run.xa.data(), 3, run.natom) / flib::angstrom_per_bohr;
   frame.x.colwise() -= frame.x.rowwise().mean().eval();
   frame.size = std::sqrt(frame.x.squaredNorm() / run.natom);
   return frame;
@@ -103,22 +103,6 @@ double rounding_of_sums(const JobData& jobs, const analysis::StepJobs& pair) {
   return 2.0 * run.natom * digits / std::fabs(2.0 * run.dx);
 }
 
-// The sums of every job that can be used, and what they are when nothing is wrong.
-struct AllSums {
-  std::map<int, Sums> of_job;
-  Sums usual;
-};
-
-AllSums all_sums(const JobData& jobs) {
-  const Frame frame = frame_of(jobs.run);
-  AllSums all;
-  for (int i = 1; i <= jobs.run.n6; ++i) {
-    if (jobs.usable(i)) all.of_job[i] = sums_of(jobs.run, frame, i);
-  }
-  all.usual = usual_sums(all.of_job);
-  return all;
-}
-
 // The columns whose sums are above what is allowed there.
 struct Excesses {
   std::map<std::vector<int>, Excess> by_jobs;  // the largest of those that blame the same jobs
@@ -175,10 +159,20 @@ void add_figures(std::vector<double> forces, std::vector<double> torques, Report
 
 }  // namespace
 
+AllSums sum_forces(const JobData& jobs) {
+  const Frame frame = frame_of(jobs.run);
+  AllSums all;
+  for (int i = 1; i <= jobs.run.n6; ++i) {
+    if (jobs.usable(i)) all.of_job[i] = sums_of(jobs.run, frame, i);
+  }
+  all.usual = usual_sums(all.of_job);
+  return all;
+}
+
 std::vector<int> jobs_with_net_force(const JobData& jobs, const Thresholds& limits) {
   std::vector<int> found;
   if (jobs.layered) return found;
-  const AllSums all = all_sums(jobs);
+  const AllSums& all = jobs.context.sums;
   for (const auto& [job, sums] : all.of_job) {
     const double excess = largest(sums - all.usual) / std::fabs(2.0 * jobs.run.dx);
     const double allowed = limits.net_force + rounding_of_sums(jobs, {job, job});
@@ -189,7 +183,7 @@ std::vector<int> jobs_with_net_force(const JobData& jobs, const Thresholds& limi
 
 void check_net_force(const JobData& jobs, const Thresholds& limits, Report& report) {
   const zandor::RunData& run = jobs.run;
-  const AllSums all = all_sums(jobs);
+  const AllSums& all = jobs.context.sums;
   std::vector<double> forces(static_cast<std::size_t>(run.n3), not_known);
   std::vector<double> torques = forces;
   Excesses excesses;

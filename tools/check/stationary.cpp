@@ -6,7 +6,7 @@
 namespace check {
 
 void check_stationary(const JobData& jobs, const Thresholds& limits, Report& report) {
-  const std::vector<double>& forces = jobs.sign_file(0).forces;
+  const std::vector<double>& forces = jobs.reference_forces;
   if (forces.empty()) {
     report.note(place_of(jobs, 0),
                 "not looked at: no forces could be read from the reference's sign file");

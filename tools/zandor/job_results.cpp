@@ -11,49 +11,13 @@
 #include "io/free_form.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
-#include "io/values.hpp"
 #include "zandor/fault_list.hpp"
 #include "zandor/get_sgn_param.hpp"
-#include "zandor/sign_file_blocks.hpp"
+#include "zandor/sign_file.hpp"
 
 namespace zandor {
 
 namespace {
-
-void find_block(const char* header, int job) {
-  const std::int64_t before = io::position(input_unit);
-  io::Line line;
-  if (!flib::search_word_free(input_unit, header, line)) {
-    if (io::position(input_unit) == 0) {
-      io::fatal_stop({io::name(input_unit)}, "expected the results of job " + std::to_string(job) +
-                                                 ", found an empty file");
-    }
-    io::fatal_stop({io::name(input_unit)}, "no line holds '" + std::string(header) +
-                                               "' after line " +
-                                               std::to_string(io::line_number(input_unit, before)) +
-                                               " (job " + std::to_string(job) + ")");
-  }
-}
-
-void read_dipole(int job, double* dipole) {
-  find_block(dipole_header, job);
-  io::FreeForm row(input_unit);
-  row.skip_words(2, {"the transition dipole of job", job});
-  for (int k = 0; k < 3; ++k) row.finite_real(dipole[k], {"the transition dipole of job", job});
-  row.warn_of_open_end({"the transition dipole of job", job});
-}
-
-// Reads a word and three numbers per atom into the columns of a 3 x natom array.
-void read_atom_vectors(int natom, double* vectors, std::string_view what,
-                       std::string_view remark = {}) {
-  for (int a = 1; a <= natom; ++a) {
-    const io::Subject subject{what, a, remark};
-    io::FreeForm row(input_unit);
-    row.skip_words(1, subject);
-    for (int k = 0; k < 3; ++k) row.finite_real(*vectors++, subject);
-    if (a == natom) row.warn_of_open_end(subject);
-  }
-}
 
 // The line of a sign file that gives the number of atoms.
 long long line_of_natom(std::string_view name) {
@@ -95,66 +59,42 @@ void read_geometry_and_masses(RunData& run) {
                                                 std::to_string(a) + ", found " +
                                                 io::shown(run.mass(a)));
     }
-    for (int k = 1; k <= 3; ++k) row.finite_real(run.x(k, a), {"the geometry of atom", a});
+    for (int k = 1; k <= 3; ++k) row.finite_real(run.xa(k, a), {"the geometry of atom", a});
     if (a == run.natom) row.warn_of_open_end({"the geometry of atom", a});
   }
 }
 
-void read_sign_file_of_reference(RunData& run) {
+void read_reference_blocks(RunData& run) {
   io::open_existing(input_unit, run.jobs[0].sgn_name.content());
   read_geometry_and_masses(run);
   read_dipole(0, run.dipole0.data());
   io::close(input_unit);
-  std::copy_n(run.x.data(), run.x.size(), run.xa.data());
   for (int a = 1; a <= run.natom; ++a) {
     run.mass(a) *= flib::electron_masses_per_amu;
     for (int k = 1; k <= 3; ++k) run.sqtmass(3 * (a - 1) + k) = std::sqrt(run.mass(a));
   }
 }
 
-// Passes over the lines up to the one with charge and multiplicity, the first that begins with a
-// digit, and gives its number. A negative charge is not taken for one, deliberately.
-long long pass_over_input_head() {
-  io::Line line;
-  do {
-    if (io::read_line(input_unit, line) != io::read_ok) {
-      io::fatal_stop(io::next_place(input_unit),
-                     "expected a line that begins with a digit (charge and multiplicity), found "
-                     "the end of the file");
-    }
-    const std::string_view text = io::without_leading_blanks(line.padded());
-    if (!text.empty() && io::is_digit(text.front())) return io::line_number(input_unit);
-  } while (true);
+}  // namespace
+
+void read_reference_sign_file(RunData& run) {
+  check_sign_header(run);
+  bool ifoniom = false;
+  int info = 0;
+  flib::qm_file_ifoniom(run.jobs[0].log_name.padded(), ifoniom, info);
+  read_reference_blocks(run);
 }
 
-void read_input_of_reference(RunData& run) {
-  io::open_existing(input_unit, run.com_name.content());
-  const long long head = pass_over_input_head();
-  read_atom_vectors(run.natom, run.x.data(), "the coordinates of atom",
-                    "line " + std::to_string(head) + " was taken for charge and multiplicity");
-  io::close(input_unit);
+void read_reference_input(RunData& run, ReferenceInput* input) {
+  read_input_file(run.com_name.content(), run.natom, run.x.data(), input);
   for (double* x = run.x.data(); x < run.x.data() + run.x.size(); ++x) {
     *x /= flib::angstrom_per_bohr;
   }
 }
 
-}  // namespace
-
-void read_reference(RunData& run) {
-  check_sign_header(run);
-  bool ifoniom = false;
-  int info = 0;
-  flib::qm_file_ifoniom(run.jobs[0].log_name.padded(), ifoniom, info);
-  read_sign_file_of_reference(run);
-  read_input_of_reference(run);
-}
-
-void read_computed_job(RunData& run, int i) {
-  io::open_existing(input_unit, run.jobs[static_cast<std::size_t>(i)].sgn_name.content());
-  read_dipole(i, run.tdip.column(i));
-  find_block(forces_header, i);
-  read_atom_vectors(run.natom, run.force.column(1, i), "the force on atom");
-  io::close(input_unit);
+void read_computed_job(RunData& run, int i, SignFile* file, const SignFile* reference) {
+  read_sign_file(run.jobs[static_cast<std::size_t>(i)].sgn_name.content(), i, run.natom,
+                 run.tdip.column(i), run.force.column(1, i), file, reference);
 }
 
 void read_computed_jobs(RunData& run) {
@@ -183,7 +123,8 @@ void derive_symmetry_jobs(RunData& run) {
 }
 
 void read_job_results(RunData& run) {
-  read_reference(run);
+  read_reference_sign_file(run);
+  read_reference_input(run);
   read_computed_jobs(run);
   derive_symmetry_jobs(run);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "zandor/run_data.hpp"
+#include "zandor/sign_file.hpp"
 
 namespace zandor {
 
@@ -12,10 +13,12 @@ namespace zandor {
 void read_job_results(RunData& run);
 
 // The steps of read_job_results.
-void read_reference(RunData& run);
+void read_reference_sign_file(RunData& run);
+void read_reference_input(RunData& run, ReferenceInput* input = nullptr);
 void read_computed_jobs(RunData& run);
-// Dipole and forces of the computed job i, 1..n6.
-void read_computed_job(RunData& run, int i);
+// Dipole and forces of the computed job i, 1..n6; `file` and `reference` as of read_sign_file.
+void read_computed_job(RunData& run, int i, SignFile* file = nullptr,
+                       const SignFile* reference = nullptr);
 void derive_symmetry_jobs(RunData& run);
 
 }  // namespace zandor

@@ -59,8 +59,10 @@ struct RunData {
   std::vector<int> nat;             // atomic number of atom a at [a - 1]
   flib::Array<double, 1> mass;      // natom, electron masses
   flib::Array<double, 1> sqtmass;   // n3: square root of the mass of the coordinate's atom
-  flib::Array<double, 2> x;         // 3 x natom, Bohr
-  flib::Array<double, 2> xa;        // 3 x natom, Angstrom
+  // The geometry twice, 3 x natom; the two may be turned against each other.
+  flib::Array<double, 2> x;  // of the input, Bohr: the projection's and the animations'
+  flib::Array<double, 2>
+      xa;  // of the sign file, Angstrom: the one in which forces and dipoles stand
   std::array<double, 3> dipole0{};  // transition dipole
 
   // Results of the jobs.

@@ -148,7 +148,7 @@ bool FreeForm::logical(bool& value, const Subject& subject) {
 
 bool FreeForm::text(std::span<char> value, const Subject& subject) {
   if (!next_item(Type::text, subject, "text")) return false;
-  assign(value, item_.kind == Item::Kind::quoted ? std::string_view(item_.quoted) : item_.word);
+  assign(value, word());
   return true;
 }
 

@@ -54,6 +54,15 @@ class FreeForm {
   // and so everything behind it.
   void text_or_blank(std::span<char> value);
 
+  // The text of the item taken last, valid until the next one; how many records have been read, the
+  // last of them, and what is left of it.
+  std::string_view word() const {
+    return item_.kind == Item::Kind::quoted ? std::string_view(item_.quoted) : item_.word;
+  }
+  int records() const { return cursor_.records(); }
+  std::string_view record() const { return cursor_.record(); }
+  std::string_view rest() const { return cursor_.rest(); }
+
  private:
   enum class Type { none, integer, real, logical, text };
 

@@ -69,12 +69,12 @@ std::size_t repeat_prefix(std::string_view text) {
 
 bool RecordCursor::next_record() {
   position_ = 0;
-  if (!buffered_ && started_) note_continuation(fid_);
-  started_ = true;
+  if (!buffered_ && records_ > 0) note_continuation(fid_);
   if (buffered_ || read_record(fid_, record_) != read_ok) {
     record_ = {};
     return false;
   }
+  ++records_;
   return true;
 }
 

@@ -23,6 +23,9 @@ class RecordCursor {
   // Goes on to the next record; false at the end of the file or of the buffer. The unit remembers
   // where a read that needed more than one record began (io::read_began).
   bool next_record();
+  // How many records it has read, and the one that it is on.
+  int records() const { return records_; }
+  std::string_view record() const { return record_; }
   bool at_end() const { return position_ >= record_.size(); }
   char peek() const { return record_[position_]; }
   void advance() { ++position_; }
@@ -45,7 +48,7 @@ class RecordCursor {
  private:
   int fid_;
   bool buffered_ = false;
-  bool started_ = false;
+  int records_ = 0;
   std::string_view record_;
   std::size_t position_ = 0;
 };

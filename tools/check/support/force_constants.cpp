@@ -27,7 +27,7 @@ RawForceConstants difference_forces(const JobData& jobs) {
 
 double one_sided_deviation(const JobData& jobs, const RawForceConstants& raw, int job,
                            const std::vector<int>& coordinates) {
-  const std::vector<double>& reference = jobs.sign_file(0).forces;
+  const std::vector<double>& reference = jobs.reference_forces;
   if (reference.empty() || coordinates.empty()) return -1.0;
   const double step = step_sign(jobs.run, job) * jobs.run.dx;
   const double* const forces = jobs.run.force.column(1, job);
@@ -42,7 +42,7 @@ double one_sided_deviation(const JobData& jobs, const RawForceConstants& raw, in
 }
 
 double even_deviation(const JobData& jobs, int ih) {
-  const std::vector<double>& reference = jobs.sign_file(0).forces;
+  const std::vector<double>& reference = jobs.reference_forces;
   if (reference.empty()) return -1.0;
   const double* const a = jobs.run.force.column(1, 2 * ih - 1);
   const double* const b = jobs.run.force.column(1, 2 * ih);

@@ -7,13 +7,6 @@
 
 namespace check {
 
-struct RawForceConstants {
-  flib::Array<double, 2> h;      // n3 x n3, Hartree/Bohr**2: h(j, i) = -dF(j)/dx(i), true step
-  std::vector<int> columns;      // the coordinates, from 1, both of whose jobs could be read
-  std::vector<double> rounding;  // of coordinate ih at [ih - 1]: what print rounding may change in
-                                 // an element of its column
-};
-
 RawForceConstants difference_forces(const JobData& jobs);
 
 // How far the forces of a computed job are from what the other columns say: the root mean square of

@@ -101,10 +101,16 @@ std::vector<Fault> malformed_values(const JobData& jobs, int i) {
   return faults;
 }
 
+std::vector<Fault> of_geometry(const SignFile& file) {
+  if (!file.geometry_stop) return {};
+  return {{file.geometry_stop->file, file.geometry_stop->line, file.geometry_stop->message}};
+}
+
 // The reference's numbers as far as its files hold them, whatever the phase has stopped at.
 void complete_reference(JobData& jobs) {
   zandor::RunData& run = jobs.run;
   const SignFile& file = jobs.sign_file(0);
+  std::fill_n(run.xa.data(), run.xa.size(), 0.0);
   if (file.geometry) {
     std::copy(file.geometry->x.begin(), file.geometry->x.end(), run.xa.data());
     for (int a = 1; a <= run.natom; ++a) {
@@ -112,22 +118,14 @@ void complete_reference(JobData& jobs) {
           file.geometry->masses[static_cast<std::size_t>(a - 1)] * flib::electron_masses_per_amu;
     }
   }
-  for (std::size_t k = 0; k < run.x.size(); ++k) {
-    run.x.data()[k] = run.xa.data()[k] / flib::angstrom_per_bohr;
-  }
-  if (file.has_dipole) run.dipole0 = file.dipole;
 }
 
 void read_input(JobData& jobs) {
   ReferenceInput input;
   const auto faults =
-      faults_of([&] { read_reference_input(jobs.run.com_name.content(), jobs.run.natom, input); });
+      faults_of([&] { zandor::read_reference_input(jobs.run, &input); }, jobs.readings[0].warnings);
   add_faults_of_other_files(faults, jobs.reference_faults);
   if (!faults.empty()) return;
-  jobs.input_x = {"geometry of the input", {3, jobs.run.natom}};
-  for (std::size_t k = 0; k < input.x.size(); ++k) {
-    jobs.input_x.data()[k] = input.x[k] / flib::angstrom_per_bohr;
-  }
   jobs.input = std::move(input);
 }
 
@@ -135,14 +133,21 @@ void read_reference_files(JobData& jobs) {
   zandor::RunData& run = jobs.run;
   const zandor::Job& reference = run.jobs[0];
   jobs.reference_faults =
-      faults_of([&] { zandor::read_reference(run); }, jobs.readings[0].warnings);
+      faults_of([&] { zandor::read_reference_sign_file(run); }, jobs.readings[0].warnings);
   const auto of_output = faults_of([&] {
     int info = 0;
     flib::qm_file_ifoniom(reference.log_name.padded(), jobs.layered, info);
   });
-  const auto of_sign_file = faults_of([&] {
-    read_sign_file(reference.sgn_name.content(), run.natom, nullptr, jobs.readings[0].sign_file);
+  SignFile& file = jobs.readings[0].sign_file;
+  std::array<double, 3> dipole{};
+  std::vector<double> forces(3 * static_cast<std::size_t>(run.natom));
+  auto of_sign_file = faults_of([&] {
+    zandor::read_sign_file(reference.sgn_name.content(), 0, run.natom, dipole.data(), forces.data(),
+                           &file);
   });
+  if (file.has_dipole) run.dipole0 = dipole;
+  if (file.forces_line > 0 && of_sign_file.empty()) jobs.reference_forces = std::move(forces);
+  add_faults_of_other_files(of_geometry(file), jobs.reference_faults);
   add_faults_of_other_files(of_sign_file, jobs.reference_faults);
   add_faults_of_other_files(malformed_values(jobs, 0), jobs.reference_faults);
   add_faults_of_other_files(of_output, jobs.reference_faults);
@@ -186,25 +191,17 @@ std::optional<Fault> fault_of_forces(const JobData& jobs, int i) {
                coordinate_text(jobs, static_cast<int>(largest - forces) + 1));
 }
 
-// What is wrong with what the run does not read of a sign file.
-void read_other_parts(JobData& jobs, int i) {
-  const std::string_view name = jobs.job(i).sgn_name.content();
-  JobReading& reading = jobs.readings[static_cast<std::size_t>(i)];
-  std::vector<Fault>& faults = reading.other_faults;
-  faults = faults_of(
-      [&] { read_sign_file(name, jobs.run.natom, &jobs.sign_file(0), reading.sign_file); });
-  if (reading.fault) faults.clear();
-  const std::vector<Fault> malformed = malformed_values(jobs, i);
-  faults.insert(faults.end(), malformed.begin(), malformed.end());
-}
-
 void read_computed(JobData& jobs, int i) {
   zandor::RunData& run = jobs.run;
   JobReading& reading = jobs.readings[static_cast<std::size_t>(i)];
   std::optional<Fault>& fault = reading.fault;
-  const auto faults = faults_of([&] { zandor::read_computed_job(run, i); }, reading.warnings);
+  const auto faults =
+      faults_of([&] { zandor::read_computed_job(run, i, &reading.sign_file, &jobs.sign_file(0)); },
+                reading.warnings);
   if (!faults.empty()) fault = faults.back();
-  read_other_parts(jobs, i);
+  if (!fault) reading.other_faults = of_geometry(reading.sign_file);
+  const std::vector<Fault> malformed = malformed_values(jobs, i);
+  reading.other_faults.insert(reading.other_faults.end(), malformed.begin(), malformed.end());
   if (!fault) fault = fault_of_forces(jobs, i);
   if (fault) {
     std::fill_n(run.force.column(1, i), run.n3, 0.0);
@@ -217,15 +214,14 @@ void read_computed(JobData& jobs, int i) {
 
 bool JobData::usable(int i) const {
   const int from = source(i);
-  return from > 0 && !reading(from).fault && wrong_images[static_cast<std::size_t>(i)] == 0;
+  return from > 0 && !reading(from).fault && context.wrong_images[static_cast<std::size_t>(i)] == 0;
 }
 
 void read_job_data(const std::string& control_file, JobData& jobs) {
   zandor::RunData& run = jobs.run;
   read_control_and_list(control_file, jobs);
-  const auto count = static_cast<std::size_t>(run.n6) + 1;
-  jobs.readings.resize(count);
-  jobs.wrong_images.resize(count);
+  jobs.readings.resize(run.jobs.size());
+  jobs.context.wrong_images.resize(run.jobs.size());
   read_reference_files(jobs);
   for (int i = 1; i <= run.n6; ++i) {
     if (jobs.job(i).is_calc) read_computed(jobs, i);

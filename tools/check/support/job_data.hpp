@@ -5,11 +5,19 @@
 #include <string>
 #include <vector>
 
-#include "check/support/sign_file.hpp"
+#include "check/support/context.hpp"
 #include "io/fatal.hpp"
 #include "zandor/run_data.hpp"
+#include "zandor/sign_file.hpp"
 
 namespace check {
+
+using zandor::Atoms;
+using zandor::BlockRows;
+using zandor::OddLines;
+using zandor::ReferenceInput;
+using zandor::SignFile;
+using zandor::SignHeader;
 
 // Why something could not be read.
 struct Fault {
@@ -37,8 +45,7 @@ struct JobReading {
 };
 
 struct JobData {
-  // As the run fills it. The columns of jobs that could not be read are zero; x is the geometry of
-  // the reference's sign file, in which the forces stand.
+  // As the run fills it, as far as files could be read; zero where they could not.
   zandor::RunData run;
 
   JobList list;
@@ -46,17 +53,14 @@ struct JobData {
   // The reference.
   std::vector<Fault> reference_faults;
   std::optional<ReferenceInput> input;
-  flib::Array<double, 2> input_x;  // 3 x natom, Bohr: the geometry of the projection
-  bool layered = false;            // an ONIOM job: the molecule does not float freely
+  std::vector<double> reference_forces;  // 3 per atom, Hartree/Bohr; empty where there are none
+  bool layered = false;                  // an ONIOM job: the molecule does not float freely
 
   // The jobs, 0..n6.
   std::vector<JobReading> readings;
   std::vector<int> sources;  // the computed job behind each job: itself if computed; 0: none
-  // Derived jobs whose source or operation is wrong (mark_wrong_images): as good as not read.
-  std::vector<char> wrong_images;
 
-  // Why the projected set (mhessp and evalp of the run) is not there; empty when it is.
-  std::string no_modes = "the projected set has not been formed";
+  Context context;  // what run_checks forms of it
 
   bool has_geometry() const { return sign_file(0).geometry.has_value(); }
   const zandor::Job& job(int i) const { return run.jobs[static_cast<std::size_t>(i)]; }
