@@ -21,8 +21,9 @@ Found analyse(const model::Molecule& molecule, int disp_sign = 1) {
   const zandor::RunData run = model::run_of(molecule, disp_sign);
   const analysis::Vibrations vibrations =
       analysis::exact_vibrations(run, analysis::rigid_motions(run));
-  const auto terms = analysis::herzberg_teller(
-      run, analysis::dipole_gradient(run, analysis::job_dipoles(run)), vibrations);
+  const auto terms =
+      analysis::herzberg_teller(run, analysis::dipole_gradient(run, analysis::job_dipoles(run)),
+                                {vibrations.frequency, vibrations.modes});
   return {vibrations.frequency, terms.dmu_dq.colwise().norm().transpose()};
 }
 
@@ -72,6 +73,34 @@ TEST(vibrations, are_what_the_rigid_motions_leave) {
     EXPECT_LT(analysis::rigid_weights(rigid, vibrations.modes).maxCoeff(), 1e-25);
     EXPECT_NEAR(analysis::rigid_weights(rigid, rigid.basis).minCoeff(), 1.0, 1e-13);
   }
+}
+
+// Dipoles of five decimals that change by `scale` times those of the model, about a value between
+// two printed ones.
+TEST(vibrations, have_strength_where_it_is_more_than_rounding) {
+  const zandor::RunData exact = model::run_of(model::general());
+  const analysis::Vibrations vibrations =
+      analysis::exact_vibrations(exact, analysis::rigid_motions(exact));
+  const analysis::Eigenmodes modes{vibrations.frequency, vibrations.modes};
+  const auto strengths = [&](double scale) -> Eigen::VectorXd {
+    zandor::RunData run = model::run_of(model::general());
+    for (double& value : run.dipole0) value = std::round(1e5 * value) / 1e5;
+    for (int i = 1; i <= run.n6; ++i) {
+      for (int k = 1; k <= 3; ++k) {
+        const double change =
+            scale * (exact.tdip(k, i) - exact.dipole0[static_cast<std::size_t>(k - 1)]);
+        run.tdip(k, i) = std::round(1e5 * (change + 0.2000049)) / 1e5;
+      }
+    }
+    return analysis::herzberg_teller(
+               run, analysis::dipole_gradient(run, analysis::job_dipoles(run)), modes)
+        .strength;
+  };
+  // With half or twice the floor the second or the third number is another.
+  for (const auto& [scale, without] : {std::pair(0.1, 0), {0.01, 0}, {0.003, 7}, {0.001, 9}}) {
+    EXPECT_EQ((strengths(scale).array() == 0.0).count(), without) << scale;
+  }
+  EXPECT_TRUE(strengths(0.1).isApprox(0.01 * strengths(1.0), 0.05));
 }
 
 TEST(vibrations, are_paired_with_the_modes_of_the_report) {

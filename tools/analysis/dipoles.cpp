@@ -99,4 +99,16 @@ Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Mat
   return gradient * root_mass.cwiseInverse().asDiagonal() * modes;
 }
 
+Eigen::VectorXd rounding_along_modes(const zandor::RunData& run,
+                                     const Eigen::Ref<const Eigen::MatrixXd>& modes) {
+  const Eigen::VectorXd rounding = print_rounding(run);
+  Eigen::MatrixXd of_source = Eigen::MatrixXd::Zero(run.n6 + 1, modes.cols());
+  for (int i = 1; i <= run.n6; ++i) {
+    const int ih = (i + 1) / 2;
+    const double weight = rounding(i) / (std::abs(2.0 * run.dx) * run.sqtmass(ih));
+    of_source.row(computed_source(run, i)) += weight * modes.row(ih - 1).cwiseAbs();
+  }
+  return of_source.colwise().norm().transpose() / std::sqrt(3.0);
+}
+
 }  // namespace analysis

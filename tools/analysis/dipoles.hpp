@@ -45,4 +45,10 @@ Eigen::Matrix3Xd dipole_midpoints(const zandor::RunData& run, const Eigen::Matri
 Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,
                                     const Eigen::Ref<const Eigen::MatrixXd>& modes);
 
+// n: how far print rounding may spread a component of dmu/dQ_k, as a standard deviation,
+// e/sqrt(m_e): half a last digit over root 3 per computed job. What comes from one job adds up, the
+// jobs that are derived from it included; different jobs add by their squares.
+Eigen::VectorXd rounding_along_modes(const zandor::RunData& run,
+                                     const Eigen::Ref<const Eigen::MatrixXd>& modes);
+
 }  // namespace analysis

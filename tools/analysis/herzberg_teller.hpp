@@ -20,19 +20,19 @@ struct HerzbergTeller {
   // 3 x n: dmu/dq_k = (dmu/dQ_k) / sqrt(omega_k) with the dimensionless q_k = sqrt(omega_k) Q_k,
   // e Bohr.
   Eigen::Matrix3Xd dmu_dq;
-  // n: |mu|**2 of the transition 0 -> 1 in mode k, |dmu/dq_k|**2 / 2, e**2 Bohr**2.
+  // n: |mu|**2 of the transition 0 -> 1 in mode k, |dmu/dq_k|**2 / 2, e**2 Bohr**2. It is zero, and
+  // so is dmu/dq_k, where dmu/dQ_k is no more than what print rounding makes of dipoles that do not
+  // change (rounding_floor).
   Eigen::VectorXd strength;
 };
 
+// The length of dmu/dQ, in the spread that rounding gives a component (rounding_along_modes), up to
+// which it is taken for rounding alone: one mode in a thousand is beyond it by chance.
+inline constexpr double rounding_floor = 4.0;
+
 // gradient: 3 x n3, dmu/dx in e (dipoles.hpp).
 HerzbergTeller herzberg_teller(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,
-                               const Vibrations& vibrations);
-
-// dmu/dq = (dmu/dQ) / sqrt(omega) of a mode; omega above 0 in atomic units.
-Eigen::Vector3d along_dimensionless(const Eigen::Vector3d& dmu_dQ, double omega);
-
-// |mu|**2 of the transition 0 -> 1: |dmu/dq|**2 / 2.
-double strength(const Eigen::Vector3d& dmu_dq);
+                               const Eigenmodes& modes);
 
 // By how much temperature raises the strength of a mode, absorption and emission of a quantum taken
 // together: coth(omega / 2kT), 1 at 0 K. omega above 0 in atomic units, kelvin 0 or more.

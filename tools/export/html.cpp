@@ -26,13 +26,11 @@ void append_base64(std::string& text, unsigned bytes) {
 void write_strengths(const ModeList& list, JsonText& json) {
   json.begin_array();
   for (std::size_t k = 1; k <= list.frequencies.size(); ++k) {
-    const double omega = list.frequencies[k - 1] / flib::wavenumbers_per_au;
-    if (omega <= 0.0 || is_rigid_motion(list, k)) {
+    if (list.frequencies[k - 1] > 0.0 && !is_rigid_motion(list, k)) {
+      json.number(list.strengths[k - 1]);
+    } else {
       json.null();
-      continue;
     }
-    const Eigen::Map<const Eigen::Vector3d> dmu_dQ(&list.dipole_derivatives[3 * (k - 1)]);
-    json.number(analysis::strength(analysis::along_dimensionless(dmu_dQ, omega)));
   }
   json.end_array();
 }

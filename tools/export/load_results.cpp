@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "analysis/dipoles.hpp"
 #include "analysis/formula.hpp"
+#include "analysis/herzberg_teller.hpp"
 #include "analysis/rigid_motions.hpp"
 #include "analysis/vibrations.hpp"
 #include "flib/units_of_measure.hpp"
@@ -64,8 +64,9 @@ ModeList mode_list(const RunData& run, const Eigenmodes& modes, const analysis::
   Eigen::Map<MatrixXd> moves(list.displacements.data(), run.n3, run.n3);
   moves = root_masses(run).cwiseInverse().asDiagonal() * modes.vectors;
   if (gradient.cols() > 0) {
-    const Eigen::Matrix3Xd slopes = analysis::dipole_along_modes(run, gradient, modes.vectors);
-    list.dipole_derivatives.assign(slopes.data(), slopes.data() + slopes.size());
+    const auto terms = analysis::herzberg_teller(run, gradient, modes);
+    list.dipole_derivatives.assign(terms.dmu_dQ.data(), terms.dmu_dQ.data() + terms.dmu_dQ.size());
+    list.strengths.assign(terms.strength.data(), terms.strength.data() + terms.strength.size());
   }
   const VectorXd weights = analysis::rigid_weights(rigid, modes.vectors);
   for (std::size_t k = 0; k < n3; ++k) {

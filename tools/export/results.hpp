@@ -18,8 +18,9 @@ struct ModeList {
   std::vector<int> rigid_motions;      // numbers of the modes with the largest rigid weights
   // 3 x natom x 3 natom: displacement of an atom in a mode, of unit Cartesian length.
   flib::Array<double, 3> displacements;
-  // dmu/dQ in e/sqrt(m_e), three components per mode; empty where it is not known.
-  std::vector<double> dipole_derivatives;
+  // dmu/dQ in e/sqrt(m_e), three components per mode, and the strengths of the 0-1 transitions (0
+  // where there is none, analysis/herzberg_teller.hpp); empty where they are not known.
+  std::vector<double> dipole_derivatives, strengths;
 };
 
 struct Results {

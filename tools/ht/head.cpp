@@ -81,6 +81,10 @@ std::vector<std::string> head_lines(const Request& request, const zandor::RunDat
                     " K");
   }
   if (request.energy) lines.push_back(energy_line(request));
+  if (results.totals.strength == 0.0) {
+    lines.emplace_back(
+        "no strength in first order: no dmu/dQ is more than the rounding of the printed dipoles");
+  }
   lines.emplace_back(
       "overlap: with the mode of this number in the projected list of zandor-es.out");
   return lines;

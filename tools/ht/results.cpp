@@ -90,7 +90,7 @@ Results form_results(const Request& request, const zandor::RunData& run,
   const analysis::RigidMotions rigid = analysis::rigid_motions(run);
   const analysis::Vibrations vibrations = analysis::exact_vibrations(run, rigid);
   const analysis::HerzbergTeller terms =
-      analysis::herzberg_teller(run, dipoles.gradient, vibrations);
+      analysis::herzberg_teller(run, dipoles.gradient, {vibrations.frequency, vibrations.modes});
   Results results;
   results.rigid_motions = rigid.rank;
   for (Eigen::Index k = 0; k < vibrations.frequency.size(); ++k) {
@@ -98,7 +98,7 @@ Results form_results(const Request& request, const zandor::RunData& run,
   }
   results.totals = totals_of(request, dipoles.dipoles.col(0), results.lines);
   for (Line& line : results.lines) {
-    if (line.strength && results.totals.strength > 0.0) {
+    if (line.strength && *line.strength > 0.0) {
       line.share = *line.strength / results.totals.strength;
     }
   }

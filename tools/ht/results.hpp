@@ -32,7 +32,7 @@ struct Line {
   // Of real frequencies only:
   std::optional<double> dmu_dq;    // |dmu/dq|, e Bohr; root of the sum of squares of several
   std::optional<double> strength;  // 0 -> 1: |dmu/dq|**2 / 2, e**2 Bohr**2
-  std::optional<double> share;     // of the sum of the strengths; none where the sum is zero
+  std::optional<double> share;     // of the sum of the strengths; none where the strength is zero
   std::optional<double> thermal;   // strength times coth(omega / 2kT), when asked for
   // f of 0 -> 1, when an energy is given and the transition's energy is above zero.
   std::optional<double> oscillator;

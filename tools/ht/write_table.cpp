@@ -17,8 +17,6 @@ std::string fixed(double value, int width, int decimals) {
 }
 
 std::string sci(double value, int width) {
-  // What only the arithmetic leaves of an exact zero.
-  if (std::abs(value) < 1e-20) value = 0.0;
   char text[64];
   std::snprintf(text, sizeof text, "%*.4e", width, value);
   return text;

@@ -25,7 +25,7 @@ bool parse(int argc, char** argv, CommandLine& line) {
       "Herzberg-Teller terms along the normal modes, from a job directory of zandor_gather (run in "
       "that directory).",
       io::program_name);
-  app.footer("Exit status: 0 done, 2 not, with one line on standard error that says why.");
+  app.footer("Exit status: 0 done, 1 the reference sign file lacks a keyword, 2 anything else.");
   ht::Request& request = line.request;
   options::JobOptions job;
   std::string kind;
