@@ -125,6 +125,7 @@ TEST_F(ZandorExport, writes_a_file_completely_or_not_at_all) {
 TEST_F(ZandorExport, names_what_it_cannot_do) {
   enter("examples/formaldehyde-s1");
   fs::create_symlink("files.out", "link");
+  support::write_file("vib.xyz", "");
   const std::pair<Arguments, const char*> cases[] = {
       {{"pdf", "control.inp"}, "expected a format (json, molden, xyz or html), found 'pdf'"},
       {{}, "expected a format (json, molden, xyz or html), found none"},
@@ -138,7 +139,9 @@ TEST_F(ZandorExport, names_what_it_cannot_do) {
       {{"xyz", "control.inp", "--movie", "8", "8", "--mode", "8"}, "--mode excludes --movie"},
       {{"xyz", "control.inp", "--amplitude", "nan"}, "expected --amplitude above 0, found NaN"},
       {{"html", "control.inp", "-o", "missing/page.html"}, "missing/page.html: expected a file"},
-      {{"html", "control.inp", "-o", "link"}, "link: expected a file that is no input of the job"},
+      {{"html", "control.inp", "-o", "link"}, "link: expected a file that is no input or result"},
+      {{"json", "control.inp", "-o", "zandor-es.out"}, "result of the job, found zandor-es.out"},
+      {{"json", "control.inp", "-o", "./vib.xyz"}, "result of the job, found vib.xyz"},
       {{"html", "missing.inp"}, "missing.inp: expected a file that can be read"},
       {{"json", "control.inp", "--mass", "5=1.0"}, "expected an atom within 1..4"},
   };
@@ -157,6 +160,15 @@ TEST_F(ZandorExport, names_what_it_cannot_do) {
     EXPECT_EQ(outcome.status, 2) << command;
     EXPECT_EQ(outcome.err.find(std::string("zandor_export: ") + message), 0U) << outcome.err;
   }
+  EXPECT_EQ(run({"json", "control.inp", "-o", "files.out "}).status, 0);
+  EXPECT_FALSE(support::read_file("files.out").starts_with("{")) << "a blank belongs to the name";
+  const support::Outcome shut = support::run(
+      {"bash", "-c", "(sleep .3; \"$0\" json control.inp; echo $? >&2) | :", ZANDOR_EXPORT});
+  EXPECT_EQ(shut.err, "141\n");
+  const support::Outcome terminal =
+      support::run({"script", "-qec", "\"" ZANDOR_EXPORT "\" html control.inp", "/dev/null"});
+  EXPECT_NE(terminal.out.find("expected -o FILE for the page, found a terminal"), std::string::npos)
+      << terminal.out;
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ constexpr int out_unit = 30;
 TEST(output_file, writes_more_than_its_buffer_and_replaces_or_keeps) {
   support::TempFolder folder;
   support::write_file("out", "before");
-  io::open_kept(out_unit, "out ");
+  io::open_kept(out_unit, "out");
   io::close(out_unit);
   EXPECT_EQ(support::read_file("out"), "before");
   io::open_replaced(out_unit, "out");
@@ -62,7 +62,8 @@ TEST(output_file, takes_the_place_of_another_when_it_is_complete) {
   io::close(out_unit);
   write("link", "1");
   write("dangling", "2");
-  EXPECT_EQ(folder(), "dangling=->new link=->old new=2 old=1 ");
+  write("new ", "3");
+  EXPECT_EQ(folder(), "dangling=->new link=->old new=2 new =3 old=1 ");
   EXPECT_EQ(fs::status("old").permissions(), fs::perms::owner_all);
   fs::create_directory("folder");
   EXPECT_TRUE(support::stops(2, "folder:0: expected a file that can be written, found: Is a dir",

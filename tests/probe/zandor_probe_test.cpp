@@ -9,7 +9,7 @@ class ZandorProbe : public testing::Test {
  protected:
   ZandorProbe() {
     for (const char* name : {"chemsmart-GaussianTests-CH3CH3_qmmm.log", "edge-crlf.fchk",
-                             "cclib-Gaussian-Gaussian16-dvb_td.out"}) {
+                             "made-zand.out", "cclib-Gaussian-Gaussian16-dvb_td.out"}) {
       std::filesystem::copy_file(PROJECT_FOLDER "/tests/flib/corpus/" + std::string(name), name);
     }
     support::write_file("empty.log", "");
@@ -19,15 +19,17 @@ class ZandorProbe : public testing::Test {
 };
 
 TEST_F(ZandorProbe, prints_a_block_per_file) {
-  const support::Outcome outcome =
-      support::run({ZANDOR_PROBE, "edge-crlf.fchk", "chemsmart-GaussianTests-CH3CH3_qmmm.log"});
+  const support::Outcome outcome = support::run(
+      {ZANDOR_PROBE, "edge-crlf.fchk", "chemsmart-GaussianTests-CH3CH3_qmmm.log", "made-zand.out"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.out,
             "file = edge-crlf.fchk\ntype = GAUSSIAN FCHK\nversion = UNKNOWN\ninfo = -1\noniom = F\n"
             "natom = 3\nnalpha = 5\nnbeta = 5\nnbasis = 7\nnbsuse = 7\n\n"
             "file = chemsmart-GaussianTests-CH3CH3_qmmm.log\ntype = GAUSSIAN LOG\n"
-            "version = G16RevC.01\ninfo = 2\noniom = T\nnatom = 8\nnqm = 4\nnqmmm = 8\n");
+            "version = G16RevC.01\ninfo = 2\noniom = T\nnatom = 8\nnqm = 4\nnqmmm = 8\n\n"
+            "file = made-zand.out\ntype = ZANDORCE\nversion = 1.0\ninfo = 3\noniom = F\n"
+            "natom = 3\n");
 }
 
 TEST_F(ZandorProbe, prints_json_and_goes_on_behind_files_it_cannot_read) {

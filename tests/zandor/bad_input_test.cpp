@@ -54,6 +54,9 @@ const BadInput bad_inputs[] = {
     {"files.out", "0003 T      3    1", "0003 F,,1",
      "25: expected T, or a source job and an operation, for job 3, found no value between "
      "separators"},
+    {"files.out", " 0003 T", " " + std::string(191, '3') + " T",
+     "25: expected a job name of at most 190 characters, found "
+     "'3333333333333333333333333333333333333333'..."},
     {"files.out", " 0003 T", " a/0003 T",
      "25: expected T, or a source job and an operation, for job 3, found a slash"},
     {"files.out", "6     2", "6 3", nullptr},  // an image that no derived job uses
@@ -72,7 +75,7 @@ const BadInput bad_inputs[] = {
     {"coord-ref.log", nullptr, "", "1: expected the first line of the file, found an empty file"},
     {"coord-ref.com", nullptr, "# opt\n\n-1 1\n H 0. 0. 0.\n",
      "5: expected a line that begins with a digit (charge and multiplicity), found the end of the "
-     "file"},
+     "file (a negative charge is written without its sign)"},
     {"coord-0001.sgn", "0.45436779", ",,",
      "18: expected the transition dipole of job 1 (number), found no value between separators"},
     {"coord-0001.sgn", "0.0010067879", std::string("1\0002", 3),
@@ -127,7 +130,7 @@ std::string errors_of(const fs::path& directory, int status,
   for (const char* result : results) {
     EXPECT_EQ(support::read_file(result) == "yesterday", status != 0) << result;
   }
-  return outcome.err;
+  return without_axes_warning(outcome.err);
 }
 
 TEST(bad_input, of_several_jobs_is_named_for_each) {
@@ -200,6 +203,11 @@ TEST(bad_input, or_results_that_lead_to_inputs_stop_the_run) {
     EXPECT_NE(outcome.err.find(alone + found), std::string::npos) << outcome.err;
     fs::remove(result);
   }
+  fs::rename("control.inp", "vib.xyz");
+  EXPECT_NE(support::run({ZANDOR_GATHER, "vib.xyz"})
+                .err.find("vib.xyz: expected a name for a result alone, found the control file"),
+            std::string::npos);
+  EXPECT_NE(support::read_file("vib.xyz").find("&control"), std::string::npos);
 }
 
 TEST(bad_input, or_a_full_disk_leaves_the_results_of_yesterday) {
@@ -258,6 +266,16 @@ TEST(bad_input, ends_a_run_without_control_file_or_keyword) {
   const support::Outcome none = support::run({ZANDOR_GATHER});
   EXPECT_EQ(none.err, "zandor_gather: no control file given (usage: zandor_gather CONTROLFILE)\n");
   EXPECT_EQ(none.status, 2);
+  EXPECT_TRUE(support::run({ZANDOR_GATHER, "-h"}).out.starts_with("Usage: zandor_gather"));
+  EXPECT_EQ(support::run({ZANDOR_GATHER, "my", "control.inp"}).err,
+            "zandor_gather: warning: expected one argument, found 2: only the first is read (see "
+            "zandor_gather --help)\nzandor_gather: my: expected a file that can be read, found: No "
+            "such file or directory (see zandor_gather --help)\n");
+  write_file("control.inp", "&control /\n");
+  EXPECT_EQ(support::run({ZANDOR_GATHER, "control.inp"}).err,
+            "zandor_gather: files.out: expected a file that can be read, found: No such file or "
+            "directory (run it in the job directory)\n");
+  fs::remove("control.inp");
   fs::copy(good, ".");
   edit_file("coord-ref.sgn", "NFC", "nfc");
   const support::Outcome missing = support::run({ZANDOR_GATHER, "control.inp"});
@@ -298,6 +316,15 @@ TEST(bad_input, that_the_program_can_tell_is_warned_of) {
            "files.out:34: symm is false, but 1 job is" + rest_on_zeros +
            "the force differences are not symmetric: 1.7e-01 Hartree/Bohr**2 between coordinates 3 "
            "and 6 (jobs 5, 6, 11, 12)\n"},
+      {{{"coord-ref.com", "-0.23", "-99999.23"}, {"coord-ref.com", "-1.45", "-100000.45"}},
+       "4 numbers are too wide for the columns of the results, where asterisks stand for them\n"},
+      {{{"coord-ref.sgn", "0.0000942708", "0.0012942708"}},
+       "coord-ref.sgn: the reference is not a stationary point: a force of 0.00129 Hartree/Bohr "
+       "acts "
+       "on an atom (see zandor_check)\n"},
+      {{{"control.inp", "disp_sign = 1!", "disp_sign=-1!"}},
+       "1 of 1 vibrations are imaginary: gradients for forces, or the order of the jobs? (see "
+       "zandor_check)\n"},
       {{{"control.inp", "disp_a = 1.0", "disp_a = 0"}},
        "control.inp: disp_a is 0: the animations hold NaN for displacements\n"},
       {{{"control.inp", "disp_a = 1.0", "disp_a = nan dx=0.005"}},

@@ -5,6 +5,7 @@
 //                  if FAULT_WRITING is 1
 //   FAULT_ERROR    the error number with which it fails; negative: the signal to send before it
 //   FAULT_UNNAMED  the error number with which files without a name can never be had
+//   FAULT_MODES    the error number with which permission bits can never be set
 //   FAULT_MARK     a file that is created when the call comes
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -82,5 +83,8 @@ int renameat2(int from, const char* old_path, int to, const char* new_path, unsi
 }
 int memfd_create(const char* name, unsigned flags) { return call(SYS_memfd_create, name, flags); }
 int dup(int file) { return call(SYS_dup, file); }
-int fchmod(int file, mode_t mode) { return call(SYS_fchmod, file, mode); }
+int fchmod(int file, mode_t mode) {
+  if ((errno = setting("FAULT_MODES")) != 0) return -1;
+  return call(SYS_fchmod, file, mode);
+}
 }

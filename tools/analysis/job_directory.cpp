@@ -96,7 +96,7 @@ std::string describe(const std::vector<MassChange>& changes, const zandor::RunDa
   std::string text;
   for (const MassChange& change : changes) {
     text += text.empty() ? "masses changed: " : ", ";
-    text += change.atom == 0 ? "all " + change.element
+    text += change.atom == 0 ? "all " + io::printable(change.element)
                              : "atom " + std::to_string(change.atom) + " (" +
                                    io::printable(symbol_of(run, change.atom)) + ")";
     text += " " + io::shown(change.amu);

@@ -5,10 +5,11 @@ namespace check {
 
 namespace {
 
-// A job is to be run again for its sign file, not for its input.
+// A job is to be run again for its sign file and its output, not for its input.
 void report_fault(const JobData& jobs, int i, Severity severity, const Fault& fault,
                   Report& report) {
-  const bool of_job = fault.file == jobs.job(i).sgn_name.content();
+  const zandor::Job& job = jobs.job(i);
+  const bool of_job = fault.file == job.sgn_name.content() || fault.file == job.log_name.content();
   report.add(severity, fault.place(), fault.text, i,
              of_job ? std::vector<int>{i} : std::vector<int>{});
 }

@@ -1,5 +1,7 @@
 // zandor_export: writes the vibrational analysis of a job directory for other programs and for
 // eyes.
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -134,14 +136,21 @@ void check_first_argument(int argc, const char* const* argv) {
 }
 
 void check_output(const std::string& name, const Results& results) {
-  const std::string input = zandor::input_behind(name, results.input_files);
-  if (input.empty()) return;
-  io::fatal_stop({name}, "expected a file that is no input of the job, found the input " +
-                             io::printable(input));
+  std::vector<std::string> files = results.input_files;
+  files.insert(files.end(),
+               {zandor::animation_name, zandor::projected_animation_name, zandor::report_name});
+  const std::string found = zandor::input_behind(name, files);
+  if (found.empty()) return;
+  io::fatal_stop({name}, "expected a file that is no input or result of the job, found " +
+                             io::printable(found));
 }
 
 void write_format(const Format& format, const Request& request) {
   const bool to_file = !request.output_name.empty() && request.output_name != "-";
+  if (request.output_name.empty() && format.name == std::string_view("html") &&
+      ::isatty(STDOUT_FILENO) == 1) {
+    io::fatal_stop("expected -o FILE for the page, found a terminal");
+  }
   // A name that cannot be written is to be found out before the work is done.
   if (to_file) {
     io::open_replaced(unit, request.output_name);

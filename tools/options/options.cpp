@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "io/fatal.hpp"
+#include "io/process.hpp"
 
 namespace options {
 
@@ -33,6 +33,7 @@ std::vector<std::string> arguments_backwards(const CLI::App& app, int argc,
 
 bool parse(CLI::App& app, int argc, const char* const* argv) {
   const std::string program = io::program_name;
+  io::end_at_closed_pipes();
   app.set_version_flag("--version", program + " " ZANDOR_VERSION);
   try {
     app.parse(arguments_backwards(app, argc, argv));
@@ -51,11 +52,11 @@ bool parse(CLI::App& app, int argc, const char* const* argv) {
 void add_job_options(CLI::App& app, JobOptions& job) {
   app.add_option("CONTROLFILE", job.control_file, "control file of the job directory")->required();
   app.add_option("--mass", job.masses,
-                 "another mass (u) of one atom, as 3=2.014101778; overrides --isotope")
+                 "another mass (amu) of one atom, as 3=2.014101778; overrides --isotope")
       ->allow_extra_args(false)
       ->type_name("ATOM=MASS");
   app.add_option("--isotope", job.isotopes,
-                 "another mass (u) of all atoms of an element, as H=2.014101778")
+                 "another mass (amu) of all atoms of an element, as H=2.014101778")
       ->allow_extra_args(false)
       ->type_name("SYMBOL=MASS");
   app.add_option_function<std::string>(

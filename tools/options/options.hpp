@@ -10,7 +10,8 @@ namespace options {
 
 // Parses the command line with the options that the program has added; --help and --version are
 // added here. False when one of these two was asked for and has been printed: the program is done.
-// A command line that cannot be understood is a fatal stop.
+// A command line that cannot be understood is a fatal stop. From now on a closed pipe ends the
+// program (io::end_at_closed_pipes).
 bool parse(CLI::App& app, int argc, const char* const* argv);
 
 // What the programs that analyse a job directory are told about it, as the user writes it.

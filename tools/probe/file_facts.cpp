@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <limits>
@@ -14,8 +15,10 @@
 #include "flib/qm_file_nbasis_nbsuse.hpp"
 #include "flib/qm_file_nci.hpp"
 #include "flib/qm_file_type.hpp"
+#include "flib/search_word.hpp"
 #include "io/fatal.hpp"
 #include "io/text.hpp"
+#include "io/units.hpp"
 
 namespace probe {
 
@@ -23,12 +26,27 @@ namespace {
 
 constexpr int unset = std::numeric_limits<int>::min();
 
+// "1.0" of the heading " VERSION 1.0"; the heading has been found before.
+std::string version_of_report(const std::string& name) {
+  constexpr int unit = 13;
+  constexpr int last_column = 8;
+  io::Line line;
+  io::open_existing(unit, name);
+  flib::search_word(unit, 2, last_column, "VERSION", line);
+  io::close(unit);
+  const std::string_view text = line.content();
+  return std::string(
+      io::without_leading_blanks(text.substr(std::min<std::size_t>(text.size(), last_column))));
+}
+
 void recognise(const std::string& name, FileFacts& facts) {
   io::Line type;
   io::Line version;
   flib::qm_file_type(name, type, version, facts.info);
   facts.type = type.content();
   facts.version = version.content();
+  // The library gives the line below the one with the version, deliberately.
+  if (facts.type == "ZANDORCE") facts.version = version_of_report(name);
 }
 
 void add_counts(FileFacts& facts, int info, std::vector<std::pair<std::string, int>> counts) {

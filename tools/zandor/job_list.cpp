@@ -16,6 +16,7 @@ namespace zandor {
 namespace {
 
 constexpr const char* section_marker = "Begin_zand_info";
+constexpr std::size_t longest_name = io::line_capacity - std::string_view("coord-.sgn").size();
 
 void add_fault_at(long long line, const std::string& message, FaultList& faults) {
   add_fault({.file = job_list_name, .line = line, .message = message}, faults);
@@ -127,6 +128,11 @@ void read_jobs(RunData& run) {
     job.list_line = io::line_number(input_unit);
     if (i == run.n6 && !job.is_calc) row.warn_of_open_end({"the operation of job", i});
     const std::string base(io::trimmed(io::without_leading_blanks(name.padded())));
+    if (base.size() > longest_name && (i == 0 || job.is_calc)) {
+      io::fatal_stop(io::place(input_unit), "expected a job name of at most " +
+                                                std::to_string(longest_name) +
+                                                " characters, found " + io::quoted(base));
+    }
     job.log_name = "coord-" + base + ".log";
     job.sgn_name = "coord-" + base + ".sgn";
     if (i == 0) run.com_name = "coord-" + base + ".com";
@@ -247,7 +253,7 @@ void warn_of_zeros(const RunData& run) {
 }  // namespace
 
 void read_job_list(RunData& run) {
-  io::open_existing(input_unit, job_list_name);
+  io::open_existing(input_unit, job_list_name, "run it in the job directory");
   read_sizes(run);
   find_job_section();
   read_operations(run);

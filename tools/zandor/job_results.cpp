@@ -64,10 +64,31 @@ void read_geometry_and_masses(RunData& run) {
   }
 }
 
+// The largest force that the sign file holds behind the dipole. Only a warning rests on it: what is
+// missing or malformed is passed over.
+void look_at_forces(RunData& run) {
+  io::Line line;
+  if (!flib::search_word_free(input_unit, forces_header, line)) return;
+  double largest = 0.0;
+  const auto stop = io::collect([&] {
+    for (int a = 1; a <= run.natom; ++a) {
+      io::FreeForm row(input_unit);
+      row.skip_words(1, {"the force on atom", a});
+      for (int k = 0; k < 3; ++k) {
+        double force = 0.0;
+        row.finite_real(force, {"the force on atom", a});
+        largest = std::max(largest, std::fabs(force));
+      }
+    }
+  });
+  if (!stop) run.reference_force = largest;
+}
+
 void read_reference_blocks(RunData& run) {
   io::open_existing(input_unit, run.jobs[0].sgn_name.content());
   read_geometry_and_masses(run);
   read_dipole(0, run.dipole0.data());
+  look_at_forces(run);
   io::close(input_unit);
   for (int a = 1; a <= run.natom; ++a) {
     run.mass(a) *= flib::electron_masses_per_amu;
@@ -79,9 +100,8 @@ void read_reference_blocks(RunData& run) {
 
 void read_reference_sign_file(RunData& run) {
   check_sign_header(run);
-  bool ifoniom = false;
   int info = 0;
-  flib::qm_file_ifoniom(run.jobs[0].log_name.padded(), ifoniom, info);
+  flib::qm_file_ifoniom(run.jobs[0].log_name.padded(), run.layered, info);
   read_reference_blocks(run);
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "zandor/dipole_derivatives.hpp"
+#include "zandor/doubts.hpp"
 #include "zandor/job_list.hpp"
 #include "zandor/job_results.hpp"
 #include "zandor/report.hpp"
@@ -33,6 +34,7 @@ void run_phases(int argc, const char* const* argv) {
   RunData run;
   read_phases(control_file_name(argc, argv), run);
   analyse_phases(run);
+  warn_of_doubts(run);
   write_results(run);
   close_run_log();
 }

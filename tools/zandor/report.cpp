@@ -1,5 +1,7 @@
 #include "zandor/report.hpp"
 
+#include <string>
+
 #include "flib/units_of_measure.hpp"
 #include "flib/write_xyz_vib.hpp"
 #include "io/units.hpp"
@@ -131,6 +133,10 @@ void write_results(const RunData& run) {
   io::begin_results();
   write_animations(run);
   write_report(run);
+  if (const long long count = io::overfull_fields(); count > 0) {
+    io::warn({}, std::to_string(count) + " numbers are too wide for the columns of the results, " +
+                     "where asterisks stand for them");
+  }
   io::put_results_in_place();
 }
 

@@ -42,17 +42,23 @@ std::vector<std::string> input_names(const RunData& run) {
 }
 
 std::string input_behind(const std::string& name, const std::vector<std::string>& inputs) {
-  Status status{};
-  if (::stat(name.c_str(), &status) != 0) return {};
+  Status status{}, of_input{};
+  const bool exists = ::stat(name.c_str(), &status) == 0;
   for (const std::string& input : inputs) {
-    Status of_input{};
-    if (::stat(input.c_str(), &of_input) == 0 && same_file(status, of_input)) return input;
+    if (name == input) return input;
+    if (!exists || ::stat(input.c_str(), &of_input) != 0) continue;
+    if (same_file(status, of_input)) return input;
   }
   return {};
 }
 
 void check_result_names(const RunData& run) {
   for (const char* const result : result_names) {
+    const std::string control(run.control_name.content());
+    if (!input_behind(result, {control}).empty()) {
+      io::fatal_stop({result}, "expected a name for a result alone, found the control file " +
+                                   io::printable(control));
+    }
     Status status{};
     if (!leads_elsewhere(result, status)) continue;
     const std::string input = input_behind(result, input_names(run));

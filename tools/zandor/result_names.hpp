@@ -17,11 +17,11 @@ inline constexpr const char* report_name = "zandor-es.out";
 // read.
 std::vector<std::string> input_names(const RunData& run);
 
-// Of these files the first to which the name leads, too; empty where there is none.
+// Of these files the first that has this name, or to which it leads; empty where there is none.
 std::string input_behind(const std::string& name, const std::vector<std::string>& inputs);
 
-// Stops when the name of a result leads, through a link, to an input of this run or to the file of
-// another result. The control file and the job list have been read.
+// Stops when the name of a result is that of the control file, or leads through a link to an input
+// of this run or to the file of another result. The control file and the job list have been read.
 void check_result_names(const RunData& run);
 
 }  // namespace zandor

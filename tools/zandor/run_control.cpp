@@ -33,7 +33,7 @@ constexpr std::string_view help_text =
     "rigid motions projected out). Exit status: 0 all results are written, 1 the reference sign\n"
     "file lacks a keyword, 2 anything else. Messages name file and line.\n"
     "\n"
-    "  --help     this text\n"
+    "  -h,--help  this text\n"
     "  --version  the version";
 
 }  // namespace
@@ -45,7 +45,8 @@ void close_run_log() { io::close(log_unit); }
 bool print_help_or_version(int argc, const char* const* argv) {
   const std::string_view asked = argc > 1 ? argv[1] : "";
   // A control file of that name comes first.
-  if ((asked != "--help" && asked != "--version") || ::access(argv[1], F_OK) == 0) return false;
+  if (asked != "-h" && asked != "--help" && asked != "--version") return false;
+  if (::access(argv[1], F_OK) == 0) return false;
   io::print_line(asked == "--version" ? version_text : help_text);
   return true;
 }
@@ -56,6 +57,10 @@ io::Line control_file_name(int argc, const char* const* argv) {
   if (name.content().empty()) {
     io::fatal_stop("no control file given (usage: " + std::string(io::program_name) +
                    " CONTROLFILE)");
+  }
+  if (argc > 2) {
+    io::warn({}, "expected one argument, found " + std::to_string(argc - 1) +
+                     ": only the first is read (see zandor_gather --help)");
   }
   return name;
 }
@@ -70,7 +75,7 @@ void read_control_file(const io::Line& name, RunData& run) {
       {"disp_mode", &disp_mode}, {"disp_a", &run.disp_a},   {"disp_sign", &run.disp_sign},
   };
   run.control_name = name;
-  io::open_existing(input_unit, name.content());
+  io::open_existing(input_unit, name.content(), "see " + std::string(io::program_name) + " --help");
   io::read_control_group(input_unit, keys);
   io::close(input_unit);
   if (run.disp_a == 0.0 || !std::isfinite(run.disp_a)) {

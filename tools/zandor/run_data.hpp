@@ -64,6 +64,8 @@ struct RunData {
   flib::Array<double, 2>
       xa;  // of the sign file, Angstrom: the one in which forces and dipoles stand
   std::array<double, 3> dipole0{};  // transition dipole
+  double reference_force = 0.0;     // largest |force| in its sign file, Hartree/Bohr; 0: none there
+  bool layered = false;             // its output tells of an ONIOM job
 
   // Results of the jobs.
   flib::Array<double, 3> force;  // 3 x natom x 0..n6; job 0 stays zero

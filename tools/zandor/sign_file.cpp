@@ -228,7 +228,7 @@ long long pass_over_input_head() {
     if (io::read_line(input_unit, line) != io::read_ok) {
       io::fatal_stop(io::next_place(input_unit),
                      "expected a line that begins with a digit (charge and multiplicity), found "
-                     "the end of the file");
+                     "the end of the file (a negative charge is written without its sign)");
     }
     const std::string_view text = io::without_leading_blanks(line.padded());
     if (!text.empty() && io::is_digit(text.front())) return io::line_number(input_unit);

@@ -47,7 +47,7 @@ void write_xyz_vib(std::string_view fxyz, const int& n, const io::Text<2>* symbo
   const double vmax = largest_component(v, displacement.size());
   int fid = 0;
   get_free_fid(fid);
-  io::open_replaced(fid, fxyz);
+  io::open_replaced(fid, io::trimmed(fxyz));
   io::OutputFile& out = io::output(fid);
   for (int i = 1; i <= n3; ++i) {
     out.integer(n, 4).end_line();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <source_location>
 #include <string>
 #include <string_view>
 
@@ -26,8 +27,10 @@ struct Stop {
   std::string message;  // empty where everything has been printed already
 };
 
-// `text` with every byte that is not printable ASCII written as \xNN, so that it stays on one line.
-std::string printable(std::string_view text);
+// `text` with every byte written as \xNN that belongs to no letter, digit, blank or sign of UTF-8:
+// control characters, invalid bytes, what is not seen and what turns the direction of writing. So
+// it stays on one line. ASCII characters in `besides` are written so, too.
+std::string printable(std::string_view text, std::string_view besides = {});
 
 // `text` as messages quote what was found: printable, cut to 40 characters, in single quotes.
 std::string quoted(std::string_view text);
@@ -67,8 +70,11 @@ class SinkScope {
 void report(const Place& place, std::string_view message);
 void report(const Stop& stop);
 
-// Shows "PROGRAM: warning: FILE:LINE: MESSAGE" and goes on.
-void warn(const Place& place, std::string_view message);
+// Shows "PROGRAM: warning: FILE:LINE: MESSAGE" and goes on. Of the warnings from one place in the
+// code the first 20 are shown; the second function says at the end how many more there were.
+void warn(const Place& place, std::string_view message,
+          const std::source_location& kind = std::source_location::current());
+void show_rest_of_warnings();
 
 // Prints one line on standard output at once. A failure does not end the run, which may have better
 // things to write: it is kept, and the program ends with it (see output_error).

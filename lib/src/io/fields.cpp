@@ -99,9 +99,14 @@ std::uint64_t put_digits(char* end, std::uint64_t number, int count) {
   return number / 10;
 }
 
+long long overfull = 0;
+
 char* right_justified(char* out, std::string_view text, int width) {
   const auto columns = static_cast<std::size_t>(width);
-  if (text.size() > columns) return std::fill_n(out, width, '*');
+  if (text.size() > columns) {
+    ++overfull;
+    return std::fill_n(out, width, '*');
+  }
   out = std::fill_n(out, columns - text.size(), ' ');
   return std::copy(text.begin(), text.end(), out);
 }
@@ -214,5 +219,7 @@ char* int_field(char* out, long long value, int width) {
 char* text_field(char* out, std::string_view text, int width) {
   return right_justified(out, text.substr(0, static_cast<std::size_t>(width)), width);
 }
+
+long long overfull_fields() { return overfull; }
 
 }  // namespace io

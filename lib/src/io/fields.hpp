@@ -21,6 +21,9 @@ char* sci_field(char* out, double value, int width, int decimals);
 
 char* int_field(char* out, long long value, int width);
 
+// How many values were too wide for their fields since the program began.
+long long overfull_fields();
+
 // Text longer than the field shows its first `width` characters.
 char* text_field(char* out, std::string_view text, int width);
 

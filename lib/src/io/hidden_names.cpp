@@ -3,17 +3,21 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <iterator>
 
 namespace io {
 
 namespace {
 
-constexpr int interrupts[] = {SIGINT, SIGTERM, SIGHUP};
+// Signals that cannot be caught, or that do not end a process.
+constexpr int others[] = {SIGKILL, SIGSTOP, SIGCHLD, SIGCONT, SIGTSTP,
+                          SIGTTIN, SIGTTOU, SIGURG,  SIGWINCH};
 
-// What a signal handler may look at: plain memory, changed only while interrupts are held.
+// What a signal handler may look at: plain memory, changed only while signals are held.
 constexpr int most_files = 8;
 char hidden_files[most_files][PATH_MAX];
 
@@ -25,16 +29,19 @@ void remove_and_end(int signal) {
   ::raise(signal);  // delivered when the handler returns
 }
 
-// Once, and not for an interrupt that the process was told to ignore (nohup).
-void watch_interrupts() {
+// Once, and not for a signal that the process was told to ignore (nohup) or that somebody else
+// looks at.
+void watch_signals() {
   static bool watched = false;
   if (watched) return;
   watched = true;
-  for (const int signal : interrupts) {
-    struct sigaction action {};
-    if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
-    action.sa_handler = remove_and_end;
-    ::sigaction(signal, &action, nullptr);
+  struct sigaction action {
+  }, before{};
+  action.sa_handler = remove_and_end;
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    if (std::find(std::begin(others), std::end(others), signal) != std::end(others)) continue;
+    if (::sigaction(signal, &action, &before) != 0) continue;  // the C library's own
+    if (before.sa_handler != SIG_DFL) ::sigaction(signal, &before, nullptr);
   }
 }
 
@@ -53,8 +60,8 @@ std::string hidden_name(const std::string& folder, int number) {
 }
 
 int open_hidden(const std::string& folder, std::string& name) {
-  const InterruptsHeld held;
-  watch_interrupts();
+  const SignalsHeld held;
+  watch_signals();
   for (int i = 0; i < most_hidden_names; ++i) {
     const std::string hidden = hidden_name(folder, i);
     const int descriptor = ::open(hidden.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
@@ -70,7 +77,7 @@ int open_hidden(const std::string& folder, std::string& name) {
 }
 
 void remove_hidden(const std::string& name) {
-  const InterruptsHeld held;
+  const SignalsHeld held;
   ::unlink(name.c_str());
   forget_hidden(name);
 }
@@ -81,13 +88,12 @@ void forget_hidden(const std::string& name) {
   }
 }
 
-InterruptsHeld::InterruptsHeld() {
+SignalsHeld::SignalsHeld() {
   sigset_t set;
-  ::sigemptyset(&set);
-  for (const int signal : interrupts) ::sigaddset(&set, signal);
+  ::sigfillset(&set);
   ::sigprocmask(SIG_BLOCK, &set, &before_);
 }
 
-InterruptsHeld::~InterruptsHeld() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+SignalsHeld::~SignalsHeld() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
 
 }  // namespace io

@@ -1,4 +1,4 @@
-// Hidden names of files that are not complete yet, and the interrupts that must not leave them.
+// Hidden names of files that are not complete yet, and the signals that must not leave them.
 #pragma once
 
 #include <csignal>
@@ -13,21 +13,20 @@ inline constexpr int most_hidden_names = 100;
 std::string hidden_name(const std::string& folder, int number);
 
 // Creates a file with a hidden name for writing and gives its descriptor and name; -1 and errno
-// when that fails. An interrupt (SIGINT, SIGTERM, SIGHUP) removes it before it ends the process,
-// unless the process ignores it.
+// when that fails. A signal that ends the process, but SIGKILL, removes it first.
 int open_hidden(const std::string& folder, std::string& name);
 
 // Removes the file; or forgets it, when it has another name now.
 void remove_hidden(const std::string& name);
 void forget_hidden(const std::string& name);
 
-// Makes interrupts wait as long as it lives.
-class InterruptsHeld {
+// Makes signals wait as long as it lives.
+class SignalsHeld {
  public:
-  InterruptsHeld();
-  ~InterruptsHeld();
-  InterruptsHeld(const InterruptsHeld&) = delete;
-  InterruptsHeld& operator=(const InterruptsHeld&) = delete;
+  SignalsHeld();
+  ~SignalsHeld();
+  SignalsHeld(const SignalsHeld&) = delete;
+  SignalsHeld& operator=(const SignalsHeld&) = delete;
 
  private:
   sigset_t before_;

@@ -13,6 +13,9 @@ namespace io {
 
 namespace {
 
+// What the process was started with.
+void (*before_closed_pipes)(int) = SIG_DFL;
+
 void prepare_process() {
   // A closed standard stream is replaced by one that cannot be written: to write to it stays a
   // failure, and messages cannot end up in the next file that is opened.
@@ -21,7 +24,7 @@ void prepare_process() {
     if (descriptor > STDERR_FILENO) ::close(descriptor);
     if (descriptor < 0 || descriptor > STDERR_FILENO) break;
   }
-  std::signal(SIGPIPE, SIG_IGN);
+  before_closed_pipes = std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
 }
 
@@ -41,10 +44,14 @@ std::optional<Stop> collect(const std::function<void()>& body) {
   return stop;
 }
 
+void end_at_closed_pipes() { std::signal(SIGPIPE, before_closed_pipes); }
+
 int run_program(const std::function<int()>& body) {
   prepare_process();
   int status = 0;
-  if (const auto stop = collect([&] { status = body(); })) {
+  const auto stop = collect([&] { status = body(); });
+  show_rest_of_warnings();
+  if (stop) {
     report(*stop);
     return stop->status;
   }

@@ -19,4 +19,8 @@ std::optional<Stop> collect(const std::function<void()>& body);
 // stream that is closed. Status 2 when standard output could not be written.
 int run_program(const std::function<int()>& body);
 
+// From now on a closed pipe ends the process by its signal, as the readers of a pipe expect of a
+// program that has nothing else to do; unless the process was started to ignore it.
+void end_at_closed_pipes();
+
 }  // namespace io

@@ -164,7 +164,9 @@ int Replacement::begin_renaming(bool exists, mode_t mode) {
   }
   if (!anonymous_) descriptor_ = open_hidden(folder, hidden_);
   if (descriptor_ < 0) return errno;
-  return exists && ::fchmod(descriptor_, mode) != 0 ? errno : 0;
+  struct stat status {};
+  if (!exists || (::fstat(descriptor_, &status) == 0 && (status.st_mode & 07777) == mode)) return 0;
+  return ::fchmod(descriptor_, mode) == 0 ? 0 : EPERM;  // as if the folder took no such file
 }
 
 int Replacement::begin_writing(Way way) {
@@ -259,7 +261,7 @@ void Replacement::swap_back() {
 
 void put_in_place(std::span<Replacement> files) {
   if (files.empty()) return;
-  const InterruptsHeld held;
+  const SignalsHeld held;
   const FolderLock lock(folder_of(files.back().target_));
   const auto stop_at = [&](const Replacement& file, const char* failed, int error) {
     for (Replacement& other : files) {

@@ -23,9 +23,9 @@ class Replacement {
   //     hidden name where the file system has none, which takes the place of the old file and its
   //     permission bits. Links are followed: the file to which they lead is replaced.
   //   - A name that leads to no regular file (a device, a pipe that somebody reads), and a file
-  //     that can be written in a folder that takes no new one, are written when all is complete;
-  //     until then the content is kept in memory, and such a file's old content while it is
-  //     written.
+  //     that can be written in a folder that takes no new one, or none with the old one's bits, are
+  //     written when all is complete; until then the content is kept in memory, and such a file's
+  //     old content while it is written.
   int begin(const std::string& name);
 
   // The descriptor to write to.
@@ -66,7 +66,7 @@ class Replacement {
 // Puts complete files in place in their order, all or none: a failure is a fatal stop that takes
 // back those already in place. What goes to a device or pipe goes first, since only it cannot be
 // taken back.
-// Interrupts wait until it is done, and so does another program that does this in the same folder.
+// Signals wait until it is done, and so does another program that does this in the same folder.
 void put_in_place(std::span<Replacement> files);
 
 }  // namespace io

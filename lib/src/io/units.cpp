@@ -65,10 +65,12 @@ int connect_input(int fid, std::string_view name) {
   return error;
 }
 
-[[noreturn]] void stop_at_open(std::string_view name, const char* wanted, int error) {
+[[noreturn]] void stop_at_open(std::string_view name, const char* wanted, int error,
+                               std::string_view hint = {}) {
   const std::string_view shown = trimmed(name);
   fatal_stop({shown.empty() ? std::string_view("''") : shown},
-             std::string("expected ") + wanted + ", found: " + strerror(error));
+             std::string("expected ") + wanted + ", found: " + strerror(error) +
+                 (hint.empty() ? "" : " (" + std::string(hint) + ")"));
 }
 
 using Open = int (OutputFile::*)(const std::string& name);
@@ -76,7 +78,7 @@ using Open = int (OutputFile::*)(const std::string& name);
 void connect_output(int fid, std::string_view name, Open open) {
   Table& units = table();
   auto file = std::make_unique<OutputFile>();
-  const int error = (*file.*open)(std::string(trimmed(name)));
+  const int error = (*file.*open)(std::string(name));
   if (error != 0) stop_at_open(name, "a file that can be written", error);
   units.outputs[fid] = {std::move(file), ++units.opened};
 }
@@ -88,9 +90,9 @@ void drop_since(std::map<int, Opened<File>>& files, long long number) {
 
 }  // namespace
 
-void open_existing(int fid, std::string_view name) {
+void open_existing(int fid, std::string_view name, std::string_view hint) {
   const int error = connect_input(fid, name);
-  if (error != 0) stop_at_open(name, "a file that can be read", error);
+  if (error != 0) stop_at_open(name, "a file that can be read", error, hint);
 }
 
 int try_open_existing(int fid, std::string_view name) { return connect_input(fid, name); }

@@ -17,15 +17,16 @@ namespace io {
 inline constexpr int standard_input = 5;
 
 // Opens a file that must exist for reading. Trailing blanks of a name are not part of it. A file
-// that cannot be opened, or a directory, is a fatal stop with the system's reason.
-void open_existing(int fid, std::string_view name);
+// that cannot be opened, or a directory, is a fatal stop with the system's reason and, in brackets,
+// the hint.
+void open_existing(int fid, std::string_view name, std::string_view hint = {});
 
 // The same, but the result says how it went: 0 or the system's error number. Nothing is open then.
 int try_open_existing(int fid, std::string_view name);
 
 // Opens a file for writing: one that takes the place of what stands under the name when it is
-// closed, or (open_kept) the file itself, created if absent and otherwise left as it is. Failure is
-// a fatal stop.
+// closed, or (open_kept) the file itself, created if absent and otherwise left as it is. All
+// characters belong to the name. Failure is a fatal stop.
 void open_replaced(int fid, std::string_view name);
 void open_kept(int fid, std::string_view name);
 

@@ -92,14 +92,34 @@ Json threshold_records(const Thresholds& limits) {
   return records;
 }
 
-Json figure_records(const Report& report) {
-  Json records = Json::array();
-  for (const Figure& figure : report.figures) {
-    records.push_back({{"check", figure.check},
-                       {"name", figure.name},
-                       {"value", figure.is_list ? Json(figure.values) : Json(figure.values[0])}});
+Json figure_record(const Figure& figure) {
+  return {{"check", figure.check},
+          {"name", figure.name},
+          {"value", figure.is_list ? Json(figure.values) : Json(figure.values[0])}};
+}
+
+// Lines of one value of the document, all but the first `depth` blanks further to the right.
+std::string value_text(const Json& value, std::size_t depth) {
+  std::string text = value.dump(1, ' ', false, Json::error_handler_t::replace);
+  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += depth) {
+    text.insert(++at, depth, ' ');
   }
-  return records;
+  return text;
+}
+
+void print_member(const std::string& key, const Json& value, const char* end = ",") {
+  io::print_line(" \"" + key + "\": " + value_text(value, 1) + end);
+}
+
+// The records of a list one by one, since there may be many.
+template <class Items, class RecordOf>
+void print_records(const std::string& key, const Items& items, const RecordOf& record_of) {
+  if (items.empty()) return print_member(key, Json::array());
+  io::print_line(" \"" + key + "\": [");
+  for (const auto& item : items) {
+    io::print_line("  " + value_text(record_of(item), 2) + (&item == &items.back() ? "" : ","));
+  }
+  io::print_line(" ],");
 }
 
 }  // namespace
@@ -126,19 +146,19 @@ void print_list(const JobData& jobs, const Report& report) {
 
 void print_json(const std::string& control_file, const JobData& jobs, const Thresholds& limits,
                 const Report& report) {
-  Json document;
-  document["program"] = io::program_name;
-  document["control_file"] = control_file;
-  document["summary"] = summary_record(jobs, report);
-  Json findings = Json::array();
-  for (const Finding& finding : report.findings) {
-    findings.push_back(finding_record(jobs, finding));
-  }
-  document["findings"] = std::move(findings);
-  document["figures"] = figure_records(report);
-  document["thresholds"] = threshold_records(limits);
-  document["rerun"] = names_to_rerun(jobs, report);
-  io::print_line(document.dump(1, ' ', false, Json::error_handler_t::replace));
+  // The library ends the process when memory ends while it holds a value: that there is enough for
+  // the largest one, a number per job, is found out before.
+  ::operator delete(::operator new((std::size_t{1} << 20) + 400 * jobs.run.jobs.size()));
+  io::print_line("{");
+  print_member("program", io::program_name);
+  print_member("control_file", control_file);
+  print_member("summary", summary_record(jobs, report));
+  print_records("findings", report.findings,
+                [&](const Finding& finding) { return finding_record(jobs, finding); });
+  print_records("figures", report.figures, figure_record);
+  print_member("thresholds", threshold_records(limits));
+  print_member("rerun", names_to_rerun(jobs, report), "");
+  io::print_line("}");
 }
 
 }  // namespace check
