@@ -46,7 +46,27 @@ TEST_F(ZandorCheck, prints_findings_and_a_summary) {
   support::write_file("coord-ch2o-s1-ref.com", com.substr(0, com.find_last_not_of('\n') + 1));
   support::edit_file("files.out", "ch2o-s1-02px", "ch2o-s1-01px");
   EXPECT_EQ(run({"--list"}).out, "ch2o-s1-03mx\n");
+  std::filesystem::remove("coord-ch2o-s1-ref.log");
+  EXPECT_EQ(run({"--list"}).out, "ch2o-s1-ref\nch2o-s1-03mx\n");
 }
+
+#ifndef __SANITIZE_ADDRESS__  // which needs more memory itself
+TEST_F(ZandorCheck, prints_no_half_document_where_memory_ends) {
+  support::run(
+      {"bash", "-c",
+       "{ printf 'a b c 100\\na b c 1\\nstep 0.005\\nBegin_zand_info\\n\\na b c 0\\n\\n\\n\\n';"
+       " yes '1 H 1' | head -n 100; echo; echo; echo; seq -f '0 j%g T 0 0' 0 600; } >files.out"});
+  int refused = 0;
+  for (int limit = 40000; refused < 5; limit -= 300) {
+    const std::string line = "ulimit -v " + std::to_string(limit) + "; \"$0\" --json control.inp";
+    const support::Outcome outcome = support::run({"bash", "-c", line, ZANDOR_CHECK});
+    if (outcome.status == 1) continue;
+    ++refused;
+    EXPECT_EQ(outcome.status, 2) << outcome.err;
+    EXPECT_EQ(outcome.out, "") << limit;
+  }
+}
+#endif
 
 TEST_F(ZandorCheck, prints_everything_as_json) {
   std::filesystem::copy_file(PROJECT_FOLDER "/examples/formaldehyde-s1/coord-ch2o-s1-03mx.sgn",

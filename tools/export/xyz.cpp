@@ -16,8 +16,9 @@ std::string mode_facts(const Results& results, const ModeList& list, std::size_t
                      " frequency_cm-1=" + shortest(list.frequencies[mode - 1]) +
                      " reduced_mass_u=" + shortest(list.reduced_masses[mode - 1]) +
                      " rigid_weight=" + shortest(list.rigid_weights[mode - 1]);
-  if (!results.changed_masses.empty())
+  if (!results.changed_masses.empty()) {
     text += " note=\"" + io::printable(results.changed_masses, "\"") + "\"";
+  }
   return text;
 }
 

@@ -35,8 +35,8 @@ void watch_signals() {
   static bool watched = false;
   if (watched) return;
   watched = true;
-  struct sigaction action {
-  }, before{};
+  struct sigaction action {};
+  struct sigaction before {};
   action.sa_handler = remove_and_end;
   for (int signal = 1; signal <= SIGRTMAX; ++signal) {
     if (std::find(std::begin(others), std::end(others), signal) != std::end(others)) continue;

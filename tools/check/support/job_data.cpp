@@ -203,10 +203,12 @@ void read_computed(JobData& jobs, int i) {
   const std::vector<Fault> malformed = malformed_values(jobs, i);
   reading.other_faults.insert(reading.other_faults.end(), malformed.begin(), malformed.end());
   if (!fault) fault = fault_of_forces(jobs, i);
-  if (fault) {
+  // Memory that nothing was written to is not to be had before it is needed.
+  const double* const forces = run.force.column(1, i);
+  if (fault && std::any_of(forces, forces + run.n3, [](double f) { return f != 0.0; })) {
     std::fill_n(run.force.column(1, i), run.n3, 0.0);
-    std::fill_n(run.tdip.column(i), 3, 0.0);
   }
+  if (fault) std::fill_n(run.tdip.column(i), 3, 0.0);
   reading.force_rounding = print_rounding(run.force.column(1, i), run.n3);
 }
 
@@ -226,7 +228,10 @@ void read_job_data(const std::string& control_file, JobData& jobs) {
   for (int i = 1; i <= run.n6; ++i) {
     if (jobs.job(i).is_calc) read_computed(jobs, i);
   }
-  zandor::derive_symmetry_jobs(run);
+  const auto can_be_used = [&](int i) { return i > 0 && !jobs.reading(i).fault; };
+  if (std::any_of(jobs.sources.begin() + 1, jobs.sources.end(), can_be_used)) {
+    zandor::derive_symmetry_jobs(run);
+  }
 }
 
 int step_sign(const zandor::RunData& run, int i) {
