@@ -18,15 +18,23 @@ struct ModeList {
   std::vector<int> rigid_motions;      // numbers of the modes with the largest rigid weights
   // 3 x natom x 3 natom: displacement of an atom in a mode, of unit Cartesian length.
   flib::Array<double, 3> displacements;
-  // dmu/dQ in e/sqrt(m_e), three components per mode; empty where it is not known.
-  std::vector<double> dipole_derivatives;
+  // dmu/dQ in e/sqrt(m_e), three components per mode, and the strengths of the 0-1 transitions (0
+  // where there is none, analysis/herzberg_teller.hpp); empty where they are not known.
+  std::vector<double> dipole_derivatives, strengths;
 };
 
-struct Results {
+// What was changed, assumed or doubted: a sentence.
+struct Note {
+  std::string text;
+  bool warning = false;  // results may be wrong
+};
+
+struct Content {
+  std::string folder;  // name of the job directory
   std::string control_file;
   std::vector<std::string> input_files;  // everything that was read, the control file first
-  std::vector<std::string> notes;        // what was changed or assumed, a sentence each
-  std::string changed_masses;            // the note on masses; empty where none was changed
+  std::vector<Note> notes;
+  std::string changed_masses;  // the note on masses; empty where none was changed
 
   std::vector<std::string> symbols;  // printable, none of them empty
   std::vector<int> atomic_numbers;
