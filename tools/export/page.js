@@ -17,9 +17,10 @@
     var parts = value.toExponential(digits === undefined ? 2 : digits).split('e');
     return parts[0].replace('-', '\u2212') + 'e' + (+parts[1] < 0 ? '\u2212' : '+') + Math.abs(parts[1]);
   }
-  function termText(value) { return scientific(value, 0); }
   // What symmetry makes zero is left over as rounding: nobody wants to read its digits.
   function slopeText(value) { return scientific(value, 1e-9 * steepest); }
+  function strengthText(value) { return scientific(value, 1e-15 * strongest); }
+  function lengthText(value) { return scientific(value, 1e-7 * Math.sqrt(2 * strongest)); }
   function frequencyText(value, digits) { return value < 0 ? fixed(-value, digits) + '\u2009i' : fixed(value, digits); }
   function node(tag, text, title) {
     var element = document.createElement(tag);
@@ -40,9 +41,9 @@
   if (has_dipoles) {
     columns.push({ key: 'slope', name: '|d\u03bc/dQ|', unit: 'a.u.', show: slopeText,
       title: 'Length of the derivative of the transition dipole along the mass-weighted mode, e/\u221am\u2091' });
-    columns.push({ key: 'length', name: '|d\u03bc/dq|', unit: 'a.u.', show: termText,
+    columns.push({ key: 'length', name: '|d\u03bc/dq|', unit: 'a.u.', show: lengthText,
       title: 'The same along the dimensionless mode q = \u221a\u03c9 Q, e a\u2080' });
-    columns.push({ key: 'strength', name: 'Strength', short: 'Str.', unit: '0\u20131, a.u.', show: termText,
+    columns.push({ key: 'strength', name: 'Strength', short: 'Str.', unit: '0\u20131, a.u.', show: strengthText,
       title: 'Strength of the transition 0\u20131: \u00bd|d\u03bc/dq|\u00b2, e\u00b2a\u2080\u00b2' });
   }
 
@@ -144,8 +145,8 @@
       node('span', '|d\u03bc/dQ| = ' + fixed(slope, 3) + ' D/(\u00c5\u221au)', 'Its length in Debye, Angstrom and atomic mass units'));
     if (mode.strength !== null) {
       terms.append(
-        node('span', '|d\u03bc/dq| = ' + termText(mode.length) + ' ea\u2080', 'Its length along the dimensionless mode q = \u221a\u03c9 Q'),
-        node('span', '\u00bd|d\u03bc/dq|\u00b2 = ' + termText(mode.strength) + ' e\u00b2a\u2080\u00b2', 'Strength of the transition 0\u20131'));
+        node('span', '|d\u03bc/dq| = ' + lengthText(mode.length) + ' ea\u2080', 'Its length along the dimensionless mode q = \u221a\u03c9 Q'),
+        node('span', '\u00bd|d\u03bc/dq|\u00b2 = ' + strengthText(mode.strength) + ' e\u00b2a\u2080\u00b2', 'Strength of the transition 0\u20131'));
     }
     if (mode.strength > 0) terms.append(node('span', fixed(100 * mode.strength / sum, 2) + ' %', 'Share of the sum of the strengths'));
     detail.append(terms);
@@ -284,7 +285,7 @@
       context.fillText(name, stick.x, stick.y - 9);
     });
     at('spectrum-title').textContent = byStrength ? 'Herzberg\u2013Teller strength of the 0\u20131 transitions' : 'Frequencies';
-    at('sum').textContent = !byStrength ? '' : sum > 0 ? 'sum ' + termText(sum) + ' e\u00b2a\u2080\u00b2' : 'no strength in first order';
+    at('sum').textContent = !byStrength ? '' : sum > 0 ? 'sum ' + strengthText(sum) + ' e\u00b2a\u2080\u00b2' : 'no strength in first order';
     at('sum').title = sum > 0 ? 'Sum of the strengths of all vibrations: ' + sum : 'No derivative of the transition dipole is above the rounding of the printed dipoles';
     canvas.setAttribute('aria-label', 'Stick spectrum of ' + vibrations.length + ' vibrations; the table holds its numbers');
   }
