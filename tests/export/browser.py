@@ -1,35 +1,37 @@
-"""Drives a headless Chromium over its remote debugging port, with nothing but Python's standard library."""
+"""Drives a headless Chromium through its debugging pipe, with nothing but Python's standard library."""
 import base64
+import fcntl
 import json
 import os
-import socket
-import struct
 import subprocess
 import time
-import urllib.request
 
 
 class Browser:
     """A browser with one page. Use as a context manager; `folder` is an empty folder for its files."""
 
     def __init__(self, program, folder):
-        self.profile = os.path.join(folder, "profile")
+        (commands, self.commands), (self.answers, answers) = os.pipe(), os.pipe()
+
+        def place_pipes():  # the browser reads from descriptor 3 and writes to 4
+            ends = [fcntl.fcntl(end, fcntl.F_DUPFD, 10) for end in (commands, answers)]
+            for descriptor, end in zip((3, 4), ends):
+                os.dup2(end, descriptor)
+
         self.process = subprocess.Popen(
             [program, "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
              "--disable-background-networking", "--disable-component-update", "--disable-sync",
-             "--disable-dev-shm-usage", "--hide-scrollbars", "--remote-debugging-port=0",
-             "--user-data-dir=" + self.profile, "about:blank"],
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        try:
-            port = self._wait_for_port()
-            self.socket = self._connect(port)
-        except BaseException:
-            self.process.kill()
-            self.process.wait()
-            raise
+             "--disable-dev-shm-usage", "--hide-scrollbars", "--remote-debugging-pipe",
+             "--user-data-dir=" + os.path.join(folder, "profile"), "about:blank"],
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, close_fds=False, preexec_fn=place_pipes)
+        os.close(commands)
+        os.close(answers)
         self.received = b""
         self.last_id = 0
         self.events = []
+        self.session = {}
+        page = [target for target in self.call("Target.getTargets")["targetInfos"] if target["type"] == "page"][0]
+        self.session = {"sessionId": self.call("Target.attachToTarget", targetId=page["targetId"], flatten=True)["sessionId"]}
         for domain in ("Page", "Runtime", "Log", "Network"):
             self.call(domain + ".enable")
 
@@ -37,78 +39,27 @@ class Browser:
         return self
 
     def __exit__(self, *_):
+        os.close(self.commands)  # which ends it
         try:
-            self.call("Browser.close")
             self.process.wait(20)
-        except Exception:
+        except subprocess.TimeoutExpired:
             self.process.kill()
             self.process.wait()
 
-    def _wait_for_port(self):
-        for _ in range(300):
-            if self.process.poll() is not None:
-                raise RuntimeError("the browser ended with status %d" % self.process.returncode)
-            try:
-                with open(os.path.join(self.profile, "DevToolsActivePort")) as file:
-                    return int(file.readline())
-            except (OSError, ValueError):
-                time.sleep(0.1)
-        raise RuntimeError("the browser opened no debugging port within 30 s")
-
-    @staticmethod
-    def _connect(port):
-        direct = urllib.request.build_opener(urllib.request.ProxyHandler({}))
-        pages = json.load(direct.open("http://127.0.0.1:%d/json/list" % port, timeout=20))
-        path = [page for page in pages if page["type"] == "page"][0]["webSocketDebuggerUrl"].split("/", 3)[3]
-        connection = socket.create_connection(("127.0.0.1", port), timeout=60)
-        key = base64.b64encode(os.urandom(16)).decode()
-        connection.sendall(("GET /%s HTTP/1.1\r\nHost: 127.0.0.1:%d\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
-                            "Sec-WebSocket-Key: %s\r\nSec-WebSocket-Version: 13\r\n\r\n" % (path, port, key)).encode())
-        head = b""
-        while not head.endswith(b"\r\n\r\n"):
-            head += connection.recv(1)
-        if b" 101 " not in head.split(b"\r\n")[0]:
-            raise RuntimeError("no websocket: %r" % head)
-        return connection
-
-    def _bytes(self, count):
-        while len(self.received) < count:
-            piece = self.socket.recv(1 << 16)
-            if not piece:
-                raise RuntimeError("the browser closed the connection")
-            self.received += piece
-        result, self.received = self.received[:count], self.received[count:]
-        return result
-
-    def _send(self, text):
-        data = text.encode()
-        mask = os.urandom(4)
-        if len(data) < 126:
-            size = struct.pack("!B", 0x80 | len(data))
-        elif len(data) < 1 << 16:
-            size = struct.pack("!BH", 0x80 | 126, len(data))
-        else:
-            size = struct.pack("!BQ", 0x80 | 127, len(data))
-        self.socket.sendall(b"\x81" + size + mask + bytes(b ^ mask[i % 4] for i, b in enumerate(data)))
-
     def _receive(self):
-        text = b""
-        while True:
-            first, size = self._bytes(2)
-            if size == 126:
-                size, = struct.unpack("!H", self._bytes(2))
-            elif size == 127:
-                size, = struct.unpack("!Q", self._bytes(8))
-            piece = self._bytes(size)
-            if first & 0x0f in (0, 1):
-                text += piece
-                if first & 0x80:
-                    return json.loads(text)
+        while b"\0" not in self.received:
+            piece = os.read(self.answers, 1 << 16)
+            if not piece:
+                raise RuntimeError("the browser has ended")
+            self.received += piece
+        text, self.received = self.received.split(b"\0", 1)
+        return json.loads(text)
 
     def call(self, method, **parameters):
         """The result of a command; events that arrive meanwhile are kept."""
         self.last_id += 1
-        self._send(json.dumps({"id": self.last_id, "method": method, "params": parameters}))
+        command = {"id": self.last_id, "method": method, "params": parameters, **self.session}
+        os.write(self.commands, json.dumps(command).encode() + b"\0")
         while True:
             message = self._receive()
             if message.get("id") == self.last_id:

@@ -32,5 +32,5 @@ add_program_test(ZandorExport.molden_is_read_by_open_babel ${scripts}/openbabel_
 add_program_test(ZandorExport.json_fits_its_schema ${scripts}/schema_test.py
   $<TARGET_FILE:zandor_export> ${PROJECT_SOURCE_DIR}/docs/zandor-vibrations.schema.json ${jobs})
 add_program_test(ZandorExport.page_works_in_chromium ${scripts}/page_test.py
-  $<TARGET_FILE:zandor_export> $<TARGET_FILE:make_jobs> $<IF:$<AND:$<CONFIG:Release>,$<NOT:$<BOOL:${ZANDOR_SANITIZE}>>>,300,60>
+  $<TARGET_FILE:zandor_export> $<TARGET_FILE:zandor_ht> $<TARGET_FILE:make_jobs> $<IF:$<AND:$<CONFIG:Release>,$<NOT:$<BOOL:${ZANDOR_SANITIZE}>>>,300,60>
   ${PROJECT_SOURCE_DIR}/examples/formaldehyde-s1)

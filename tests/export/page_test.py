@@ -1,10 +1,11 @@
 """The page in a headless Chromium: what it shows, saves and does not ask the network for.
 
-usage: page_test.py ZANDOR_EXPORT MAKE_JOBS LARGE JOBDIRECTORY
+usage: page_test.py ZANDOR_EXPORT ZANDOR_HT MAKE_JOBS LARGE JOBDIRECTORY
 
 LARGE is the number of atoms of the large molecule.
 """
 import json
+import math
 import os
 import shutil
 import subprocess
@@ -15,7 +16,7 @@ import time
 from browser import Browser
 from common import copy_of, export, skip
 
-program, make_jobs, large_natom, example = sys.argv[1:5]
+program, zandor_ht, make_jobs, large_natom, example = sys.argv[1:6]
 chromium = shutil.which("chromium") or shutil.which("chromium-browser")
 if chromium is None:
     skip("needs chromium")
@@ -50,8 +51,14 @@ def check_picking(browser, count):
     assert pixels(browser) != moving, "moves"
     browser.click("#play")
     rest = pixels(browser)
-    browser.click("#arrows")
-    assert pixels(browser) != rest, "arrows"
+    browser.click("#play")
+    time.sleep(0.3)
+    browser.click("#play")
+    assert pixels(browser) == rest, "pauses where the arrows begin"
+    for control in "arrows", "numbers":
+        before = pixels(browser)
+        browser.click("#" + control)
+        assert pixels(browser) != before, control
     browser.click("#sets label:last-of-type span")
     assert browser.evaluate("document.querySelector('[name=set]:checked').value") == "unprojected"
     browser.click("#sets label:first-of-type span")
@@ -65,34 +72,82 @@ def check_sorting(browser, modes):
     browser.click("#modes th:nth-child(1) button")
 
 
+def check_values(browser, folder, data, *options):
+    """What the table, its tooltips and the sum of strengths show, beside zandor_ht and the masses and displacements."""
+    run = subprocess.run([zandor_ht, "control.inp", "--json", *options], cwd=folder, capture_output=True, check=True)
+    terms = json.loads(run.stdout)
+    shown = browser.evaluate("Array.from(document.querySelectorAll('#modes tbody tr'), function (row) {"
+                             " return Array.from(row.cells, function (c) { return [c.textContent, c.title.split(': ').pop()]; }); })")
+    wanted = {k: [k, 0, None, 1, None, None, None] for k in range(1, len(shown) + 1)}
+    for mode in terms["modes"]:
+        wanted[mode["mode"]] = [mode["mode"], mode["frequency"], None, 0, math.hypot(*mode["dmu_dQ"]), mode["dmu_dq"], mode["strength"]]
+    for k, (row, displacement) in enumerate(zip(shown, data["projected"]["displacements"]), 1):
+        wanted[k][2] = sum(m * x * x for m, atom in zip(data["masses"], displacement) for x in atom)
+        for column, ((text, title), value) in enumerate(zip(row, wanted[k])):
+            if value is None:  # the derivatives along rigid motions are none of zandor_ht
+                continue
+            number = float(title) if title != "none" else 0.0
+            assert abs(number - value) <= 1e-9 * abs(value) + 1e-15, (k, row, wanted[k])
+            text = float(text.replace("\u2212", "-").replace("\u2013", "0")) if "i" not in text else -float(text.split("\u2009")[0])
+            assert abs(text - value) <= max(0.0051 * abs(value), 5.1e-4 if column < 4 else 1e-9), (k, row, wanted[k])
+    total = browser.evaluate("document.getElementById('sum').title.split(': ').pop()")
+    assert abs(float(total) / terms["totals"]["strength"] - 1) < 1e-9, total
+    untitled = "Array.from(document.querySelectorAll('button, label, td, #detail span, #detail strong')).filter(function (e) { return !e.title; }).length"
+    assert browser.evaluate(untitled) == 0
+    assert browser.evaluate("document.querySelector('h1').textContent").endswith(os.path.basename(folder))
+
+
+def saved(folder, name):
+    for _ in range(100):
+        if os.path.exists(os.path.join(folder, name)):
+            break
+        time.sleep(0.1)
+    with open(os.path.join(folder, name), "rb") as file:
+        return file.read()
+
+
 def check_files(browser, folder, modes, *options):
-    """The files of the two buttons hold the numbers of the JSON."""
+    """The files of the buttons: the table with the numbers of the JSON, the frame of zandor_export xyz, a picture."""
     browser.call("Browser.setDownloadBehavior", behavior="allow", downloadPath=folder)
     count = len(modes["frequencies"])
-    browser.click("#csv")
-    browser.click("#xyz")
-    for name in ("modes-projected.csv", "mode-%d.xyz" % count):
-        for _ in range(100):
-            if os.path.exists(os.path.join(folder, name)):
-                break
-            time.sleep(0.1)
-    with open(os.path.join(folder, "modes-projected.csv")) as file:
-        lines = file.read().split("\n")[:-1]
+    for button in "csv", "xyz", "png":
+        browser.click("#" + button)
+    lines = saved(folder, "modes-projected.csv").decode().split("\n")[:-1]
     assert lines[0] == "# masses changed: all H 2.014101778", lines[0]
     names, *rows = (line.split(",") for line in lines if not line.startswith("#"))
-    assert [float(row[1]) for row in rows] == modes["frequencies"]
+    for name, values in ("frequency_cm-1", modes["frequencies"]), ("reduced_mass_u", modes["reduced_masses"]):
+        assert [float(row[names.index(name)]) for row in rows] == values
     assert all(len(row) == len(names) for row in rows)
-    terms = [[row[names.index(name)] for name in ("dmu_dq_au", "strength_0-1_au")] for row in rows]
-    assert all(abs(float(p) ** 2 / 2 - float(q)) < 1e-15 for p, q in terms if q)
-    assert sum(q != "" for _, q in terms) == count - 7, "all but rigid motions and the imaginary mode"
-    with open(os.path.join(folder, "mode-%d.xyz" % count)) as file:
-        frame = file.read().split("\n")
+    assert sum(row[names.index("strength_0-1_au")] != "" for row in rows) == count - 7, "all but rigid motions and the imaginary mode"
+    frame = saved(folder, "mode-%d.xyz" % count).decode().split("\n")
     wanted = export(program, folder, "xyz", "--mode", str(count), *options).split("\n")
-    assert frame[0] == wanted[0] and "mode#=%d frequency_cm-1=%r" % (count, modes["frequencies"][-1]) in frame[1]
-    assert frame[1].endswith(' note="masses changed: all H 2.014101778"'), frame[1]
-    for mine, theirs in zip(frame[2:-1], wanted[2:-1]):
-        mine, theirs = mine.split(), theirs.split()
-        assert mine[0] == theirs[0] and all(abs(float(p) - float(q)) < 2e-5 for p, q in zip(mine[1:], theirs[1:]))
+    assert frame[:2] == wanted[:2] and frame[1].endswith(' note="masses changed: all H 2.014101778"'), frame
+    for mine, theirs in zip(frame[2:], wanted[2:]):
+        assert mine[:52] == theirs[:52] and len(mine) == len(theirs), "only displacements are rounded"
+        assert all(abs(float(p) - float(q)) < 2e-5 for p, q in zip(mine[52:].split(), theirs[52:].split()))
+    assert saved(folder, "mode-%d.png" % count).startswith(b"\x89PNG")
+
+
+def check_sticks(browser, folder):
+    """Two vibrations of nearly one frequency stand side by side; a motion out of the plane of all atoms has arrows to see."""
+    page = os.path.join(folder, "modes.html")
+    with open(page) as file:
+        text = file.read()
+    begin, end = text.index("[[1,"), text.index("]]", text.index("[[1,"))
+    rows = json.loads(text[begin:end + 2])
+    rows[9][1] = rows[8][1] + 0.05
+    with open(page, "w") as file:
+        file.write(text[:begin] + json.dumps(rows) + text[end + 2:])
+    browser.prefer(reduced_motion="reduce", colour_scheme="light")
+    browser.open(page, 1280, 900)
+    assert browser.evaluate("""(function () { var c = document.getElementById('molecule'), n = 0;
+        var d = c.getContext('2d').getImageData(0, 0, c.width, c.height).data;
+        for (var i = 0; i < d.length; i += 4) n += d[i] === 200 && d[i + 1] === 102 && d[i + 2] === 28; return n; })()""") > 50
+    browser.click("#heights label:last-of-type span")
+    sticks = browser.evaluate("""(function () { var c = document.getElementById('spectrum'), runs = 0, before = 0;
+        var d = c.getContext('2d').getImageData(0, c.height - 60, c.width, 1).data;
+        for (var i = 3; i < d.length; i += 4) { runs += d[i] > 60 && before <= 60; before = d[i]; } return runs; })()""")
+    assert sticks >= 6, sticks
 
 
 def check_narrow_and_dark(browser, folder):
@@ -100,11 +155,27 @@ def check_narrow_and_dark(browser, folder):
     browser.prefer(reduced_motion="reduce", colour_scheme="dark")
     assert pixels(browser, "spectrum") != light, "dark mode"
     browser.prefer(colour_scheme="light")
-    browser.open(os.path.join(folder, "modes.html"), 420, 900)
-    assert browser.evaluate("document.documentElement.scrollWidth") <= 420
+    browser.call("Emulation.setTouchEmulationEnabled", enabled=True)
+    browser.open(os.path.join(folder, "modes.html"), 375, 900)
+    assert browser.evaluate("document.querySelector('.hint').innerText") == "drag to turn, pinch to zoom"
+    browser.call("Emulation.setTouchEmulationEnabled", enabled=False)
     moving = pixels(browser)
     time.sleep(0.2)
     assert pixels(browser) != moving, "moves by itself"
+
+
+def check_width(browser, folder, width):
+    """Neither page nor table is wider than its window."""
+    browser.open(os.path.join(folder, "modes.html"), width, 900)
+    assert browser.evaluate("document.documentElement.scrollWidth") <= width
+    assert browser.evaluate("(function (e) { return e.scrollWidth - e.clientWidth; })(document.querySelector('.scroll'))") <= 0
+
+
+def check_policy(browser):
+    """The page's own script runs; one that was not there when the page was made does not."""
+    browser.evaluate("document.head.append(Object.assign(document.createElement('script'), {textContent: 'window.strange = 1'}))")
+    assert browser.evaluate("window.strange") is None
+    assert any("Content Security Policy" in text for text in browser.complaints())
 
 
 with tempfile.TemporaryDirectory() as temporary, Browser(chromium, temporary) as browser:
@@ -116,9 +187,18 @@ with tempfile.TemporaryDirectory() as temporary, Browser(chromium, temporary) as
         open_page(browser, folder, *options)
         check_picking(browser, 3 * natom)
         if folder is small:
-            modes = json.loads(export(program, folder, "json", *options))["projected"]
+            data = json.loads(export(program, folder, "json", *options))
+            modes = data["projected"]
             check_sorting(browser, modes)
+            check_values(browser, folder, data, *options)
             check_files(browser, folder, modes, *options)
             check_narrow_and_dark(browser, folder)
+            check_sticks(browser, folder)
+        else:
+            colours = [browser.evaluate("getComputedStyle(document.querySelector('%s')).color" % place) for place in ("#warnings li", "h1", "#origin")]
+            assert len(set(colours)) == 3, "a warning is to be seen"
+        for width in 1280, 700, 375:
+            check_width(browser, folder, width)
         assert browser.complaints() == [], browser.complaints()
         assert os.path.getsize(os.path.join(folder, "modes.html")) < 6e6
+    check_policy(browser)

@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <nlohmann/json.hpp>
 
 #include "analysis/formula.hpp"
 #include "analysis/herzberg_teller.hpp"
-#include "export/json_text.hpp"
+#include "analysis/vibrations.hpp"
+#include "export/json.hpp"
 #include "export/page.hpp"
+#include "export/xyz.hpp"
 #include "flib/units_of_measure.hpp"
 #include "io/fatal.hpp"
 
@@ -22,70 +26,72 @@ void append_base64(std::string& text, unsigned bytes) {
   for (int shift = 18; shift >= 0; shift -= 6) text += digits[bytes >> shift & 63U];
 }
 
-// Strengths of the 0-1 transitions; null for imaginary modes and rigid motions.
-void write_strengths(const ModeList& list, JsonText& json) {
-  json.begin_array();
-  for (std::size_t k = 1; k <= list.frequencies.size(); ++k) {
-    if (list.frequencies[k - 1] > 0.0 && !is_rigid_motion(list, k)) {
-      json.number(list.strengths[k - 1]);
-    } else {
-      json.null();
-    }
+// The columns of a mode's row, which the page shows and saves.
+Json columns(bool with_dipoles) {
+  Json names = {"mode", "frequency_cm-1", "reduced_mass_u", "rigid_weight", "rigid_motion"};
+  if (!with_dipoles) return names;
+  for (const char* const name :
+       {"dmu_dQ_x_au", "dmu_dQ_y_au", "dmu_dQ_z_au", "dmu_dq_au", "strength_0-1_au"}) {
+    names.push_back(name);
   }
-  json.end_array();
+  return names;
 }
 
-// All displacements as one base64 text, whose pieces must not end within a group of three bytes:
-// a mode has 3 natom integers of two bytes.
-void write_displacements(const ModeList& list, JsonText& json) {
+Json row(const ModeList& list, std::size_t mode) {
+  const std::size_t k = mode - 1;
+  const bool rigid = is_rigid_motion(list, mode);
+  Json cells = {mode, list.frequencies[k], list.reduced_masses[k], list.rigid_weights[k],
+                rigid ? 1 : 0};
+  if (list.dipole_derivatives.empty()) return cells;
+  for (std::size_t i = 0; i < 3; ++i) cells.push_back(list.dipole_derivatives[3 * k + i]);
+  const bool vibrates = list.frequencies[k] > 0.0 && !rigid;
+  cells.push_back(vibrates ? Json(std::sqrt(2.0 * list.strengths[k])) : Json());
+  cells.push_back(vibrates ? Json(list.strengths[k]) : Json());
+  return cells;
+}
+
+Json mode_set(const Content& content, const ModeList& list) {
   const std::size_t n3 = list.frequencies.size();
+  // One base64 text, whose pieces must not end within a group of three bytes: a mode has 3 natom
+  // integers of two bytes.
+  std::string displacements;
   std::vector<double> scales(n3);
-  json.key("displacements");
-  json.begin_text();
-  for (std::size_t k = 0; k < n3; ++k) {
-    json.piece_of_text(packed_displacements(list.displacements.column(1, k + 1), n3, scales[k]));
+  Json rows = Json::array(), frames = Json::array();
+  for (std::size_t k = 1; k <= n3; ++k) {
+    rows.push_back(row(list, k));
+    frames.push_back(frame_head(content, list, k));
+    displacements += packed_displacements(list.displacements.column(1, k), n3, scales[k - 1]);
   }
-  json.end_text();
-  json.key("displacement_scales");
-  json.numbers(scales.data(), n3);
+  return {{"rows", rows},
+          {"frames", frames},
+          {"displacements", displacements},
+          {"displacement_scales", numbers(scales.data(), {n3})}};
 }
 
-void write_mode_set(const ModeList& list, JsonText& json) {
-  const std::size_t n3 = list.frequencies.size();
-  json.begin_object();
-  json.key("frequencies");
-  json.numbers(list.frequencies.data(), n3);
-  json.key("reduced_masses");
-  json.numbers(list.reduced_masses.data(), n3);
-  json.key("rigid_weights");
-  json.numbers(list.rigid_weights.data(), n3);
-  json.key("rigid_motions");
-  json.integers(list.rigid_motions);
-  json.key("dipole_derivatives");
-  if (list.dipole_derivatives.empty()) {
-    json.null();
-  } else {
-    json.numbers(list.dipole_derivatives.data(), list.dipole_derivatives.size());
-    json.key("strengths");
-    write_strengths(list, json);
+Json data_of(const Content& content) {
+  std::vector<double> geometry;
+  Json notes = Json::array(), atoms = Json::array();
+  for (const double x : content.geometry) geometry.push_back(x * flib::angstrom_per_bohr);
+  for (const Note& note : content.notes) {
+    notes.push_back({{"text", note.text}, {"warning", note.warning}});
   }
-  write_displacements(list, json);
-  json.end_object();
-}
-
-void write_view(const Results& results, JsonText& json) {
-  json.key("formula");
-  json.texts(analysis::formula_parts(results.symbols));
-  json.key("symbols");
-  json.texts(results.symbols);
-  json.key("atomic_numbers");
-  json.integers(results.atomic_numbers);
-  json.key("geometry");
-  json.begin_array();
-  for (const double x : results.geometry) json.number(x * flib::angstrom_per_bohr);
-  json.end_array();
-  json.key("view");
-  json.numbers(results.view.data(), results.view.size());
+  for (std::size_t a = 0; a < content.symbols.size(); ++a)
+    atoms.push_back(atom_at_rest(content, a));
+  return {{"program", std::string(io::program_name) + " " ZANDOR_VERSION},
+          {"folder", content.folder},
+          {"control_file", content.control_file},
+          {"notes", notes},
+          {"debye_per_angstrom_root_u", analysis::debye_per_angstrom_root_amu},
+          {"degenerate_within", analysis::degenerate_within},
+          {"formula", analysis::formula_parts(content.symbols)},
+          {"symbols", content.symbols},
+          {"atomic_numbers", content.atomic_numbers},
+          {"geometry", numbers(geometry.data(), {geometry.size()})},
+          {"view", content.view},
+          {"atoms", atoms},
+          {"columns", columns(!content.projected.dipole_derivatives.empty())},
+          {"projected", mode_set(content, content.projected)},
+          {"unprojected", mode_set(content, content.unprojected)}};
 }
 
 }  // namespace
@@ -109,33 +115,18 @@ std::string packed_displacements(const double* values, std::size_t size, double&
   return text;
 }
 
-void write_html(const Results& results, io::OutputFile& out) {
+void write_html(const Content& content, io::OutputFile& out) {
   constexpr std::string_view place_of_data = "@DATA@";
   const std::string_view page(page_template);
   const std::size_t at = page.find(place_of_data);
   out.text(page.substr(0, at));
-  JsonText json(out);
-  json.begin_object();
-  json.key("program");
-  json.text(std::string(io::program_name) + " " ZANDOR_VERSION);
-  json.key("control_file");
-  json.text(results.control_file);
-  json.key("notes");
-  json.texts(results.notes);
-  // The files that the page saves say so, too.
-  json.key("changed_masses");
-  json.text(results.changed_masses);
-  json.key("debye_per_angstrom_root_u");
-  json.number(analysis::debye_per_angstrom_root_amu);
-  write_view(results, json);
-  json.key("sets");
-  json.begin_object();
-  json.key("projected");
-  write_mode_set(results.projected, json);
-  json.key("unprojected");
-  write_mode_set(results.unprojected, json);
-  json.end_object();
-  json.end_object();
+  // '<' as an escape, so that no text can end the element that holds the data.
+  const std::string data = text_of(data_of(content));
+  std::size_t from = 0;
+  for (std::size_t to = 0; (to = data.find('<', from)) != std::string::npos; from = to + 1) {
+    out.text(data.substr(from, to - from)).text("\\u003c");
+  }
+  out.text(data.substr(from));
   out.text(page.substr(at + place_of_data.size()));
 }
 

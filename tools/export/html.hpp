@@ -3,13 +3,13 @@
 
 #include <string>
 
-#include "export/results.hpp"
+#include "export/content.hpp"
 #include "io/output_file.hpp"
 
 namespace exporting {
 
 // Writes the page of page.html with the molecule and both lists of modes in it.
-void write_html(const Results& results, io::OutputFile& out);
+void write_html(const Content& content, io::OutputFile& out);
 
 // The numbers as 16-bit integers, low byte first, in base64: value = integer / 32767 * scale, where
 // `scale` is the largest magnitude among them.

@@ -1,139 +1,120 @@
 #include "export/json.hpp"
 
-#include "export/json_text.hpp"
-#include "export/sha256.hpp"
+#include <cmath>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <numeric>
+#include <span>
+
 #include "io/fatal.hpp"
 
 namespace exporting {
 
 namespace {
 
-struct Unit {
-  const char* key;
-  const char* text;
-};
-
-constexpr Unit units[] = {
-    {"masses", "u"},
-    {"geometry", "bohr"},
-    {"step", "bohr"},
-    {"hessian", "hartree/bohr**2, symmetrised: both elements of a pair are their mean"},
-    {"transition_dipole", "e*bohr"},
-    {"transition_dipole_gradient", "e: [atom][axis of the displacement][component of the dipole]"},
-    {"frequencies", "cm-1, imaginary ones negative"},
-    {"reduced_masses", "u, of displacements of unit Cartesian length"},
-    {"displacements", "none, unit Cartesian length: [mode][atom][axis]"},
-    {"rigid_weight", "none, 0 to 1: share of translations and rotations in the mass-weighted mode"},
-    {"transition_dipole_derivatives",
-     "e/sqrt(electron mass), along the mass-weighted mode: [mode][component]"},
-};
-
-void write_provenance(const Results& results, JsonText& json) {
-  json.begin_object();
-  json.key("program");
-  json.text(io::program_name);
-  json.key("version");
-  json.text(ZANDOR_VERSION);
-  json.key("control_file");
-  json.text(results.control_file);
-  json.key("inputs");
-  json.begin_array();
-  for (const std::string& file : results.input_files) {
-    json.begin_object(true);
-    json.key("file");
-    json.text(file);
-    json.key("sha256");
-    json.text(sha256_of_file(file));
-    json.end_object();
+Json array_of(const double* values, std::span<const std::size_t> shape) {
+  if (shape.empty()) {
+    if (!std::isfinite(*values)) {
+      io::fatal_stop("expected finite numbers to write, found one that is not");
+    }
+    return *values;
   }
-  json.end_array();
-  json.key("notes");
-  json.texts(results.notes);
-  json.end_object();
+  const auto inner = shape.subspan(1);
+  const std::size_t step =
+      std::accumulate(inner.begin(), inner.end(), std::size_t{1}, std::multiplies());
+  Json array = Json::array();
+  for (std::size_t i = 0; i < shape.front(); ++i)
+    array.push_back(array_of(values + i * step, inner));
+  return array;
 }
 
-void write_units(JsonText& json) {
-  json.begin_object();
-  for (const Unit& unit : units) {
-    json.key(unit.key);
-    json.text(unit.text);
-  }
-  json.end_object();
+Json provenance(const Content& content) {
+  Json inputs = Json::array(), notes = Json::array();
+  for (const std::string& file : content.input_files) inputs.push_back({{"file", file}});
+  for (const Note& note : content.notes) notes.push_back(note.text);
+  return {{"program", io::program_name},
+          {"version", ZANDOR_VERSION},
+          {"control_file", content.control_file},
+          {"inputs", inputs},
+          {"notes", notes}};
 }
 
-// Rows of `rows` vectors of three components, one row to a line.
-void write_vectors(const double* values, std::size_t count, std::size_t rows, JsonText& json) {
-  json.begin_array();
-  for (std::size_t i = 0; i < count; ++i) {
-    json.begin_array(true);
-    for (std::size_t row = 0; row < rows; ++row, values += 3) json.numbers(values, 3);
-    json.end_array();
-  }
-  json.end_array();
+Json units() {
+  return {
+      {"masses", "u"},
+      {"geometry", "bohr"},
+      {"step", "bohr"},
+      {"hessian", "hartree/bohr**2, symmetrised: both elements of a pair are their mean"},
+      {"transition_dipole", "e*bohr"},
+      {"transition_dipole_gradient",
+       "e: [atom][axis of the displacement][component of the dipole]"},
+      {"frequencies", "cm-1, imaginary ones negative"},
+      {"reduced_masses", "u, of displacements of unit Cartesian length"},
+      {"displacements", "none, unit Cartesian length: [mode][atom][axis]"},
+      {"rigid_weight",
+       "none, 0 to 1: share of translations and rotations in the mass-weighted mode"},
+      {"transition_dipole_derivatives",
+       "e/sqrt(electron mass), along the mass-weighted mode: [mode][component]"},
+  };
 }
 
-void write_modes(const ModeList& list, JsonText& json) {
+Json modes(const ModeList& list) {
   const std::size_t n3 = list.frequencies.size();
-  json.begin_object();
-  json.key("frequencies");
-  json.numbers(list.frequencies.data(), n3);
-  json.key("reduced_masses");
-  json.numbers(list.reduced_masses.data(), n3);
-  json.key("displacements");
-  write_vectors(list.displacements.data(), n3, n3 / 3, json);
-  json.key("rigid_weight");
-  json.numbers(list.rigid_weights.data(), n3);
+  Json json = {{"frequencies", numbers(list.frequencies.data(), {n3})},
+               {"reduced_masses", numbers(list.reduced_masses.data(), {n3})},
+               {"displacements", numbers(list.displacements.data(), {n3, n3 / 3, 3})},
+               {"rigid_weight", numbers(list.rigid_weights.data(), {n3})}};
   if (!list.dipole_derivatives.empty()) {
-    json.key("transition_dipole_derivatives");
-    json.number_rows(list.dipole_derivatives.data(), n3, 3);
+    json["transition_dipole_derivatives"] = numbers(list.dipole_derivatives.data(), {n3, 3});
   }
-  json.end_object();
+  return json;
 }
 
-void write_molecule(const Results& results, JsonText& json) {
-  const std::size_t natom = results.symbols.size();
-  json.key("symbols");
-  json.texts(results.symbols);
-  json.key("atomic_numbers");
-  json.integers(results.atomic_numbers);
-  json.key("masses");
-  json.numbers(results.masses.data(), natom);
-  json.key("geometry");
-  json.numbers(results.geometry.data(), 3 * natom);
-  json.key("step");
-  json.number(results.step);
-  json.key("symmetry_used");
-  json.boolean(results.symmetry_used);
+// Objects a key to a line; an array stays on the line of its key.
+void write_value(const Json& value, const std::string& indent, io::OutputFile& out) {
+  if (!value.is_object()) {
+    out.text(text_of(value));
+    return;
+  }
+  const char* before = "{\n ";
+  for (const auto& [key, member] : value.items()) {
+    out.text(before + indent + text_of(key) + ": ");
+    write_value(member, indent + " ", out);
+    before = ",\n ";
+  }
+  out.text("\n" + indent + "}");
 }
 
 }  // namespace
 
-void write_json(const Results& results, io::OutputFile& out) {
-  const std::size_t natom = results.symbols.size();
-  JsonText json(out);
-  json.begin_object();
-  json.key("schema_name");
-  json.text("zandor_vibrations");
-  json.key("schema_version");
-  json.integer(1);
-  json.key("provenance");
-  write_provenance(results, json);
-  json.key("units");
-  write_units(json);
-  write_molecule(results, json);
-  json.key("hessian");
-  json.number_rows(results.hessian.data(), 3 * natom, 3 * natom);
-  json.key("transition_dipole");
-  json.numbers(results.dipole.data(), 3);
-  if (!results.dipole_gradient.empty()) {
-    json.key("transition_dipole_gradient");
-    write_vectors(results.dipole_gradient.data(), natom, 3, json);
+Json numbers(const double* values, std::initializer_list<std::size_t> shape) {
+  return array_of(values, {shape.begin(), shape.size()});
+}
+
+std::string text_of(const Json& value) {
+  return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+void write_json(const Content& content, io::OutputFile& out) {
+  const std::size_t natom = content.symbols.size();
+  Json json = {{"schema_name", "zandor_vibrations"},
+               {"schema_version", 1},
+               {"provenance", provenance(content)},
+               {"units", units()},
+               {"symbols", content.symbols},
+               {"atomic_numbers", content.atomic_numbers},
+               {"masses", numbers(content.masses.data(), {natom})},
+               {"geometry", numbers(content.geometry.data(), {3 * natom})},
+               {"step", numbers(&content.step, {})},
+               {"symmetry_used", content.symmetry_used},
+               {"hessian", numbers(content.hessian.data(), {3 * natom, 3 * natom})},
+               {"transition_dipole", numbers(content.dipole.data(), {3})}};
+  if (!content.dipole_gradient.empty()) {
+    json["transition_dipole_gradient"] = numbers(content.dipole_gradient.data(), {natom, 3, 3});
   }
-  json.key("projected");
-  write_modes(results.projected, json);
-  json.key("unprojected");
-  write_modes(results.unprojected, json);
-  json.end_object();
+  json["projected"] = modes(content.projected);
+  json["unprojected"] = modes(content.unprojected);
+  write_value(json, "", out);
   out.end_line();
 }
 

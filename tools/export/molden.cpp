@@ -7,44 +7,43 @@ namespace exporting {
 namespace {
 
 void write_vector(io::OutputFile& out, const double* vector) {
-  for (int k = 0; k < 3; ++k) fixed_column(out, vector[k], 18, 10);
+  for (int k = 0; k < 3; ++k) out.text(fixed_column(vector[k], 18, 10));
   out.end_line();
 }
 
-void write_atoms(const Results& results, io::OutputFile& out) {
+void write_atoms(const Content& content, io::OutputFile& out) {
   out.text("[Atoms] AU\n");
-  for (std::size_t a = 0; a < results.symbols.size(); ++a) {
-    out.text(results.symbols[a], 4);
-    out.text(" " + std::to_string(a + 1) + " " + std::to_string(results.atomic_numbers[a]));
-    write_vector(out, &results.geometry[3 * a]);
+  for (std::size_t a = 0; a < content.symbols.size(); ++a) {
+    out.text(symbol_column(content.symbols[a]));
+    out.text(" " + std::to_string(a + 1) + " " + std::to_string(content.atomic_numbers[a]));
+    write_vector(out, &content.geometry[3 * a]);
   }
 }
 
 }  // namespace
 
-void write_molden(const Results& results, const ModeList& list, bool all_modes,
+void write_molden(const Content& content, const ModeList& list, bool all_modes,
                   io::OutputFile& out) {
   std::vector<std::size_t> modes;
   for (std::size_t k = 1; k <= list.frequencies.size(); ++k) {
     if (all_modes || !is_rigid_motion(list, k)) modes.push_back(k);
   }
   out.text("[Molden Format]\n");
-  if (!results.changed_masses.empty()) out.text("[Title]\n" + results.changed_masses + "\n");
-  write_atoms(results, out);
+  if (!content.changed_masses.empty()) out.text("[Title]\n" + content.changed_masses + "\n");
+  write_atoms(content, out);
   out.text("[FREQ]\n");
   for (const std::size_t k : modes) {
-    fixed_column(out, list.frequencies[k - 1], 16, 6);
-    out.end_line();
+    out.text(fixed_column(list.frequencies[k - 1], 16, 6) + "\n");
   }
   out.text("[FR-COORD]\n");
-  for (std::size_t a = 0; a < results.symbols.size(); ++a) {
-    out.text(results.symbols[a], 4);
-    write_vector(out, &results.geometry[3 * a]);
+  for (std::size_t a = 0; a < content.symbols.size(); ++a) {
+    out.text(symbol_column(content.symbols[a]));
+    write_vector(out, &content.geometry[3 * a]);
   }
   out.text("[FR-NORM-COORD]\n");
   for (std::size_t n = 0; n < modes.size(); ++n) {
     out.text("vibration " + std::to_string(n + 1) + "\n");
-    for (std::size_t a = 1; a <= results.symbols.size(); ++a) {
+    for (std::size_t a = 1; a <= content.symbols.size(); ++a) {
       write_vector(out, list.displacements.column(a, modes[n]));
     }
   }

@@ -1,7 +1,7 @@
 // Vibrations for viewers that read the Molden format.
 #pragma once
 
-#include "export/results.hpp"
+#include "export/content.hpp"
 #include "io/output_file.hpp"
 
 namespace exporting {
@@ -9,7 +9,7 @@ namespace exporting {
 // Writes geometry, frequencies and displacements (Bohr, unit Cartesian length) of the vibrations of
 // `list`, or of all its modes. The sections are those that Jmol, Gabedit and Open Babel read; no
 // line is blank, since Jmol ends a section there.
-void write_molden(const Results& results, const ModeList& list, bool all_modes,
+void write_molden(const Content& content, const ModeList& list, bool all_modes,
                   io::OutputFile& out);
 
 }  // namespace exporting

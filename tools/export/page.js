@@ -1,19 +1,20 @@
-// The page around the molecule: table of modes, spectrum, controls and files to save. `zandor` holds the data.
+// The page around the molecule: table of modes, spectrum, controls and files to save.
 (function () {
   'use strict';
+  var zandor = JSON.parse(document.getElementById('data').textContent);
   var rows = [], chosen = 0, setName = 'projected', set, displacement, phase = 0, last = 0, dirty = true, scene;
-  var steepest = 0, strongest = 0;  // of all modes of the list
+  var steepest = 0, strongest = 0, sum = 0;  // of all modes of the list
   var sorted = { key: 'mode', up: true };
   var still = window.matchMedia('(prefers-reduced-motion: reduce)');
   var dark = window.matchMedia('(prefers-color-scheme: dark)');
   var playing = !still.matches;
-  var has_dipoles = zandor.sets.projected.dipole_derivatives !== null;
+  var has_dipoles = zandor.columns.indexOf('strength_0-1_au') >= 0;
   function at(id) { return document.getElementById(id); }
   function fixed(value, digits) { return value.toFixed(digits).replace('-', '\u2212'); }
-  function scientific(value, noise) {
+  function scientific(value, noise, digits) {
     if (value === null) return '\u2013';
     if (Math.abs(value) <= noise) return '0';
-    var parts = value.toExponential(2).split('e');
+    var parts = value.toExponential(digits === undefined ? 2 : digits).split('e');
     return parts[0].replace('-', '\u2212') + 'e' + (+parts[1] < 0 ? '\u2212' : '+') + Math.abs(parts[1]);
   }
   // What symmetry makes zero is left over as rounding: nobody wants to read its digits.
@@ -21,40 +22,48 @@
   function strengthText(value) { return scientific(value, 1e-15 * strongest); }
   function lengthText(value) { return scientific(value, 1e-7 * Math.sqrt(2 * strongest)); }
   function frequencyText(value, digits) { return value < 0 ? fixed(-value, digits) + '\u2009i' : fixed(value, digits); }
-  function node(tag, text) {
+  function node(tag, text, title) {
     var element = document.createElement(tag);
     if (text !== undefined) element.textContent = text;
+    if (title) element.title = title;
     return element;
   }
 
   var columns = [
-    { key: 'mode', name: 'Mode', unit: '' },
-    { key: 'frequency', name: 'Frequency', unit: 'cm\u207b\u00b9', show: function (v) { return frequencyText(v, 2); } },
-    { key: 'reduced_mass', name: 'Red. mass', unit: 'u', show: function (v) { return fixed(v, 3); } },
-    { key: 'rigid_weight', name: 'Rigid', unit: 'weight', show: function (v) { return fixed(v, 3); } }
+    { key: 'mode', name: 'Mode', short: 'No.', unit: '', title: 'Number of the mode' },
+    { key: 'frequency', name: 'Frequency', short: 'Freq.', unit: 'cm\u207b\u00b9', show: function (v) { return frequencyText(v, 2); },
+      title: 'Harmonic wavenumber; imaginary ones with an i' },
+    { key: 'reduced_mass', name: 'Red. mass', short: 'Red. m.', unit: 'u', show: function (v) { return fixed(v, 3); },
+      title: 'Reduced mass of displacements of unit Cartesian length' },
+    { key: 'rigid_weight', name: 'Rigid', unit: 'weight', show: function (v) { return fixed(v, 3); },
+      title: 'Share of translations and rotations in the mode, 0 to 1' }
   ];
   if (has_dipoles) {
-    columns.push({ key: 'slope', name: '|d\u03bc/dQ|', unit: 'a.u.', show: slopeText });
-    columns.push({ key: 'length', name: '|d\u03bc/dq|', unit: 'a.u.', show: lengthText });
-    columns.push({ key: 'strength', name: 'Strength', unit: '0\u20131, a.u.', show: strengthText });
+    columns.push({ key: 'slope', name: '|d\u03bc/dQ|', unit: 'a.u.', show: slopeText,
+      title: 'Length of the derivative of the transition dipole along the mass-weighted mode, e/\u221am\u2091' });
+    columns.push({ key: 'length', name: '|d\u03bc/dq|', unit: 'a.u.', show: lengthText,
+      title: 'The same along the dimensionless mode q = \u221a\u03c9 Q, e a\u2080' });
+    columns.push({ key: 'strength', name: 'Strength', short: 'Str.', unit: '0\u20131, a.u.', show: strengthText,
+      title: 'Strength of the transition 0\u20131: \u00bd|d\u03bc/dq|\u00b2, e\u00b2a\u2080\u00b2' });
   }
 
   function readSet() {
-    set = zandor.sets[setName];
-    rows = set.frequencies.map(function (frequency, i) {
-      var slope = has_dipoles ? set.dipole_derivatives.slice(3 * i, 3 * i + 3) : null;
-      var strength = has_dipoles ? set.strengths[i] : null;
+    set = zandor[setName];
+    rows = set.rows.map(function (cells) {
+      function cell(name) { return cells[zandor.columns.indexOf(name)]; }
+      var vector = has_dipoles ? ['x', 'y', 'z'].map(function (k) { return cell('dmu_dQ_' + k + '_au'); }) : null;
       return {
-        mode: i + 1, frequency: frequency, reduced_mass: set.reduced_masses[i], rigid_weight: set.rigid_weights[i],
-        rigid: set.rigid_motions.indexOf(i + 1) >= 0, vector: slope,
-        slope: slope && Math.hypot(slope[0], slope[1], slope[2]), strength: strength,
-        length: strength === null ? null : Math.sqrt(2 * strength)
+        mode: cell('mode'), frequency: cell('frequency_cm-1'), reduced_mass: cell('reduced_mass_u'),
+        rigid_weight: cell('rigid_weight'), rigid: cell('rigid_motion') === 1, vector: vector,
+        slope: vector && Math.hypot.apply(null, vector),
+        length: has_dipoles ? cell('dmu_dq_au') : null, strength: has_dipoles ? cell('strength_0-1_au') : null
       };
     });
-    steepest = strongest = 0;
+    steepest = strongest = sum = 0;
     rows.forEach(function (mode) {
       steepest = Math.max(steepest, mode.slope);
       strongest = Math.max(strongest, mode.strength);
+      sum += mode.strength;
     });
     if (!set.bytes) set.bytes = window.atob(set.displacements);
   }
@@ -74,13 +83,14 @@
     at('formula').append.apply(at('formula'), zandor.formula.map(function (part, i) {
       return i % 2 ? node('sub', part) : part;
     }));
-    document.title = zandor.formula.join('') + ' normal modes';
+    document.title = zandor.formula.join('') + ' normal modes \u00b7 ' + zandor.folder;
+    at('folder').textContent = zandor.folder;
     at('origin').textContent = zandor.symbols.length + ' atoms \u00b7 ' + zandor.control_file + ' \u00b7 ' + zandor.program;
-    zandor.notes.forEach(function (text) { at('notes').append(node('li', text)); });
+    zandor.notes.forEach(function (note) { at(note.warning ? 'warnings' : 'notes').append(node('li', note.text)); });
     columns.forEach(function (column) {
-      var cell = node('th'), button = node('button', column.name);
+      var cell = node('th'), button = node('button', undefined, column.title + '; a click sorts');
       button.type = 'button';
-      button.append(node('small', column.unit));
+      button.append(node('span', column.name), node('abbr', column.short || column.name), node('small', column.unit));
       button.addEventListener('click', function () {
         sorted = { key: column.key, up: sorted.key === column.key ? !sorted.up : column.key === 'mode' };
         fillTable();
@@ -101,7 +111,9 @@
     }).forEach(function (mode) {
       var line = fresh.insertRow();
       columns.forEach(function (column) {
-        line.insertCell().textContent = column.show ? column.show(mode[column.key]) : mode[column.key];
+        var cell = line.insertCell(), value = mode[column.key];
+        cell.textContent = column.show ? column.show(value) : value;
+        cell.title = column.title + ': ' + (value === null ? 'none' : value);
       });
       line.dataset.mode = mode.mode;
       line.className = (mode.rigid ? 'rigid ' : '') + (mode.frequency < 0 && !mode.rigid ? 'imaginary' : '');
@@ -119,19 +131,24 @@
   function showDetail() {
     var mode = row(chosen), detail = at('detail'), kind = mode.rigid ? 'rigid motion' : mode.frequency < 0 ? 'imaginary' : '';
     detail.textContent = '';
-    var head = node('div'), strong = node('strong', 'Mode ' + chosen + ' \u00b7 ' + frequencyText(mode.frequency, 2) + ' cm\u207b\u00b9');
+    var head = node('div'), strong = node('strong', 'Mode ' + chosen + ' \u00b7 ' + frequencyText(mode.frequency, 2) + ' cm\u207b\u00b9',
+      'The selected mode and its wavenumber');
     strong.style.color = 'var(--text)';
     head.append(strong, kind);
     detail.append(head);
     if (!has_dipoles) return;
     var terms = node('div'), slope = mode.slope * zandor.debye_per_angstrom_root_u;
     terms.className = 'terms';
-    terms.append(node('span', 'd\u03bc/dQ = (' + mode.vector.map(slopeText).join(', ') + ') e/\u221am\u2091'));
-    terms.append(node('span', '|d\u03bc/dQ| = ' + fixed(slope, 3) + ' D/(\u00c5\u221au)'));
+    terms.append(
+      node('span', 'd\u03bc/dQ = (' + mode.vector.map(slopeText).join(', ') + ') e/\u221am\u2091',
+        'Derivative of the transition dipole along the mass-weighted mode: x, y, z'),
+      node('span', '|d\u03bc/dQ| = ' + fixed(slope, 3) + ' D/(\u00c5\u221au)', 'Its length in Debye, Angstrom and atomic mass units'));
     if (mode.strength !== null) {
-      terms.append(node('span', '|d\u03bc/dq| = ' + lengthText(mode.length) + ' ea\u2080'));
-      terms.append(node('span', '\u00bd|d\u03bc/dq|\u00b2 = ' + strengthText(mode.strength) + ' e\u00b2a\u2080\u00b2'));
+      terms.append(
+        node('span', '|d\u03bc/dq| = ' + lengthText(mode.length) + ' ea\u2080', 'Its length along the dimensionless mode q = \u221a\u03c9 Q'),
+        node('span', '\u00bd|d\u03bc/dq|\u00b2 = ' + strengthText(mode.strength) + ' e\u00b2a\u2080\u00b2', 'Strength of the transition 0\u20131'));
     }
+    if (mode.strength > 0) terms.append(node('span', fixed(100 * mode.strength / sum, 2) + ' %', 'Share of the sum of the strengths'));
     detail.append(terms);
   }
   function choose(mode, scroll) {
@@ -159,69 +176,117 @@
   // The spectrum: where each vibration's stick stands is kept for picking.
   var sticks = [];
   function heightKind() { return document.querySelector('[name=height]:checked').value; }
+  function ink(name) { return getComputedStyle(at('spectrum')).getPropertyValue(name); }
   function niceStep(range, parts) {
     var raw = range / parts, power = Math.pow(10, Math.floor(Math.log10(raw))), ratio = raw / power;
     return power * (ratio > 5 ? 10 : ratio > 2 ? 5 : ratio > 1 ? 2 : 1);
   }
+  function heightText(strength) { return strongest < 0.01 || strongest > 1e4 ? scientific(strength, 0, 1) : String(strength); }
+  // What is marked on an axis from `low` to `high`, about `parts` times.
+  function ticks(low, high, parts) {
+    var step = niceStep(high - low, parts), values = [];
+    for (var n = Math.ceil(low / step); n * step <= high; n++) values.push(+(n * step).toPrecision(6));
+    return values;
+  }
+  function drawAxis(context, plot) {
+    context.textAlign = 'center';
+    context.strokeStyle = ink('--line');
+    context.fillStyle = ink('--quiet');
+    context.lineWidth = 1;
+    context.beginPath();
+    context.moveTo(plot.left, plot.base + 0.5);
+    context.lineTo(plot.right, plot.base + 0.5);
+    ticks(plot.low, plot.high, (plot.right - plot.left) / 60).forEach(function (tick) {
+      context.moveTo(plot.x(tick), plot.base + 0.5);
+      context.lineTo(plot.x(tick), plot.base + 5);
+      context.fillText(tick < 0 ? -tick + 'i' : tick, Math.min(plot.x(tick), plot.right - 14), plot.base + 18);
+    });
+    context.fillText('wavenumber / cm\u207b\u00b9', (plot.left + plot.right) / 2, plot.base + 33);
+    context.textAlign = 'right';
+    plot.heights.forEach(function (tick) {
+      context.moveTo(plot.left - 4, plot.y(tick) + 0.5);
+      context.lineTo(plot.right, plot.y(tick) + 0.5);
+      context.fillText(heightText(tick), plot.left - 7, plot.y(tick) + 4);
+    });
+    context.stroke();
+    if (plot.heights.length === 0) return;
+    context.save();
+    context.textAlign = 'center';
+    context.translate(11, (plot.base + plot.top) / 2);
+    context.rotate(-Math.PI / 2);
+    context.fillText('strength / e\u00b2a\u2080\u00b2', 0, 0);
+    context.restore();
+  }
+  function drawStick(context, plot, stick) {
+    var own = stick.mode === chosen;
+    context.strokeStyle = context.fillStyle = ink(own ? '--arrow' : stick.imaginary ? '--alarm' : '--accent');
+    context.lineWidth = own ? plot.thick + 1 : plot.thick;
+    context.setLineDash(stick.imaginary ? [4, 3] : []);
+    context.beginPath();
+    context.moveTo(stick.x, plot.base);
+    context.lineTo(stick.x, stick.y);
+    context.stroke();
+    context.setLineDash([]);
+    if (stick.y > plot.base - 2 && (own || stick.imaginary || plot.thick > 1)) {  // nothing to see of its height: a mark on the axis
+      context.beginPath();
+      context.arc(stick.x, plot.base, own ? 4 : 2.5, 0, 2 * Math.PI);
+      context.fill();
+    }
+  }
+  // Degenerate vibrations stand side by side, about the place of their frequencies.
+  function placeSticks(plot, vibrations, byStrength) {
+    var group = [];
+    function endGroup() {
+      group.forEach(function (stick, i) { stick.x += (i - (group.length - 1) / 2) * (plot.thick + 2); });
+      group = [];
+    }
+    sticks = vibrations.map(function (mode) {
+      return { mode: mode.mode, frequency: mode.frequency, x: plot.x(mode.frequency), imaginary: mode.frequency < 0,
+        y: byStrength ? plot.y(mode.strength) : plot.base - 0.8 * (plot.base - plot.top) };
+    });
+    sticks.sort(function (p, q) { return p.frequency - q.frequency; }).forEach(function (stick) {
+      if (group.length && !(stick.frequency - group[group.length - 1].frequency <= zandor.degenerate_within)) endGroup();
+      group.push(stick);
+    });
+    endGroup();
+  }
   function drawSpectrum() {
     var canvas = at('spectrum'), ratio = window.devicePixelRatio || 1, width = canvas.clientWidth, height = canvas.clientHeight;
-    var context = canvas.getContext('2d'), style = getComputedStyle(canvas), byStrength = heightKind() === 'strength';
-    function ink(name) { return style.getPropertyValue(name); }
+    var context = canvas.getContext('2d'), byStrength = heightKind() === 'strength';
     var vibrations = rows.filter(function (mode) { return !mode.rigid; });
     var high = 100, low = 0;
     vibrations.forEach(function (mode) {
       high = Math.max(high, mode.frequency);
       low = Math.min(low, mode.frequency);
     });
-    var step = niceStep((high - low) * 1.04, width / 90), left = 8, right = width - 14, base = height - 36, top = 24;
-    low = low < 0 ? low - 0.03 * (high - low) : 0;
-    high += 0.03 * (high - low);
-    function x(frequency) { return left + (frequency - low) / (high - low) * (right - left); }
     canvas.width = Math.round(width * ratio);
     canvas.height = Math.round(height * ratio);
     context.setTransform(ratio, 0, 0, ratio, 0, 0);
-    context.font = '12px ' + style.fontFamily;
-    context.textAlign = 'center';
-    context.strokeStyle = ink('--line');
-    context.fillStyle = ink('--quiet');
-    context.beginPath();
-    context.moveTo(left, base + 0.5);
-    context.lineTo(right, base + 0.5);
-    for (var tick = Math.ceil(low / step) * step; tick <= high; tick += step) {
-      context.moveTo(x(tick), base + 0.5);
-      context.lineTo(x(tick), base + 5);
-      context.fillText(tick < 0 ? -tick + 'i' : tick, Math.max(left + 6, Math.min(x(tick), right - 14)), base + 18);
-    }
-    context.stroke();
-    context.fillText('wavenumber / cm\u207b\u00b9', (left + right) / 2, height - 3);
-    sticks = vibrations.map(function (mode) {
-      var share = byStrength ? (strongest > 0 && mode.strength !== null ? mode.strength / strongest : 0) : 0.8;
-      return { mode: mode.mode, x: x(mode.frequency), y: base - share * (base - top), imaginary: mode.frequency < 0 };
-    });
-    sticks.forEach(drawStick);
+    context.font = '12px ' + getComputedStyle(canvas).fontFamily;
+    var plot = { left: 8, right: width - 14, base: height - 36, top: 24, thick: vibrations.length > 100 ? 1 : 2,
+      low: low < 0 ? low - 0.03 * (high - low) : 0, high: high + 0.03 * (high - low),
+      heights: byStrength && strongest > 0 ? ticks(0, strongest, 4).slice(1) : [] };
+    plot.heights.forEach(function (tick) { plot.left = Math.max(plot.left, 30 + context.measureText(heightText(tick)).width); });
+    plot.x = function (frequency) {
+      return plot.left + (frequency - plot.low) / (plot.high - plot.low) * (plot.right - plot.left);
+    };
+    plot.y = function (strength) { return plot.base - (strongest > 0 ? strength / strongest : 0) * (plot.base - plot.top); };
+    drawAxis(context, plot);
+    placeSticks(plot, vibrations, byStrength);
+    sticks.forEach(function (stick) { drawStick(context, plot, stick); });
     sticks.filter(function (stick) { return stick.mode === chosen; }).forEach(function (stick) {
-      drawStick(stick);
+      drawStick(context, plot, stick);
       context.fillStyle = ink('--text');
-      context.textAlign = stick.x < 90 ? 'left' : stick.x > width - 90 ? 'right' : 'center';
-      context.fillText('mode ' + chosen + ', ' + frequencyText(row(chosen).frequency, 1), stick.x, stick.y - 9);
+      context.textAlign = stick.x < plot.left + 70 ? 'left' : stick.x > width - 90 ? 'right' : 'center';
+      var name = 'mode ' + chosen + ', ' + frequencyText(row(chosen).frequency, 1);
+      context.strokeStyle = ink('--card');  // a rim, for the sticks behind it
+      context.lineWidth = 4;
+      context.strokeText(name, stick.x, stick.y - 9);
+      context.fillText(name, stick.x, stick.y - 9);
     });
-    function drawStick(stick) {
-      var own = stick.mode === chosen;
-      context.strokeStyle = context.fillStyle = ink(own ? '--arrow' : stick.imaginary ? '--alarm' : '--accent');
-      context.lineWidth = own ? 3 : vibrations.length > 100 ? 1 : 2;
-      context.setLineDash(stick.imaginary ? [4, 3] : []);
-      context.beginPath();
-      context.moveTo(stick.x, base);
-      context.lineTo(stick.x, stick.y);
-      context.stroke();
-      context.setLineDash([]);
-      if (stick.y > base - 2 && (own || stick.imaginary || vibrations.length <= 100)) {  // nothing to see of its height: a mark on the axis
-        context.beginPath();
-        context.arc(stick.x, base, own ? 4 : 2.5, 0, 2 * Math.PI);
-        context.fill();
-      }
-    }
     at('spectrum-title').textContent = byStrength ? 'Herzberg\u2013Teller strength of the 0\u20131 transitions' : 'Frequencies';
+    at('sum').textContent = !byStrength ? '' : sum > 0 ? 'sum ' + strengthText(sum) + ' e\u00b2a\u2080\u00b2' : 'no strength in first order';
+    at('sum').title = sum > 0 ? 'Sum of the strengths of all vibrations: ' + sum : 'No derivative of the transition dipole is above the rounding of the printed dipoles';
     canvas.setAttribute('aria-label', 'Stick spectrum of ' + vibrations.length + ' vibrations; the table holds its numbers');
   }
   function pickStick(event) {
@@ -233,39 +298,39 @@
     if (best) choose(best.mode, true);
   }
 
-  function save(name, text, type) {
-    var link = node('a'), url = URL.createObjectURL(new Blob([text], { type: type }));
+  function save(name, blob) {
+    var link = node('a'), url = URL.createObjectURL(blob);
     link.href = url;
     link.download = name;
     link.click();
     setTimeout(function () { URL.revokeObjectURL(url); }, 10000);
   }
+  function saveText(name, lines, type) { save(name, new Blob([lines.join('\n') + '\n'], { type: type })); }
   function saveTable() {
-    var lines = zandor.notes.map(function (text) { return '# ' + text; });
-    lines.push('mode,frequency_cm-1,reduced_mass_u,rigid_weight,rigid_motion' +
-      (has_dipoles ? ',dmu_dQ_x_au,dmu_dQ_y_au,dmu_dQ_z_au,dmu_dq_au,strength_0-1_au' : ''));
-    rows.forEach(function (mode) {
-      var cells = [mode.mode, mode.frequency, mode.reduced_mass, mode.rigid_weight, mode.rigid ? 1 : 0];
-      if (has_dipoles) cells = cells.concat(mode.vector, mode.strength === null ? ['', ''] : [mode.length, mode.strength]);
-      lines.push(cells.join(','));
-    });
-    save('modes-' + setName + '.csv', lines.join('\n') + '\n', 'text/csv');
+    var notes = zandor.notes.map(function (note) { return '# ' + note.text; });
+    saveText('modes-' + setName + '.csv', notes.concat([zandor.columns], set.rows), 'text/csv');
   }
+  // The frame that `zandor_export xyz` writes, but for the rounding of the displacements.
   function saveFrame() {
-    var amplitude = +at('amplitude').value, lines = [zandor.symbols.length,
-      'Properties=species:S:1:pos:R:3:mode:R:3 mode#=' + chosen + ' frequency_cm-1=' + row(chosen).frequency +
-      (zandor.changed_masses ? ' note="' + zandor.changed_masses + '"' : '')];
-    zandor.symbols.forEach(function (symbol, a) {
-      var text = symbol;
-      [0, 1, 2].forEach(function (k) { text += ' ' + zandor.geometry[3 * a + k].toFixed(8); });
-      [0, 1, 2].forEach(function (k) { text += ' ' + (amplitude * displacement[3 * a + k]).toFixed(8); });
-      lines.push(text);
-    });
-    save('mode-' + chosen + '.xyz', lines.join('\n') + '\n', 'chemical/x-xyz');
+    var amplitude = +at('amplitude').value;
+    saveText('mode-' + chosen + '.xyz', [zandor.atoms.length, set.frames[chosen - 1]].concat(zandor.atoms.map(function (text, a) {
+      [0, 1, 2].forEach(function (k) { text += (amplitude * displacement[3 * a + k]).toFixed(10).padStart(16); });
+      return text;
+    })), 'chemical/x-xyz');
+  }
+  function savePicture() {
+    var canvas = at('molecule'), copy = node('canvas'), context = copy.getContext('2d');
+    copy.width = canvas.width;
+    copy.height = canvas.height;
+    context.fillStyle = getComputedStyle(document.querySelector('.card')).backgroundColor;
+    context.fillRect(0, 0, copy.width, copy.height);
+    context.drawImage(canvas, 0, 0);
+    copy.toBlob(function (blob) { save('mode-' + chosen + '.png', blob); });
   }
 
   function play(on) {
     playing = on;
+    if (!on) phase = 0;  // the atoms rest where the arrows begin
     at('play').textContent = on ? 'Pause' : 'Play';
     dirty = true;
   }
@@ -280,10 +345,13 @@
     drawSpectrum();
     dirty = true;
   }
+  function draw() {
+    scene.draw(displacement, at('amplitude').value * Math.sin(phase), at('arrows').checked, at('numbers').checked);
+  }
   function frame(now) {
     if (playing) phase += Math.min(now - last, 100) / 1000 * at('speed').value * 2 * Math.PI;
     last = now;
-    if (playing || dirty) scene.draw(displacement, at('amplitude').value * Math.sin(phase), at('arrows').checked);
+    if (playing || dirty) draw();
     dirty = false;
     window.requestAnimationFrame(frame);
   }
@@ -342,7 +410,7 @@
     listenToTable();
     at('play').addEventListener('click', function () { play(!playing); });
     at('reset').addEventListener('click', function () { scene.reset(); dirty = true; });
-    at('arrows').addEventListener('change', function () { dirty = true; });
+    ['arrows', 'numbers'].forEach(function (id) { at(id).addEventListener('change', function () { dirty = true; }); });
     at('amplitude').addEventListener('input', showSliders);
     at('speed').addEventListener('input', showSliders);
     at('sets').addEventListener('change', function (event) { changeSet(event.target.value); });
@@ -350,6 +418,7 @@
     at('spectrum').addEventListener('click', pickStick);
     at('csv').addEventListener('click', saveTable);
     at('xyz').addEventListener('click', saveFrame);
+    at('png').addEventListener('click', savePicture);
     window.addEventListener('resize', function () { drawSpectrum(); dirty = true; });
     dark.addEventListener('change', takeColours);
     still.addEventListener('change', function () { if (still.matches) play(false); });

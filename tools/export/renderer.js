@@ -23,7 +23,11 @@ function createRenderer(canvas, numbers, geometry, view) {
     }
     return (low + high) / 2;
   });
-  var bonds = [], extent = 0, a, b, turn = view.slice(), zoom = 1, sprites = {}, haze = [255, 255, 255];
+  // Along the axis, what moves out of a plane would be a dot: the first view is tilted by 22 degrees, about
+  // the vertical and the horizontal of the screen.
+  var tilt = [-0.2, 0.33];
+  var axisColours = ['#d2504a', '#3d9a50', '#4a82d2'];
+  var bonds = [], extent = 0, a, b, turn, zoom, sprites = {}, haze = [255, 255, 255];
   function distance(p, q) {
     return Math.hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
   }
@@ -88,8 +92,28 @@ function createRenderer(canvas, numbers, geometry, view) {
     context.fill();
   }
 
+  function drawText(text, x, y, size, style, rim) {
+    context.font = '600 ' + size + 'px ' + getComputedStyle(canvas).fontFamily;
+    context.textAlign = 'center';
+    context.textBaseline = 'middle';
+    context.lineWidth = 3;
+    context.lineJoin = 'round';
+    context.strokeStyle = rim;
+    context.strokeText(text, x, y);
+    context.fillStyle = style;
+    context.fillText(text, x, y);
+  }
+  // The axes of the files, in the corner, from the back to the front.
+  function drawAxes(width, height) {
+    var x = width - 36, y = height - 34;
+    [0, 1, 2].sort(function (p, q) { return turn[6 + p] - turn[6 + q]; }).forEach(function (k) {
+      var dx = turn[k], dy = -turn[3 + k];
+      line([x, y], [x + 20 * dx, y + 20 * dy], 2, axisColours[k]);
+      drawText('xyz'[k], x + 27 * dx, y + 27 * dy, 11, axisColours[k], 'rgb(' + haze + ')');
+    });
+  }
   // Draws the atoms at geometry + shift * displacement, and arrows along the displacement from where they rest.
-  function draw(displacement, shift, arrows) {
+  function draw(displacement, shift, arrows, labels) {
     var ratio = window.devicePixelRatio || 1, width = canvas.clientWidth, height = canvas.clientHeight;
     if (canvas.width !== Math.round(width * ratio) || canvas.height !== Math.round(height * ratio)) {
       canvas.width = Math.round(width * ratio);
@@ -142,8 +166,14 @@ function createRenderer(canvas, numbers, geometry, view) {
       } else {
         var point = points[item.atom], size = ball(item.atom) * scale * point[3];
         context.drawImage(sprite(numbers[item.atom], depth(point[2])), point[0] - size, point[1] - size, 2 * size, 2 * size);
+        if (labels) {
+          context.globalAlpha = 1 - 0.8 * depth(point[2]) / (depths - 1);
+          drawText(item.atom + 1, point[0], point[1], Math.max(8, Math.min(15, 1.1 * size)), '#16191d', '#ffffff');
+          context.globalAlpha = 1;
+        }
       }
     });
+    drawAxes(width, height);
   }
   // Turns about the vertical and the horizontal axis of the screen, radians.
   function rotate(about_y, about_x) {
@@ -154,11 +184,17 @@ function createRenderer(canvas, numbers, geometry, view) {
       return m[row] * old[column] + m[row + 1] * old[column + 3] + m[row + 2] * old[column + 6];
     });
   }
+  function reset() {
+    turn = view.slice();
+    zoom = 1;
+    rotate(tilt[0], tilt[1]);
+  }
+  reset();
   return {
     draw: draw,
     rotate: rotate,
+    reset: reset,
     zoom: function (factor) { zoom = Math.max(0.2, Math.min(20, zoom * factor)); },
-    reset: function () { turn = view.slice(); zoom = 1; },
     setHaze: function (rgb) { haze = rgb; sprites = {}; }
   };
 }

@@ -5,19 +5,20 @@
 
 namespace exporting {
 
-std::string shortest(double value) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
-void fixed_column(io::OutputFile& out, double value, int width, int decimals) {
+std::string fixed_column(double value, int width, int decimals) {
   // The widest number has 309 digits before the point.
   char text[std::numeric_limits<double>::max_exponent10 + 32];
   const auto end =
       std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr;
   const auto size = static_cast<int>(end - text);
-  out.text(std::string(size < width ? static_cast<std::size_t>(width - size) : 1, ' '));
-  out.text({text, end});
+  return std::string(size < width ? static_cast<std::size_t>(width - size) : 1, ' ')
+      .append(text, end);
+}
+
+std::string symbol_column(const std::string& symbol) {
+  constexpr std::size_t width = 4;
+  return symbol.size() < width ? std::string(width - symbol.size(), ' ') + symbol
+                               : symbol.substr(0, width);
 }
 
 }  // namespace exporting

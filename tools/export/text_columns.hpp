@@ -3,15 +3,13 @@
 
 #include <string>
 
-#include "io/output_file.hpp"
-
 namespace exporting {
 
-// The shortest digits, 17 at most, that read back as the same number.
-std::string shortest(double value);
+// The number with `decimals` digits behind the point, right-justified in `width` columns; one that
+// is too wide for them takes what it needs, behind a blank. There is never an exponent.
+std::string fixed_column(double value, int width, int decimals);
 
-// Writes the number with `decimals` digits behind the point, right-justified in `width` columns;
-// one that is too wide for them takes what it needs, behind a blank. There is never an exponent.
-void fixed_column(io::OutputFile& out, double value, int width, int decimals);
+// The symbol, right-justified in four columns.
+std::string symbol_column(const std::string& symbol);
 
 }  // namespace exporting

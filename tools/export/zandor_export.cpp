@@ -9,7 +9,7 @@
 
 #include "export/html.hpp"
 #include "export/json.hpp"
-#include "export/load_results.hpp"
+#include "export/load_content.hpp"
 #include "export/molden.hpp"
 #include "export/xyz.hpp"
 #include "io/process.hpp"
@@ -21,8 +21,8 @@ const char* const io::program_name = "zandor_export";
 
 namespace {
 
+using exporting::Content;
 using exporting::ModeList;
-using exporting::Results;
 
 constexpr int unit = 13;
 constexpr int fewest_frames = 4;  // show a mode at both of its turning points
@@ -38,7 +38,7 @@ struct Request {
   std::vector<int> movie;   // mode and number of frames; empty where none is wanted
 };
 
-using Writer = void (*)(const Request&, const Results&, io::OutputFile&);
+using Writer = void (*)(const Request&, const Content&, io::OutputFile&);
 
 struct Format {
   const char* name;
@@ -46,49 +46,50 @@ struct Format {
   Writer write;
 };
 
-const ModeList& list_of(const Request& request, const Results& results) {
-  return request.unprojected ? results.unprojected : results.projected;
+const ModeList& list_of(const Request& request, const Content& content) {
+  return request.unprojected ? content.unprojected : content.projected;
 }
 
-std::size_t checked_mode(int mode, const Results& results) {
-  const std::size_t count = results.projected.frequencies.size();
+std::size_t checked_mode(int mode, const Content& content) {
+  const std::size_t count = content.projected.frequencies.size();
   if (mode >= 1 && static_cast<std::size_t>(mode) <= count) return static_cast<std::size_t>(mode);
   io::fatal_stop("expected a mode from 1 to " + std::to_string(count) + ", found " +
                  std::to_string(mode));
 }
 
-void write_frames(const Request& request, const Results& results, io::OutputFile& out) {
-  const ModeList& list = list_of(request, results);
+void write_frames(const Request& request, const Content& content, io::OutputFile& out) {
+  const ModeList& list = list_of(request, content);
   if (!std::isfinite(request.amplitude) || request.amplitude <= 0.0) {
     io::fatal_stop("expected --amplitude above 0, found " + io::shown(request.amplitude));
   }
   if (request.movie.empty()) {
-    const std::size_t only = request.mode ? checked_mode(*request.mode, results) : 0;
-    exporting::write_xyz(results, list, request.amplitude, only, out);
+    const std::size_t only = request.mode ? checked_mode(*request.mode, content) : 0;
+    exporting::write_xyz(content, list, request.amplitude, only, out);
     return;
   }
-  const std::size_t mode = checked_mode(request.movie[0], results);
+  const std::size_t mode = checked_mode(request.movie[0], content);
   if (request.movie[1] < fewest_frames) {
     io::fatal_stop("expected --movie with at least " + std::to_string(fewest_frames) +
                    " frames, found " + std::to_string(request.movie[1]));
   }
-  exporting::write_xyz_movie(results, list, request.amplitude, mode, request.movie[1], out);
+  exporting::write_xyz_movie(content, list, request.amplitude, mode, request.movie[1], out);
+}
+
+void write_page(const Request&, const Content& content, io::OutputFile& out) {
+  exporting::write_html(content, out);
 }
 
 constexpr Format formats[] = {
     {"json", "everything, in atomic units, for other programs",
-     [](const Request&, const Results& results, io::OutputFile& out) {
-       exporting::write_json(results, out);
+     [](const Request&, const Content& content, io::OutputFile& out) {
+       exporting::write_json(content, out);
      }},
     {"molden", "geometry, frequencies and displacements for viewers",
-     [](const Request& request, const Results& results, io::OutputFile& out) {
-       exporting::write_molden(results, list_of(request, results), request.all_modes, out);
+     [](const Request& request, const Content& content, io::OutputFile& out) {
+       exporting::write_molden(content, list_of(request, content), request.all_modes, out);
      }},
     {"xyz", "one frame per mode in extended XYZ, or frames that play one mode", write_frames},
-    {"html", "one page to look at the modes, without any network",
-     [](const Request&, const Results& results, io::OutputFile& out) {
-       exporting::write_html(results, out);
-     }},
+    {"html", "one page to look at the modes, without any network", write_page},
 };
 
 void add_common_options(CLI::App& format, Request& request) {
@@ -135,8 +136,8 @@ void check_first_argument(int argc, const char* const* argv) {
                  " (see zandor_export --help)");
 }
 
-void check_output(const std::string& name, const Results& results) {
-  std::vector<std::string> files = results.input_files;
+void check_output(const std::string& name, const Content& content) {
+  std::vector<std::string> files = content.input_files;
   files.insert(files.end(),
                {zandor::animation_name, zandor::projected_animation_name, zandor::report_name});
   const std::string found = zandor::input_behind(name, files);
@@ -147,23 +148,22 @@ void check_output(const std::string& name, const Results& results) {
 
 void write_format(const Format& format, const Request& request) {
   const bool to_file = !request.output_name.empty() && request.output_name != "-";
-  if (request.output_name.empty() && format.name == std::string_view("html") &&
-      ::isatty(STDOUT_FILENO) == 1) {
-    io::fatal_stop("expected -o FILE for the page, found a terminal");
-  }
   // A name that cannot be written is to be found out before the work is done.
   if (to_file) {
     io::open_replaced(unit, request.output_name);
   } else {
+    // Nobody reads megabytes of a page on a screen; whoever wants them says so.
+    if (request.output_name.empty() && format.write == write_page && ::isatty(STDOUT_FILENO) == 1) {
+      io::fatal_stop("expected -o FILE behind html, found a terminal (-o - writes the page to it)");
+    }
     io::open_standard_output(unit);
   }
   const options::JobOptions& job = request.job;
-  const Results results =
-      exporting::load_results({job.control_file,
-                               analysis::parse_mass_changes(job.isotopes, job.masses),
-                               {job.characters, job.settle_signs}});
-  if (to_file) check_output(request.output_name, results);
-  format.write(request, results, io::output(unit));
+  const Content content = exporting::load_content(
+      job.control_file, analysis::parse_mass_changes(job.isotopes, job.masses),
+      {job.characters, job.settle_signs});
+  if (to_file) check_output(request.output_name, content);
+  format.write(request, content, io::output(unit));
   io::close(unit);
 }
 

@@ -1,8 +1,9 @@
-#include "export/load_results.hpp"
+#include "export/load_content.hpp"
 
 #include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 #include "analysis/formula.hpp"
 #include "analysis/herzberg_teller.hpp"
@@ -85,25 +86,27 @@ ModeList mode_list(const RunData& run, const Eigenmodes& modes, const analysis::
 // dmu/dx, 3 x n3, or no columns where it is not known. What has to be said about it goes to the
 // notes, and what is a warning to standard error, too.
 Eigen::Matrix3Xd known_gradient(const RunData& run, const analysis::DipoleChoices& choices,
-                                Results& results) {
+                                Content& content) {
   const analysis::PreparedDipoles prepared = analysis::prepare_dipoles(run, choices);
   std::vector<std::string> warnings = prepared.warnings;
   if (!prepared.refusal.empty()) {
     warnings.push_back("transition dipole derivatives are left out: " + prepared.refusal);
   }
-  for (const std::string& text : warnings) io::warn({}, text);
-  results.notes.insert(results.notes.end(), warnings.begin(), warnings.end());
+  for (const std::string& text : warnings) {
+    io::warn({}, text);
+    content.notes.push_back({text, true});
+  }
   if (!prepared.refusal.empty()) return Eigen::Matrix3Xd(3, 0);
   if (prepared.characters) {
-    results.notes.push_back("characters of the operations: " +
-                            analysis::shown(run, prepared.characters->characters));
+    content.notes.push_back(
+        {"characters of the operations: " + analysis::shown(run, prepared.characters->characters)});
   }
   if (run.disp_sign != 1) {
-    results.notes.emplace_back(
-        "dipole derivatives are along the true steps; those of the report, with this disp_sign, "
-        "have the other sign");
+    content.notes.push_back(
+        {"dipole derivatives are along the true steps; those of the report, with this disp_sign, "
+         "have the other sign"});
   }
-  std::copy_n(prepared.dipoles.data(), 3, results.dipole.begin());
+  std::copy_n(prepared.dipoles.data(), 3, content.dipole.begin());
   return prepared.gradient;
 }
 
@@ -115,42 +118,46 @@ std::array<double, 9> first_view(const RunData& run) {
   return view;
 }
 
-void describe_molecule(const RunData& run, Results& results) {
-  results.symbols = analysis::symbols(run);
+void describe_molecule(const RunData& run, Content& content) {
+  content.symbols = analysis::symbols(run);
   for (int a = 1; a <= run.natom; ++a) {
     const auto place = static_cast<std::size_t>(a - 1);
-    results.atomic_numbers.push_back(run.nat[place]);
-    results.masses.push_back(run.mass(a) / flib::electron_masses_per_amu);
+    content.atomic_numbers.push_back(run.nat[place]);
+    content.masses.push_back(run.mass(a) / flib::electron_masses_per_amu);
   }
-  results.geometry.assign(run.x.data(), run.x.data() + run.x.size());
-  results.step = run.dx;
-  results.symmetry_used = analysis::needs_characters(run);
-  results.dipole = run.dipole0;
+  content.geometry.assign(run.x.data(), run.x.data() + run.x.size());
+  content.step = run.dx;
+  content.symmetry_used = analysis::needs_characters(run);
+  content.dipole = run.dipole0;
 }
 
 }  // namespace
 
-Results load_results(const JobOptions& options) {
-  RunData run = analysis::load_job_directory(options.control_file, options.mass_changes);
-  Results results;
-  results.control_file = options.control_file;
-  results.input_files = zandor::input_names(run);
-  describe_molecule(run, results);
-  results.changed_masses = analysis::describe(options.mass_changes, run);
-  if (!results.changed_masses.empty()) results.notes.push_back(results.changed_masses);
+Content load_content(const std::string& control_file,
+                     const std::vector<analysis::MassChange>& mass_changes,
+                     const analysis::DipoleChoices& dipoles) {
+  RunData run = analysis::load_job_directory(control_file, mass_changes);
+  Content content;
+  std::error_code unknown;
+  content.folder = std::filesystem::current_path(unknown).filename().string();
+  content.control_file = control_file;
+  content.input_files = zandor::input_names(run);
+  describe_molecule(run, content);
+  content.changed_masses = analysis::describe(mass_changes, run);
+  if (!content.changed_masses.empty()) content.notes.push_back({content.changed_masses});
   const std::string turned = analysis::turned_geometry(run);
   if (!turned.empty()) {
     io::warn({run.com_name.content()}, turned);
-    results.notes.push_back(io::printable(run.com_name.content()) + ": " + turned);
+    content.notes.push_back({io::printable(run.com_name.content()) + ": " + turned, true});
   }
-  const Eigen::Matrix3Xd gradient = known_gradient(run, options.dipoles, results);
-  results.dipole_gradient.assign(gradient.data(), gradient.data() + gradient.size());
+  const Eigen::Matrix3Xd gradient = known_gradient(run, dipoles, content);
+  content.dipole_gradient.assign(gradient.data(), gradient.data() + gradient.size());
   const analysis::RigidMotions rigid = analysis::rigid_motions(run);
-  results.projected = mode_list(run, projected_modes(run, rigid), rigid, gradient);
-  results.unprojected = mode_list(run, unprojected_modes(run), rigid, gradient);
-  results.view = first_view(run);
-  results.hessian = std::move(run.hess);
-  return results;
+  content.projected = mode_list(run, projected_modes(run, rigid), rigid, gradient);
+  content.unprojected = mode_list(run, unprojected_modes(run), rigid, gradient);
+  content.view = first_view(run);
+  content.hessian = std::move(run.hess);
+  return content;
 }
 
 }  // namespace exporting

@@ -3,15 +3,9 @@
 
 #include "analysis/job_directory.hpp"
 #include "analysis/prepared_dipoles.hpp"
-#include "export/results.hpp"
+#include "export/content.hpp"
 
 namespace exporting {
-
-struct JobOptions {
-  std::string control_file;
-  std::vector<analysis::MassChange> mass_changes;
-  analysis::DipoleChoices dipoles;
-};
 
 // Reads and analyses the job directory that is the working folder; errors are those of the phases.
 //
@@ -19,7 +13,9 @@ struct JobOptions {
 // with a shifted diagonal, are the same to about 0.001 cm-1, near zero to a few cm-1.
 //
 // Dipole derivatives stay empty where they mean nothing (PreparedDipoles::refusal); that, and signs
-// that seem to have turned, are warnings and notes of the results.
-Results load_results(const JobOptions& options);
+// that seem to have turned, are warnings and notes of the content.
+Content load_content(const std::string& control_file,
+                     const std::vector<analysis::MassChange>& mass_changes,
+                     const analysis::DipoleChoices& dipoles);
 
 }  // namespace exporting

@@ -23,11 +23,18 @@ struct ModeList {
   std::vector<double> dipole_derivatives, strengths;
 };
 
-struct Results {
+// What was changed, assumed or doubted: a sentence.
+struct Note {
+  std::string text;
+  bool warning = false;  // results may be wrong
+};
+
+struct Content {
+  std::string folder;  // name of the job directory
   std::string control_file;
   std::vector<std::string> input_files;  // everything that was read, the control file first
-  std::vector<std::string> notes;        // what was changed or assumed, a sentence each
-  std::string changed_masses;            // the note on masses; empty where none was changed
+  std::vector<Note> notes;
+  std::string changed_masses;  // the note on masses; empty where none was changed
 
   std::vector<std::string> symbols;  // printable, none of them empty
   std::vector<int> atomic_numbers;

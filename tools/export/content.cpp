@@ -1,4 +1,4 @@
-#include "export/results.hpp"
+#include "export/content.hpp"
 
 #include <algorithm>
 #include <cmath>
