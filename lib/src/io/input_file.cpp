@@ -47,6 +47,7 @@ int InputFile::open(const std::string& name) {
   attach(descriptor, name);
   owned_ = true;
   seekable_ = S_ISREG(status.st_mode);
+  size_ = seekable_ ? status.st_size : 0;
   if (!seekable_) ::fcntl(descriptor, F_SETFL, 0);
   return 0;
 }
@@ -55,6 +56,7 @@ void InputFile::attach(int descriptor, const std::string& name) {
   descriptor_ = descriptor;
   owned_ = false;
   seekable_ = false;
+  size_ = 0;
   name_ = name;
   used_ = 0;
   start_ = next_ = 0;
@@ -85,7 +87,9 @@ std::size_t InputFile::read_into(std::size_t place, std::size_t size, std::int64
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) fatal_stop({name_}, std::string("cannot read: ") + strerror(errno));
     total += static_cast<std::size_t>(got);
-    if (got == 0 || !seekable_) break;
+    // Most files are read with one call: nobody is asked what stands behind the end.
+    const bool all_read = offset + static_cast<std::int64_t>(total) == size_;
+    if (got == 0 || all_read || !seekable_) break;
   }
   return total;
 }

@@ -81,6 +81,7 @@ class InputFile {
   int descriptor_ = -1;
   bool owned_ = false;
   bool seekable_ = false;
+  std::int64_t size_ = 0;  // of a regular file when it was opened; 0 where that is not known
   std::string name_;
   std::vector<char> buffer_;   // kept from one file to the next
   std::vector<char> lowered_;  // a copy of the records being searched in any case

@@ -155,7 +155,8 @@ int Replacement::begin_renaming(bool exists, mode_t mode) {
   replaces_ = exists;
   const std::string folder = folder_of(target_);
   // Without /proc an anonymous file could not be given its name.
-  anonymous_ = ::access("/proc/self/fd", X_OK) == 0;
+  static const bool has_proc = ::access("/proc/self/fd", X_OK) == 0;
+  anonymous_ = has_proc;
   if (anonymous_) {
     descriptor_ = ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
     anonymous_ = descriptor_ >= 0;
@@ -189,11 +190,11 @@ int Replacement::complete() {
   return closed < 0 || ::close(closed) != 0 ? errno : 0;
 }
 
-// Gives an anonymous file a hidden name.
-int Replacement::link_hidden() {
+// Gives an anonymous file a hidden name, the first that is free from number `first` on.
+int Replacement::link_hidden(int first) {
   const std::string path = path_of_descriptor(descriptor_);
   for (int i = 0; i < most_hidden_names; ++i) {
-    const std::string hidden = hidden_name(folder_of(target_), i);
+    const std::string hidden = hidden_name(folder_of(target_), first + i);
     if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, hidden.c_str(), AT_SYMLINK_FOLLOW) == 0) {
       hidden_ = hidden;
       return 0;
@@ -234,7 +235,7 @@ int Replacement::swap_in() {
       return 0;
     }
     if (errno != EEXIST) return errno;
-    if (const int error = link_hidden(); error != 0) return error;  // somebody was faster
+    if (const int error = link_hidden(0); error != 0) return error;  // somebody was faster
   }
   if (::renameat2(AT_FDCWD, hidden_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE) == 0) {
     exchanged_ = true;
@@ -272,7 +273,9 @@ void put_in_place(std::span<Replacement> files) {
   };
   for (Replacement& file : files) {
     const bool needs_name = file.way_ == Replacement::Way::rename && file.replaces_;
-    const int error = needs_name && file.anonymous_ ? file.link_hidden() : 0;
+    const int error = needs_name && file.anonymous_
+                          ? file.link_hidden(static_cast<int>(&file - files.data()))
+                          : 0;
     if (error != 0) stop_at(file, "cannot put in place: ", error);
   }
   for (Replacement& file : files) {

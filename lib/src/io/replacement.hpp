@@ -43,7 +43,7 @@ class Replacement {
   int begin_writing(Way way);
   void drop();
   void close_descriptors();
-  int link_hidden();
+  int link_hidden(int first);
   int keep_old();
   int copy_through();
   int swap_in();
