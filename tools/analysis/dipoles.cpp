@@ -1,12 +1,14 @@
 #include "analysis/dipoles.hpp"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include "analysis/median.hpp"
 
 namespace analysis {
 
@@ -91,6 +93,32 @@ Eigen::Matrix3Xd dipole_midpoints(const zandor::RunData& run, const Eigen::Matri
     midpoints.col(ih - 1) = (mean - dipoles.col(0)) / run.dx;
   }
   return midpoints;
+}
+
+SignFreeSteps sign_free_steps(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
+  SignFreeSteps steps{Eigen::Matrix3Xd(3, run.n3), Eigen::VectorXd(run.n3)};
+  for (int ih = 1; ih <= run.n3; ++ih) {
+    const Eigen::Vector3d mean = (dipoles.col(2 * ih) + dipoles.col(2 * ih - 1)) / 2.0;
+    const Eigen::Vector3d half = (dipoles.col(2 * ih) - dipoles.col(2 * ih - 1)) / 2.0;
+    double smallest = std::numeric_limits<double>::infinity();
+    for (const auto& [sum, difference] : {std::pair(mean, half), std::pair(half, mean)}) {
+      for (const double sign : {1.0, -1.0}) {
+        const Eigen::Vector3d even = sign * sum - dipoles.col(0);
+        if (even.norm() >= smallest) continue;
+        smallest = even.norm();
+        steps.even.col(ih - 1) = even;
+        steps.change(ih - 1) = 2.0 * difference.norm();
+      }
+    }
+  }
+  return steps;
+}
+
+double dipole_noise(const SignFreeSteps& steps) {
+  constexpr double median_length = 1.538;  // of three normal deviates of width 1
+  const Eigen::VectorXd lengths = steps.even.colwise().norm();
+  const double noise = std::sqrt(2.0) * median({lengths.begin(), lengths.end()}) / median_length;
+  return noise <= most_dipole_noise ? noise : 0.0;
 }
 
 Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,

@@ -40,6 +40,22 @@ Eigen::Matrix3Xd dipole_gradient(const zandor::RunData& run, const Eigen::Matrix
 // size.
 Eigen::Matrix3Xd dipole_midpoints(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
 
+// The two steps of each coordinate with the signs of mu(plus) and mu(minus) that bring their mean
+// nearest to mu0: the same whatever signs the jobs have turned.
+struct SignFreeSteps {
+  Eigen::Matrix3Xd even;   // 3 x n3, atomic units: (mu(plus) + mu(minus)) / 2 - mu0
+  Eigen::VectorXd change;  // n3, atomic units: |mu(plus) - mu(minus)|
+};
+SignFreeSteps sign_free_steps(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
+
+// The noise of a component of a dipole, atomic units, from the median length of the even parts; 0
+// where they are longer than noise makes them (most_dipole_noise).
+double dipole_noise(const SignFreeSteps& steps);
+
+// Loose convergence leaves 1e-4, second derivatives 4e-4 in sound jobs with steps of 0.01 Angstrom,
+// a degenerate state 0.1.
+inline constexpr double most_dipole_noise = 2e-3;
+
 // 3 x n: column k is dmu/dQ_k = sum_j dmu/dx_j L_jk / sqrt(m_j), e/sqrt(m_e), for mass-weighted
 // eigenvectors L in the columns of modes (n3 x n).
 Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,

@@ -62,6 +62,16 @@ SumRuleVectors sum_rule_terms(const zandor::RunData& run, const Eigen::Matrix3Xd
   return terms;
 }
 
+Eigen::Matrix<double, sum_rule_count, 1> sum_rule_errors(const zandor::RunData& run) {
+  const Weights weights = rigid_displacements(run);
+  Eigen::Matrix<double, sum_rule_count, 1> errors;
+  for (Eigen::Index k = 0; k < 6; ++k) {
+    const double square = weights.row(k).squaredNorm() / (2.0 * run.dx * run.dx);
+    errors.segment<3>(3 * k).setConstant(std::sqrt(square + (k < 3 ? 0.0 : 1.0)));
+  }
+  return errors;
+}
+
 SumRuleResidual sum_rule_residual(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
   const SumRuleVectors terms = sum_rule_terms(run, dipoles);
   // The two jobs of a coordinate count as one term: with a large dipole they nearly cancel.
@@ -74,6 +84,11 @@ SumRuleResidual sum_rule_residual(const zandor::RunData& run, const Eigen::Matri
   SumRuleResidual residual;
   residual.absolute = sum.norm();
   residual.translation = sum.head<9>().norm();
+  const SignFreeSteps steps = sign_free_steps(run, dipoles);
+  for (Eigen::Index ih = 1; ih <= run.n3; ++ih) {
+    const double change = (dipoles.col(2 * ih) - dipoles.col(2 * ih - 1)).norm();
+    if (steps.change(ih - 1) < change) differences.col(ih) *= steps.change(ih - 1) / change;
+  }
   const double all_terms = differences.norm();
   if (all_terms > 0.0) residual.relative = residual.absolute / all_terms;
   const double shift_terms = differences.topRows<9>().norm();
@@ -84,6 +99,9 @@ SumRuleResidual sum_rule_residual(const zandor::RunData& run, const Eigen::Matri
     if (sum(i) == 0.0) continue;
     residual.worst_ratio = std::max(residual.worst_ratio, std::abs(sum(i)) / bounds(i));
     if (i < 9) residual.translation_ratio = residual.worst_ratio;
+  }
+  if (const double noise = dipole_noise(steps); noise > 0.0) {
+    residual.noise_ratio = (sum.array() / sum_rule_errors(run).array()).abs().maxCoeff() / noise;
   }
   return residual;
 }

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <Eigen/Dense>
+#include <limits>
 
 #include "zandor/run_data.hpp"
 
@@ -24,6 +25,9 @@ using SumRuleVectors = Eigen::Matrix<double, sum_rule_count, Eigen::Dynamic>;
 // more than this, a turned sign included, changes the gradient as a whole by no more than about it.
 inline constexpr double residual_allowed = 1e-2;
 
+// Sound directories with noise of 1e-4 in every dipole come to 4.4 at most (7600 of them).
+inline constexpr double noise_allowed = 6.0;
+
 struct SumRuleResidual {
   double absolute = 0.0;     // root of the sum of the squares of the 18 conditions, atomic units
   double translation = 0.0;  // the same of T alone, e
@@ -31,7 +35,8 @@ struct SumRuleResidual {
   double translation_relative = 0.0;
   double translation_ratio = 0.0;
   // absolute over the root of the sum of the squares of all terms that the 18 sums are made of:
-  // about 1 for unrelated numbers. 0 where all are zero.
+  // about 1 for unrelated numbers. 0 where all are zero. A turned sign makes no term larger
+  // (sign_free_steps).
   double relative = 0.0;
   // What print rounding alone may make of `absolute`: per condition the sum of its weights times
   // half a last digit / dx (print_rounding), of these the root of the sum of the squares. It is the
@@ -40,17 +45,27 @@ struct SumRuleResidual {
   // The largest of the 18 ratios of a condition to its own bound. Print rounding gives 1 at most.
   double worst_ratio = 0.0;
 
+  // The largest ratio of a condition to what the noise of the dipoles (dipole_noise) makes of it in
+  // the root mean square; infinite where they have none.
+  double noise_ratio = std::numeric_limits<double>::infinity();
+
   bool within_rounding() const { return worst_ratio <= 1.0; }
   // Print rounding and the other errors of the jobs explain it: no condition stands above `bounds`
-  // times its bound, or the residual is residual_allowed relative at most.
-  bool explained(double bounds = 3.0) const {
-    return worst_ratio <= bounds || relative <= residual_allowed;
+  // times its bound, none above `noise` times its noise, or the residual is `part` relative at
+  // most.
+  bool explained(double bounds = 3.0, double part = residual_allowed,
+                 double noise = noise_allowed) const {
+    return worst_ratio <= bounds || relative <= part || noise_ratio <= noise;
   }
 };
 
 // 18 x (n6 + 1): what the dipole of each job (column; 0 is the reference) adds to the conditions.
 // dipoles as in dipoles.hpp. The sum of the columns is the residual.
 SumRuleVectors sum_rule_terms(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
+
+// What independent errors of 1 au in all components of all dipoles make of each condition in the
+// root mean square.
+Eigen::Matrix<double, sum_rule_count, 1> sum_rule_errors(const zandor::RunData& run);
 
 // The residual of the dipoles of all jobs (derived ones filled in); takes natom, xa, dx, disp_sign
 // and, for the bound, jobs, tdip and dipole0 of the run.

@@ -13,13 +13,13 @@
 
 namespace analysis {
 
-// What counts as explained: no condition above `bounds` times its bound, or the residual no larger
-// than `relative` of its terms.
+// What counts as explained, as SumRuleResidual::explained takes it.
 struct ResidualLimits {
   double bounds = 3.0;
   double relative = residual_allowed;
+  double noise = noise_allowed;
   bool explain(const SumRuleResidual& residual) const {
-    return residual.worst_ratio <= bounds || residual.relative <= relative;
+    return residual.explained(bounds, relative, noise);
   }
 };
 

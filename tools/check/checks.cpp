@@ -27,7 +27,6 @@ constexpr NamedCheck list[] = {
     {"asymmetry", check_asymmetry},
     {"net-force", check_net_force},
     {"dipole-sum", check_dipole_sum},
-    {"dipole-jump", check_dipole_jump},
     {"frame", check_frame},
     {"noise", check_noise},
 };

@@ -28,7 +28,6 @@ Check check_stationary;
 Check check_asymmetry;
 Check check_net_force;
 Check check_dipole_sum;
-Check check_dipole_jump;
 Check check_frame;
 Check check_noise;
 

@@ -1,12 +1,16 @@
-// Transition dipoles: exact sum rules, and jumps.
+// Transition dipoles: their sum rules, and whether the two steps lie on either side of the
+// reference's.
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <sstream>
 
 #include "analysis/characters.hpp"
 #include "analysis/dipoles.hpp"
+#include "analysis/prepared_dipoles.hpp"
 #include "analysis/turned_signs.hpp"
 #include "check/checks.hpp"
+#include "check/support/dipole_fit.hpp"
 
 namespace check {
 
@@ -14,23 +18,27 @@ namespace {
 
 using analysis::TurnedSigns;
 
-// Why the sum rules cannot be looked at; empty when they can.
+// Why nothing can be looked at; empty when it can.
 std::string obstacle(const JobData& jobs) {
   if (!jobs.has_geometry() || !jobs.sign_file(0).has_dipole) {
     return "the reference's geometry or dipole is missing";
   }
-  int missing = 0;
-  for (int i = 1; i <= jobs.run.n6; ++i) missing += jobs.usable(i) ? 0 : 1;
-  if (missing > 0) return counted(missing, "job") + " without a dipole, and the sums need all";
   if (analysis::job_dipoles(jobs.run).isZero(0.0)) return "all transition dipoles are zero";
   return {};
 }
 
+int without_dipole(const JobData& jobs) {
+  int missing = 0;
+  for (int i = 1; i <= jobs.run.n6; ++i) missing += jobs.usable(i) ? 0 : 1;
+  return missing;
+}
+
 struct Candidate {
   TurnedSigns signs;
-  double gradient = 0.0;  // norm of the dipole gradient with these signs
-  bool passes = true;     // through the reference's dipole, from one step to the other
-  bool explains = false;  // the residual, with these signs
+  analysis::Characters characters;  // of the operations; empty where no job is derived
+  double gradient = 0.0;            // norm of the dipole gradient with these signs
+  bool passes = true;               // through the reference's dipole, from one step to the other
+  bool explains = false;            // the residual, with these signs
 };
 
 // One that explains the residual before one that does not; then the larger gradient, since wrong
@@ -48,12 +56,12 @@ bool is_better(const Candidate& a, const Candidate& b) {
 Candidate search(const JobData& jobs, const analysis::ResidualLimits& limits) {
   Eigen::Matrix3Xd dipoles = analysis::job_dipoles(jobs.run);
   if (!analysis::needs_characters(jobs.run)) {
-    return {analysis::find_turned_signs(jobs.run, dipoles, limits)};
+    return {analysis::find_turned_signs(jobs.run, dipoles, limits), {}};
   }
   std::optional<Candidate> best;
   for (const analysis::Characters& characters : analysis::allowed_characters(jobs.run)) {
     analysis::derive_dipoles(jobs.run, characters, dipoles);
-    Candidate candidate{analysis::find_turned_signs(jobs.run, dipoles, limits)};
+    Candidate candidate{analysis::find_turned_signs(jobs.run, dipoles, limits), characters};
     Eigen::Matrix3Xd turned = dipoles;
     analysis::turn_signs(jobs.run, candidate.signs.jobs, turned);
     candidate.gradient = analysis::dipole_gradient(jobs.run, turned).norm();
@@ -67,28 +75,46 @@ Candidate search(const JobData& jobs, const analysis::ResidualLimits& limits) {
   return found;
 }
 
-void report_signs(const JobData& jobs, const Candidate& found, bool rules_met, Severity severity,
-                  Report& report) {
-  const TurnedSigns& signs = found.signs;
-  std::string text = "the transition dipoles miss their sum rules: residual " +
-                     rounded(signs.as_read.absolute) + " au (" + rounded(signs.as_read.relative) +
-                     " of its terms, " + rounded(signs.as_read.worst_ratio) +
-                     " times what print rounding allows)";
-  if (rules_met) {
-    text =
-        "whatever the signs of the operations, the transition dipoles of derived jobs and of "
-        "their sources do not lie on either side of the reference's";
+// The dipoles as they stand; without the sum rules only those of computed jobs.
+JobDipoles dipoles_of(const JobData& jobs, const Candidate& found, const Thresholds& limits,
+                      bool all) {
+  JobDipoles at{analysis::job_dipoles(jobs.run),
+                found.characters,
+                {},
+                all,
+                {limits.dipole_bounds, limits.dipole_relative, limits.dipole_noise},
+                limits.dipole_mean};
+  if (!at.characters.empty()) analysis::derive_dipoles(jobs.run, at.characters, at.dipoles);
+  const auto has_own = [&](int i) { return jobs.usable(i) && (all || jobs.job(i).is_calc); };
+  for (int ih = 1; ih <= jobs.run.n3; ++ih) {
+    at.looked.push_back(has_own(2 * ih - 1) && has_own(2 * ih) ? 1 : 0);
   }
-  if (severity == Severity::note) {
-    if (!rules_met) text += ": those of turns alone, which need not hold in a layered job";
-    report.note({zandor::job_list_name}, text);
-    return;
-  }
-  if (!signs.found()) {
-    report.add(severity, {zandor::job_list_name},
-               text +
-                   "; no single sign or pair of signs explains it: more signs have turned, or a "
-                   "state has changed");
+  return at;
+}
+
+// Whether another check has found something wrong with one of the jobs.
+bool is_blamed(const Report& report, const std::vector<int>& jobs) {
+  return std::any_of(report.findings.begin(), report.findings.end(), [&](const Finding& finding) {
+    return finding.severity != Severity::note && finding.check != report.check &&
+           std::any_of(jobs.begin(), jobs.end(), [&](int i) {
+             return finding.job == i ||
+                    std::find(finding.rerun.begin(), finding.rerun.end(), i) != finding.rerun.end();
+           });
+  });
+}
+
+// Turned signs are worth a word when they leave much less, and everything fits with them.
+bool is_worth_a_word(const JobData& jobs, const TurnedSigns& signs, JobDipoles at) {
+  if (!signs.found() || 3.0 * signs.settled.absolute > signs.as_read.absolute) return false;
+  analysis::turn_signs(jobs.run, signs.jobs, at.dipoles);
+  return dipoles_fit(jobs, at);
+}
+
+void report_signs(const JobData& jobs, const TurnedSigns& signs, std::string text, Report& report) {
+  if (is_blamed(report, signs.jobs)) {
+    report.add(
+        Severity::warning, {zandor::job_list_name},
+        text + "; first see to what is said of " + analysis::job_names(jobs.run, signs.jobs));
     return;
   }
   text += signs.certain() ? "; turn the sign of " : "; perhaps turn the sign of ";
@@ -96,94 +122,107 @@ void report_signs(const JobData& jobs, const Candidate& found, bool rules_met, S
     text += (k > 0 ? " and of " : "") + job_text(jobs, signs.jobs[k]) + ", " +
             std::string(jobs.job(signs.jobs[k]).sgn_name.content());
   }
-  report.add(severity, place_of(jobs, signs.jobs.front()),
+  report.add(Severity::warning, place_of(jobs, signs.jobs.front()),
              text + ": that leaves " + rounded(signs.settled.absolute), signs.jobs.front());
 }
 
-struct Jump {
-  int ih = 0;
-  int job = 0;          // the job to blame
-  bool single = false;  // its partner has no dipole of its own: twice the change from the reference
-  double as_read = 0.0;  // |mu(+) - mu(-)|
-  double turned = 0.0;   // |mu(+) + mu(-)|
-};
+std::string misses_text(const analysis::SumRuleResidual& residual) {
+  return "the transition dipoles miss their sum rules: residual " + rounded(residual.absolute) +
+         " au (" + rounded(residual.relative) + " of its terms, " + rounded(residual.worst_ratio) +
+         " times what print rounding allows)";
+}
 
-// The job whose dipole is further from the reference's, in either sign.
-int further_job(const Eigen::Matrix3Xd& dipoles, int ih) {
+std::string dipole_text(const Eigen::Vector3d& dipole) {
+  return rounded(dipole(0)) + " " + rounded(dipole(1)) + " " + rounded(dipole(2));
+}
+
+std::string unit_hint(const Eigen::Vector3d& found, const Eigen::Vector3d& expected) {
+  constexpr double debye_per_au = 2.541746;  // CODATA 2018
+  const bool is_debye = (found - debye_per_au * expected).norm() <= 0.02 * found.norm();
+  return is_debye ? " (Debye?)" : "";
+}
+
+void report_wrong(const JobData& jobs, const JobDipoles& at, const WrongDipole& wrong,
+                  Report& report) {
+  const Eigen::Vector3d found = at.dipoles.col(wrong.job);
+  const std::string others = wrong.other < 0 ? ""
+                                             : "; or that of " + job_text(jobs, wrong.other) +
+                                                   " does not, which explains nearly as much";
+  if ((found + wrong.expected).norm() <= 0.1 * found.norm()) {
+    report.add(Severity::warning, place_of(jobs, wrong.job),
+               "the transition dipole of " + job_text(jobs, wrong.job) +
+                   " has the other sign: turn it" + others,
+               wrong.job);
+    return;
+  }
+  std::vector<int> rerun = {wrong.job};
+  if (wrong.other >= 0) rerun.push_back(wrong.other);
+  report.add(Severity::warning, place_of(jobs, wrong.job),
+             "the transition dipole of " + job_text(jobs, wrong.job) +
+                 " does not fit the others: " + dipole_text(found) + " au, expected about " +
+                 dipole_text(wrong.expected) + unit_hint(found, wrong.expected) + others,
+             wrong.job, rerun);
+}
+
+// The job whose dipole is further from the reference's: as it stands, if signs are what is wrong.
+int further_job(const Eigen::Matrix3Xd& dipoles, int ih, bool signs) {
   const auto distance = [&](int i) {
-    return std::min((dipoles.col(i) - dipoles.col(0)).norm(),
-                    (dipoles.col(i) + dipoles.col(0)).norm());
+    const double as_read = (dipoles.col(i) - dipoles.col(0)).norm();
+    return signs ? as_read : std::min(as_read, (dipoles.col(i) + dipoles.col(0)).norm());
   };
   return distance(2 * ih) > distance(2 * ih - 1) ? 2 * ih : 2 * ih - 1;
 }
 
-// Whether a job has a dipole of its own that can be used.
-bool has_dipole(const JobData& jobs, int i) { return jobs.job(i).is_calc && jobs.usable(i); }
-
-std::vector<Jump> jumps_of(const JobData& jobs, const Eigen::Matrix3Xd& dipoles) {
-  std::vector<Jump> jumps;
-  const auto add = [&](int ih, int job, int from, double factor) {
-    jumps.push_back({ih, job, from == 0, factor * (dipoles.col(job) - dipoles.col(from)).norm(),
-                     factor * (dipoles.col(job) + dipoles.col(from)).norm()});
-  };
-  for (int ih = 1; ih <= jobs.run.n3; ++ih) {
-    const bool first = has_dipole(jobs, 2 * ih - 1);
-    const bool second = has_dipole(jobs, 2 * ih);
-    if (first && second) {
-      const int job = further_job(dipoles, ih);
-      add(ih, job, job == 2 * ih ? 2 * ih - 1 : 2 * ih, 1.0);
-    } else if ((first || second) && jobs.sign_file(0).has_dipole) {
-      add(ih, first ? 2 * ih - 1 : 2 * ih, 0, 2.0);
-    }
-  }
-  return jumps;
-}
-
-// The median of those that are not zero: symmetry leaves many dipoles as they are.
-double median_jump(const std::vector<Jump>& jumps, double rounding) {
-  std::vector<double> sizes;
-  for (const Jump& jump : jumps) {
-    const double size = jump.single ? std::min(jump.as_read, jump.turned) : jump.as_read;
-    if (size > rounding) sizes.push_back(size);
-  }
-  if (sizes.empty()) return 0.0;
-  const auto middle = sizes.begin() + static_cast<long>(sizes.size() / 2);
-  std::nth_element(sizes.begin(), middle, sizes.end());
-  return *middle;
-}
-
-void report_jump(const JobData& jobs, const Jump& jump, double size, double typical,
+void report_mean(const JobData& jobs, const JobDipoles& at, const DipoleMeans& means, int ih,
                  Report& report) {
-  const int partner = jump.job % 2 == 0 ? jump.job - 1 : jump.job + 1;
-  const std::string where =
-      jump.single ? rounded(size / 2.0) + " au from the reference to " + job_text(jobs, jump.job)
-                  : rounded(size) + " au between the two jobs of " + coordinate_text(jobs, jump.ih);
-  const std::string others = rounded(jump.single ? typical / 2.0 : typical);
-  const std::string other_job =
-      jump.single ? ""
-                  : " (the other job is " + std::string(jobs.job(partner).sgn_name.content()) + ")";
-  report.add(Severity::warning, place_of(jobs, jump.job),
-             "the transition dipole jumps by " + where + ", by " + others +
-                 " in the median of the others: a state crossing" + other_job,
-             jump.job, {jump.job});
+  const double even = analysis::sign_free_steps(jobs.run, at.dipoles).even.col(ih - 1).norm();
+  const bool signs = even <= means.limit;
+  const int job = further_job(at.dipoles, ih, signs);
+  const int other = job % 2 == 0 ? job - 1 : job + 1;
+  std::vector<int> rerun;
+  if (!signs) rerun.push_back(jobs.source(job));
+  report.add(Severity::warning, place_of(jobs, job),
+             "the transition dipoles of " + coordinate_text(jobs, ih) +
+                 " do not lie on either side of the reference's: their mean is " +
+                 rounded(means.sizes(ih - 1)) + " au off, " + rounded(means.limit) +
+                 " at most is expected: " +
+                 (signs ? "a sign has turned" : "a state has changed, or a dipole is wrong") +
+                 " (the other job is " + io::printable(place_of(jobs, other).file) + ")",
+             job, rerun);
 }
 
-void note_jumps_not_looked_at(const JobData& jobs, Report& report) {
-  int missing = 0;
-  bool needs_reference = false;
-  for (int i = 1; i <= jobs.run.n6; ++i) {
-    if (!jobs.job(i).is_calc) continue;
-    missing += jobs.usable(i) ? 0 : 1;
-    needs_reference |= has_dipole(jobs, i) && !has_dipole(jobs, i % 2 == 0 ? i - 1 : i + 1);
+// Of what explains everything the simplest: turned signs, one wrong dipole; else coordinate by
+// coordinate what stands out, and the sum rules.
+void report_misfit(const JobData& jobs, const JobDipoles& at, const DipoleMeans& means,
+                   const Candidate& found, Report& report) {
+  const analysis::SumRuleResidual& residual = found.signs.as_read;
+  if (at.all && is_worth_a_word(jobs, found.signs, at)) {
+    report_signs(jobs, found.signs, misses_text(residual), report);
+    return;
   }
-  if (missing > 0) {
-    report.note({zandor::job_list_name},
-                "not looked at: " + counted(missing, "job") + " without a dipole");
-  }
-  if (needs_reference && !jobs.sign_file(0).has_dipole) {
+  const bool rules_met = !at.all || at.limits.explain(residual);
+  const bool shifts_met = residual.translation_ratio <= at.limits.bounds ||
+                          residual.translation_relative <= at.limits.relative;
+  if (jobs.layered && shifts_met && means.off.empty() && !rules_met) {
     report.note(
-        place_of(jobs, 0),
-        "not looked at: jobs whose partner has no dipole, since the reference's is missing");
+        {zandor::job_list_name},
+        misses_text(residual) + ": those of turns alone, which need not hold in a layered job");
+    return;
+  }
+  if (const auto wrong = find_wrong_dipole(jobs, at, means)) {
+    report_wrong(jobs, at, *wrong, report);
+    return;
+  }
+  for (const int ih : means.off) report_mean(jobs, at, means, ih, report);
+  if (!rules_met) {
+    report.add(Severity::warning, {zandor::job_list_name},
+               misses_text(residual) +
+                   "; no single job explains it: more signs have turned, or a state has changed");
+  } else if (!found.passes) {
+    report.add(
+        Severity::warning, {zandor::job_list_name},
+        "whatever the signs of the operations, the transition dipoles of derived jobs and of "
+        "their sources do not lie on either side of the reference's");
   }
 }
 
@@ -194,37 +233,29 @@ void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Report& rep
     report.note({zandor::job_list_name}, "not looked at: " + why);
     return;
   }
-  const analysis::ResidualLimits allowed{limits.dipole_bounds, limits.dipole_relative};
-  const Candidate found = search(jobs, allowed);
-  const analysis::SumRuleResidual& residual = found.signs.as_read;
-  report.figure("residual (atomic units)", residual.absolute);
-  report.figure("residual over its terms (1)", residual.relative);
-  report.figure("residual that print rounding allows (atomic units)", residual.bound);
-  report.figure("largest condition over its rounding (1)", residual.worst_ratio);
-  const bool rules_met = allowed.explain(residual);
-  if (found.passes && rules_met) return;
-  const bool shifts_alone = residual.translation_ratio <= limits.dipole_bounds ||
-                            residual.translation_relative <= limits.dipole_relative;
-  report_signs(jobs, found, rules_met,
-               jobs.layered && shifts_alone ? Severity::note : Severity::warning, report);
-}
-
-void check_dipole_jump(const JobData& jobs, const Thresholds& limits, Report& report) {
-  const Eigen::Matrix3Xd dipoles = analysis::job_dipoles(jobs.run);
-  const std::vector<Jump> jumps = jumps_of(jobs, dipoles);
-  const double rounding = 4.0 * analysis::print_rounding(jobs.run).minCoeff();
-  const double typical = median_jump(jumps, rounding);
-  std::vector<double> sizes(static_cast<std::size_t>(jobs.run.n3), not_known);
-  for (const Jump& jump : jumps) {
-    sizes[static_cast<std::size_t>(jump.ih - 1)] = jump.as_read;
-    const double size = std::min(jump.as_read, jump.turned);
-    if (size > limits.dipole_jump * std::max(typical, rounding)) {
-      report_jump(jobs, jump, size, typical, report);
-    }
+  const int missing = without_dipole(jobs);
+  if (missing > 0) {
+    report.note({zandor::job_list_name},
+                "the sum rules are not looked at: " + counted(missing, "job") +
+                    " without a dipole, and the sums need all");
   }
-  note_jumps_not_looked_at(jobs, report);
-  report.figure("median change that is not zero (au)", typical);
-  report.figure("change of each coordinate (au)", std::move(sizes));
+  const analysis::ResidualLimits allowed{limits.dipole_bounds, limits.dipole_relative,
+                                         limits.dipole_noise};
+  const Candidate found = missing > 0 ? Candidate{} : search(jobs, allowed);
+  const JobDipoles at = dipoles_of(jobs, found, limits, missing == 0);
+  const DipoleMeans means = dipole_means(jobs, at);
+  report.figure("largest distance of a mean (au)",
+                largest_known({means.sizes.begin(), means.sizes.end()}));
+  report.figure("what is expected of it at most (au)", means.limit);
+  const analysis::SumRuleResidual& residual = found.signs.as_read;
+  if (missing == 0) {
+    report.figure("residual (atomic units)", residual.absolute);
+    report.figure("residual over its terms (1)", residual.relative);
+    report.figure("residual that print rounding allows (atomic units)", residual.bound);
+    report.figure("largest condition over its rounding (1)", residual.worst_ratio);
+  }
+  if (found.passes && dipoles_fit(jobs, at)) return;
+  report_misfit(jobs, at, means, found, report);
 }
 
 }  // namespace check

@@ -1,0 +1,17 @@
+// The median.
+#pragma once
+
+#include <algorithm>
+#include <vector>
+
+namespace analysis {
+
+// The upper one of two that are in the middle; 0 of no values.
+inline double median(std::vector<double> values) {
+  if (values.empty()) return 0.0;
+  const auto middle = values.begin() + static_cast<long>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+}  // namespace analysis

@@ -1,0 +1,151 @@
+#include "check/support/dipole_fit.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <set>
+
+#include "analysis/dipoles.hpp"
+#include "analysis/median.hpp"
+#include "check/support/report.hpp"
+
+namespace check {
+
+namespace {
+
+// mu(+) + mu(-) - 2 mu0 may be off by four half units of the last digit, its half by two.
+constexpr double roundings = 2.0;
+
+bool is_looked_at(const JobDipoles& at, int ih) {
+  return at.looked[static_cast<std::size_t>(ih - 1)] != 0;
+}
+
+// 3 x n3, zero where not looked at.
+Eigen::Matrix3Xd even_parts(const JobData& jobs, const JobDipoles& at,
+                            const Eigen::Matrix3Xd& dipoles) {
+  Eigen::Matrix3Xd parts = analysis::dipole_midpoints(jobs.run, dipoles) * jobs.run.dx;
+  for (int ih = 1; ih <= jobs.run.n3; ++ih) {
+    if (!is_looked_at(at, ih)) parts.col(ih - 1).setZero();
+  }
+  return parts;
+}
+
+// The median of the sizes above rounding, or of half of all where these are fewer: one turned sign
+// among coordinates that symmetry keeps at zero has nothing else above rounding beside it.
+double typical_size(std::vector<double> sizes, double rounding) {
+  if (sizes.empty()) return rounding;
+  std::sort(sizes.begin(), sizes.end(), std::greater<>());
+  const auto above = static_cast<std::size_t>(
+      std::count_if(sizes.begin(), sizes.end(), [&](double size) { return size > rounding; }));
+  return std::max(rounding, sizes[std::max(above, (sizes.size() + 1) / 2) / 2]);
+}
+
+// Whether what the means have in common stands `ratio` times above their scatter and rounding.
+bool has_offset(const Eigen::Matrix3Xd& parts, double ratio, double rounding) {
+  Eigen::Vector3d offset;
+  for (Eigen::Index k = 0; k < 3; ++k) {
+    const auto row = parts.row(k);
+    offset(k) = analysis::median({row.begin(), row.end()});
+  }
+  const double scatter =
+      (parts.colwise() - offset).norm() / std::sqrt(static_cast<double>(parts.cols()));
+  return offset.norm() > ratio * std::max(rounding, scatter);
+}
+
+// Every condition over what one error in the dipoles makes of it: linear in the dipoles.
+Eigen::VectorXd conditions(const JobData& jobs, const JobDipoles& at,
+                           const Eigen::Matrix3Xd& dipoles) {
+  Eigen::VectorXd all = Eigen::VectorXd::Zero(analysis::sum_rule_count + 3 * jobs.run.n3);
+  if (at.all) {
+    all.head<analysis::sum_rule_count>() = analysis::sum_rule_terms(jobs.run, dipoles)
+                                               .rowwise()
+                                               .sum()
+                                               .cwiseQuotient(analysis::sum_rule_errors(jobs.run));
+  }
+  all.tail(3 * jobs.run.n3) = even_parts(jobs, at, dipoles).reshaped();
+  return all;
+}
+
+struct Fitted {
+  int job = 0;
+  double left = 0.0;
+  Eigen::Vector3d change;
+};
+
+Fitted fit_job(const JobData& jobs, const JobDipoles& at, int job, const Eigen::VectorXd& as_read) {
+  Eigen::MatrixX3d effect(as_read.size(), 3);
+  for (Eigen::Index k = 0; k < 3; ++k) {
+    Eigen::Matrix3Xd unit = Eigen::Matrix3Xd::Zero(3, jobs.run.n6 + 1);
+    unit(k, job) = 1.0;
+    if (!at.characters.empty()) analysis::derive_dipoles(jobs.run, at.characters, unit);
+    effect.col(k) = conditions(jobs, at, unit);
+  }
+  const Eigen::Vector3d change = -effect.colPivHouseholderQr().solve(as_read);
+  return {job, (as_read + effect * change).norm(), change};
+}
+
+std::set<int> candidates(const JobData& jobs, const DipoleMeans& means) {
+  std::set<int> found = {0};
+  const auto add = [&](int i) {
+    if (jobs.usable(i)) found.insert(jobs.source(i));
+  };
+  for (const int ih : means.off) {
+    add(2 * ih - 1);
+    add(2 * ih);
+  }
+  if (means.off.empty()) {
+    for (int i = 1; i <= jobs.run.n6; ++i) add(i);
+  }
+  return found;
+}
+
+JobDipoles put_right(const JobData& jobs, JobDipoles at, const Fitted& fitted) {
+  at.dipoles.col(fitted.job) += fitted.change;
+  if (!at.characters.empty()) analysis::derive_dipoles(jobs.run, at.characters, at.dipoles);
+  return at;
+}
+
+}  // namespace
+
+DipoleMeans dipole_means(const JobData& jobs, const JobDipoles& at) {
+  const Eigen::Matrix3Xd parts = even_parts(jobs, at, at.dipoles);
+  const double rounding = roundings * analysis::print_rounding(jobs.run).maxCoeff();
+  DipoleMeans means;
+  means.sizes = parts.colwise().norm();
+  std::vector<double> sizes;
+  for (int ih = 1; ih <= jobs.run.n3; ++ih) {
+    double& size = means.sizes(ih - 1);
+    if (!is_looked_at(at, ih)) {
+      size = not_known;
+    } else {
+      sizes.push_back(size);
+    }
+  }
+  means.limit = at.ratio * typical_size(sizes, rounding);
+  for (int ih = 1; ih <= jobs.run.n3; ++ih) {
+    if (means.sizes(ih - 1) > means.limit) means.off.push_back(ih);
+  }
+  means.reference_off = has_offset(parts, at.ratio, rounding);
+  return means;
+}
+
+bool dipoles_fit(const JobData& jobs, const JobDipoles& at) {
+  const DipoleMeans means = dipole_means(jobs, at);
+  return means.off.empty() && !means.reference_off &&
+         (!at.all || at.limits.explain(analysis::sum_rule_residual(jobs.run, at.dipoles)));
+}
+
+std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const JobDipoles& at,
+                                             const DipoleMeans& means) {
+  const Eigen::VectorXd as_read = conditions(jobs, at, at.dipoles);
+  std::vector<Fitted> fits;
+  for (const int job : candidates(jobs, means)) fits.push_back(fit_job(jobs, at, job, as_read));
+  std::sort(fits.begin(), fits.end(),
+            [](const Fitted& a, const Fitted& b) { return a.left < b.left; });
+  if (!dipoles_fit(jobs, put_right(jobs, at, fits.front()))) return std::nullopt;
+  WrongDipole wrong{fits.front().job, at.dipoles.col(fits.front().job) + fits.front().change};
+  if (fits.size() > 1 && dipoles_fit(jobs, put_right(jobs, at, fits[1]))) wrong.other = fits[1].job;
+  return wrong;
+}
+
+}  // namespace check

@@ -1,0 +1,50 @@
+// Transition dipoles of the two steps against the reference's, and which job's does not fit.
+#pragma once
+
+#include <Eigen/Dense>
+#include <optional>
+#include <vector>
+
+#include "analysis/characters.hpp"
+#include "analysis/turned_signs.hpp"
+#include "check/support/job_data.hpp"
+#include "check/support/thresholds.hpp"
+
+namespace check {
+
+// The dipoles of a directory, and what they are held against.
+struct JobDipoles {
+  Eigen::Matrix3Xd dipoles;         // 3 x 0..n6, derived jobs filled in
+  analysis::Characters characters;  // with which they were; empty where no job is derived
+  std::vector<char> looked;         // 1..n3: both jobs and the reference have dipoles
+  bool all = false;                 // every job has one: the sum rules can be looked at
+  analysis::ResidualLimits limits;  // of the sum rules
+  double ratio = 10.0;              // of the means: dipole-mean
+};
+
+// (mu(+) + mu(-)) / 2 - mu0 of every coordinate: dx**2 / 2 times a second derivative, and errors.
+struct DipoleMeans {
+  Eigen::VectorXd sizes;       // n3, atomic units; not_known where not looked at
+  double limit = 0.0;          // atomic units
+  std::vector<int> off;        // the coordinates above it
+  bool reference_off = false;  // they have in common what stands far above their scatter
+};
+DipoleMeans dipole_means(const JobData& jobs, const JobDipoles& at);
+
+// Whether means and sum rules are met.
+bool dipoles_fit(const JobData& jobs, const JobDipoles& at);
+
+// One job (0 is the reference) whose dipole, put right, makes everything fit.
+struct WrongDipole {
+  int job = 0;
+  Eigen::Vector3d expected;  // atomic units
+  int other = -1;            // another job that would do nearly as well; -1: none
+};
+
+// The least squares of the means and the sum rules, each over what one error makes of it, for each
+// job in turn: three unknowns, the components of its dipole. Where coordinates stand out, jobs of
+// these alone.
+std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const JobDipoles& at,
+                                             const DipoleMeans& means);
+
+}  // namespace check
