@@ -13,22 +13,14 @@ namespace check {
 namespace {
 
 constexpr NamedCheck list[] = {
-    {"names", check_names},
-    {"files", check_files},
-    {"columns", check_columns},
-    {"header", check_header},
-    {"symbols", check_symbols},
-    {"masses", check_masses},
-    {"geometry", check_geometry},
-    {"input", check_input},
-    {"derived", check_derived},
-    {"duplicate", check_duplicate},
-    {"stationary", check_stationary},
-    {"asymmetry", check_asymmetry},
-    {"net-force", check_net_force},
-    {"dipole-sum", check_dipole_sum},
-    {"frame", check_frame},
-    {"noise", check_noise},
+    {"names", check_names},           {"files", check_files},
+    {"columns", check_columns},       {"symbols", check_symbols},
+    {"masses", check_masses},         {"geometry", check_geometry},
+    {"input", check_input},           {"derived", check_derived},
+    {"duplicate", check_duplicate},   {"stationary", check_stationary},
+    {"asymmetry", check_asymmetry},   {"net-force", check_net_force},
+    {"dipole-sum", check_dipole_sum}, {"header", check_header},
+    {"frame", check_frame},           {"noise", check_noise},
 };
 
 // What reads a file that the list gives wrongly is mended in the list, unless the file is bad.

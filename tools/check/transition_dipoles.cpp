@@ -92,26 +92,15 @@ JobDipoles dipoles_of(const JobData& jobs, const Candidate& found, const Thresho
   return at;
 }
 
-// Whether another check has found something wrong with one of the jobs.
-bool is_blamed(const Report& report, const std::vector<int>& jobs) {
-  return std::any_of(report.findings.begin(), report.findings.end(), [&](const Finding& finding) {
-    return finding.severity != Severity::note && finding.check != report.check &&
-           std::any_of(jobs.begin(), jobs.end(), [&](int i) {
-             return finding.job == i ||
-                    std::find(finding.rerun.begin(), finding.rerun.end(), i) != finding.rerun.end();
-           });
-  });
-}
-
 // Turned signs are worth a word when they leave much less, and everything fits with them.
-bool is_worth_a_word(const JobData& jobs, const TurnedSigns& signs, JobDipoles at) {
+bool is_worth_a_word(const JobData& jobs, const TurnedSigns& signs, JobDipoles at, double limit) {
   if (!signs.found() || 3.0 * signs.settled.absolute > signs.as_read.absolute) return false;
   analysis::turn_signs(jobs.run, signs.jobs, at.dipoles);
-  return dipoles_fit(jobs, at);
+  return dipoles_fit(jobs, at, limit);
 }
 
 void report_signs(const JobData& jobs, const TurnedSigns& signs, std::string text, Report& report) {
-  if (is_blamed(report, signs.jobs)) {
+  if (std::any_of(signs.jobs.begin(), signs.jobs.end(), [&](int i) { return report.blames(i); })) {
     report.add(
         Severity::warning, {zandor::job_list_name},
         text + "; first see to what is said of " + analysis::job_names(jobs.run, signs.jobs));
@@ -196,7 +185,7 @@ void report_mean(const JobData& jobs, const JobDipoles& at, const DipoleMeans& m
 void report_misfit(const JobData& jobs, const JobDipoles& at, const DipoleMeans& means,
                    const Candidate& found, Report& report) {
   const analysis::SumRuleResidual& residual = found.signs.as_read;
-  if (at.all && is_worth_a_word(jobs, found.signs, at)) {
+  if (at.all && is_worth_a_word(jobs, found.signs, at, means.limit)) {
     report_signs(jobs, found.signs, misses_text(residual), report);
     return;
   }
@@ -244,17 +233,17 @@ void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Report& rep
   const Candidate found = missing > 0 ? Candidate{} : search(jobs, allowed);
   const JobDipoles at = dipoles_of(jobs, found, limits, missing == 0);
   const DipoleMeans means = dipole_means(jobs, at);
-  report.figure("largest distance of a mean (au)",
-                largest_known({means.sizes.begin(), means.sizes.end()}));
-  report.figure("what is expected of it at most (au)", means.limit);
   const analysis::SumRuleResidual& residual = found.signs.as_read;
+  report.figure("residual (atomic units)", missing == 0 ? residual.absolute : not_known);
   if (missing == 0) {
-    report.figure("residual (atomic units)", residual.absolute);
     report.figure("residual over its terms (1)", residual.relative);
     report.figure("residual that print rounding allows (atomic units)", residual.bound);
     report.figure("largest condition over its rounding (1)", residual.worst_ratio);
   }
-  if (found.passes && dipoles_fit(jobs, at)) return;
+  report.figure("largest distance of a mean (au)",
+                largest_known({means.sizes.begin(), means.sizes.end()}));
+  report.figure("what is expected of it at most (au)", means.limit);
+  if (found.passes && dipoles_fit(jobs, at, means.limit)) return;
   report_misfit(jobs, at, means, found, report);
 }
 

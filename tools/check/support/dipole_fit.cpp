@@ -129,9 +129,11 @@ DipoleMeans dipole_means(const JobData& jobs, const JobDipoles& at) {
   return means;
 }
 
-bool dipoles_fit(const JobData& jobs, const JobDipoles& at) {
+bool dipoles_fit(const JobData& jobs, const JobDipoles& at, double limit) {
   const DipoleMeans means = dipole_means(jobs, at);
-  return means.off.empty() && !means.reference_off &&
+  return !(largest_known({means.sizes.begin(), means.sizes.end()}) >
+           std::min(limit, means.limit)) &&
+         !means.reference_off &&
          (!at.all || at.limits.explain(analysis::sum_rule_residual(jobs.run, at.dipoles)));
 }
 
@@ -142,9 +144,22 @@ std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const JobDipol
   for (const int job : candidates(jobs, means)) fits.push_back(fit_job(jobs, at, job, as_read));
   std::sort(fits.begin(), fits.end(),
             [](const Fitted& a, const Fitted& b) { return a.left < b.left; });
-  if (!dipoles_fit(jobs, put_right(jobs, at, fits.front()))) return std::nullopt;
-  WrongDipole wrong{fits.front().job, at.dipoles.col(fits.front().job) + fits.front().change};
-  if (fits.size() > 1 && dipoles_fit(jobs, put_right(jobs, at, fits[1]))) wrong.other = fits[1].job;
+  fits.resize(std::min<std::size_t>(fits.size(), 2));
+  std::erase_if(fits, [&](const Fitted& fitted) {
+    return !dipoles_fit(jobs, put_right(jobs, at, fitted), means.limit);
+  });
+  if (fits.empty()) return std::nullopt;
+  const auto expected = [&](const Fitted& fitted) -> Eigen::Vector3d {
+    return at.dipoles.col(fitted.job) + fitted.change;
+  };
+  if (fits.size() == 1) return WrongDipole{fits[0].job, expected(fits[0])};
+  // Of two that do, the one whose dipole then comes nearer to the reference's.
+  const auto distance = [&](const Fitted& fitted) {
+    return (expected(fitted) - at.dipoles.col(0)).norm();
+  };
+  if (distance(fits[1]) < distance(fits[0])) std::swap(fits[0], fits[1]);
+  WrongDipole wrong{fits[0].job, expected(fits[0])};
+  if (distance(fits[1]) < 10.0 * distance(fits[0])) wrong.other = fits[1].job;
   return wrong;
 }
 

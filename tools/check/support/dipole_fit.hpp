@@ -31,8 +31,9 @@ struct DipoleMeans {
 };
 DipoleMeans dipole_means(const JobData& jobs, const JobDipoles& at);
 
-// Whether means and sum rules are met.
-bool dipoles_fit(const JobData& jobs, const JobDipoles& at);
+// Whether means and sum rules are met, the means within `limit`: that of the dipoles as read, since
+// what is put right wrongly raises the median, too.
+bool dipoles_fit(const JobData& jobs, const JobDipoles& at, double limit);
 
 // One job (0 is the reference) whose dipole, put right, makes everything fit.
 struct WrongDipole {

@@ -1,9 +1,18 @@
 #include "check/support/report.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
 namespace check {
+
+bool Report::blames(int job) const {
+  return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
+    return finding.severity != Severity::note && finding.check != check &&
+           (finding.job == job ||
+            std::find(finding.rerun.begin(), finding.rerun.end(), job) != finding.rerun.end());
+  });
+}
 
 const char* name_of(Severity severity) {
   switch (severity) {

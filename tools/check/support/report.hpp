@@ -51,6 +51,8 @@ struct Report {
   void note(const io::Place& place, std::string text, int job = -1) {
     add(Severity::note, place, std::move(text), job);
   }
+  // Whether a check other than the one at work says more of the job than a note.
+  bool blames(int job) const;
   void figure(std::string name, double value) {
     figures.push_back({check, std::move(name), {value}, false});
   }
