@@ -31,13 +31,18 @@ TEST_F(ZandorCheck, prints_findings_and_a_summary) {
       "files.out: note: not looked at: 1 job without forces that can be used [duplicate]\n"
       "files.out: note: not looked at: 1 coordinate without two jobs that can be used [asymmetry]\n"
       "files.out: note: not looked at: 1 coordinate without two jobs that can be used [net-force]\n"
-      "files.out: note: not looked at: 1 job without a dipole, and the sums need all [dipole-sum]\n"
-      "files.out: note: not looked at: 1 job without a dipole [dipole-jump]\n"
+      "files.out: note: the sum rules are not looked at: 1 job without a dipole, and the sums need "
+      "all [dipole-sum]\n"
       "coord-ch2o-s1-ref.com: note: not looked at: the projection needs all jobs [frame]\n"
       "coord-ch2o-s1-ref.com: note: not looked at: the projection needs all jobs [noise]\n"
+      "coord-ch2o-s1-01mx.sgn: warning: the transition dipole of job 1 (atom 1 (C) x-) has the "
+      "other "
+      "sign: turn it; another one of job 2 (atom 1 (C) x+), coord-ch2o-s1-01px.sgn, would do as "
+      "well "
+      "[dipole-sum]\n"
       "coord-ch2o-s1-03mx.sgn: error: expected a file that can be read, found: No such file or "
       "directory [files]\n"
-      "24 jobs read, 1 error, 0 warnings; worst asymmetry 2.862e-05 Hartree/Bohr**2, sum-rule "
+      "24 jobs read, 1 error, 1 warning; worst asymmetry 2.862e-05 Hartree/Bohr**2, sum-rule "
       "residual not known\n");
   EXPECT_EQ(run({"--list"}).out, "ch2o-s1-03mx\n");
   EXPECT_EQ(run({"--only", "asymmetry,names"}).status, 0);

@@ -134,9 +134,10 @@ std::string unit_hint(const Eigen::Vector3d& found, const Eigen::Vector3d& expec
 void report_wrong(const JobData& jobs, const JobDipoles& at, const WrongDipole& wrong,
                   Report& report) {
   const Eigen::Vector3d found = at.dipoles.col(wrong.job);
-  const std::string others = wrong.other < 0 ? ""
-                                             : "; or that of " + job_text(jobs, wrong.other) +
-                                                   " does not, which explains nearly as much";
+  const std::string others =
+      wrong.other < 0 ? ""
+                      : "; another one of " + job_text(jobs, wrong.other) + ", " +
+                            std::string(place_of(jobs, wrong.other).file) + ", would do as well";
   if ((found + wrong.expected).norm() <= 0.1 * found.norm()) {
     report.add(Severity::warning, place_of(jobs, wrong.job),
                "the transition dipole of " + job_text(jobs, wrong.job) +

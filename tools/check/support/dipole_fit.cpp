@@ -16,6 +16,11 @@ namespace {
 // mu(+) + mu(-) - 2 mu0 may be off by four half units of the last digit, its half by two.
 constexpr double roundings = 2.0;
 
+// A second job explains nearly as much when it leaves no more than this times as much, unless its
+// dipole would have to be so many times further from the reference's.
+constexpr double as_good = 2.0;
+constexpr double far_off = 30.0;
+
 bool is_looked_at(const JobDipoles& at, int ih) {
   return at.looked[static_cast<std::size_t>(ih - 1)] != 0;
 }
@@ -152,14 +157,16 @@ std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const JobDipol
   const auto expected = [&](const Fitted& fitted) -> Eigen::Vector3d {
     return at.dipoles.col(fitted.job) + fitted.change;
   };
-  if (fits.size() == 1) return WrongDipole{fits[0].job, expected(fits[0])};
+  if (fits.size() == 1 || fits[1].left > as_good * fits[0].left) {
+    return WrongDipole{fits[0].job, expected(fits[0])};
+  }
   // Of two that do, the one whose dipole then comes nearer to the reference's.
   const auto distance = [&](const Fitted& fitted) {
     return (expected(fitted) - at.dipoles.col(0)).norm();
   };
-  if (distance(fits[1]) < distance(fits[0])) std::swap(fits[0], fits[1]);
+  if (fits[0].job > 0 && distance(fits[1]) < distance(fits[0])) std::swap(fits[0], fits[1]);
   WrongDipole wrong{fits[0].job, expected(fits[0])};
-  if (distance(fits[1]) < 10.0 * distance(fits[0])) wrong.other = fits[1].job;
+  if (distance(fits[1]) < far_off * distance(fits[0])) wrong.other = fits[1].job;
   return wrong;
 }
 

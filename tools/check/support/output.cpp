@@ -20,7 +20,9 @@ long long count_of(const Report& report, Severity severity) {
 // The first figure of a check, its headline.
 std::optional<double> headline(const Report& report, std::string_view check) {
   for (const Figure& figure : report.figures) {
-    if (figure.check == check && !std::isnan(figure.values.front())) return figure.values.front();
+    if (figure.check != check) continue;
+    if (std::isnan(figure.values.front())) break;
+    return figure.values.front();
   }
   return std::nullopt;
 }
