@@ -64,11 +64,15 @@ SumRuleVectors sum_rule_terms(const zandor::RunData& run, const Eigen::Matrix3Xd
 
 Eigen::Matrix<double, sum_rule_count, 1> sum_rule_errors(const zandor::RunData& run) {
   const Weights weights = rigid_displacements(run);
-  Eigen::Matrix<double, sum_rule_count, 1> errors;
-  for (Eigen::Index k = 0; k < 6; ++k) {
-    const double square = weights.row(k).squaredNorm() / (2.0 * run.dx * run.dx);
-    errors.segment<3>(3 * k).setConstant(std::sqrt(square + (k < 3 ? 0.0 : 1.0)));
+  // The jobs derived from one have its error.
+  Eigen::MatrixXd of_job = Eigen::MatrixXd::Zero(6, run.n6 + 1);
+  of_job.col(0).tail<3>().setOnes();
+  for (int i = 1; i <= run.n6; ++i) {
+    of_job.col(computed_source(run, i)) +=
+        weights.col((i - 1) / 2).cwiseAbs() / std::abs(2.0 * run.dx);
   }
+  Eigen::Matrix<double, sum_rule_count, 1> errors;
+  for (Eigen::Index k = 0; k < 6; ++k) errors.segment<3>(3 * k).setConstant(of_job.row(k).norm());
   return errors;
 }
 

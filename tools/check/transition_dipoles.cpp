@@ -181,6 +181,23 @@ void report_mean(const JobData& jobs, const JobDipoles& at, const DipoleMeans& m
              job, rerun);
 }
 
+// A wrong dipole may favour wrong signs of the operations: then the others are tried, and it is
+// named where all that help name the same job.
+std::optional<WrongDipole> find_wrong(const JobData& jobs, const JobDipoles& at,
+                                      const DipoleMeans& means) {
+  std::optional<WrongDipole> found = find_wrong_dipole(jobs, at, means);
+  if (found || at.characters.empty()) return found;
+  JobDipoles with = at;
+  for (const analysis::Characters& characters : analysis::allowed_characters(jobs.run)) {
+    with.characters = characters;
+    analysis::derive_dipoles(jobs.run, characters, with.dipoles);
+    const auto wrong = find_wrong_dipole(jobs, with, dipole_means(jobs, with));
+    if (wrong && found && wrong->job != found->job) return std::nullopt;
+    if (wrong) found = wrong;
+  }
+  return found;
+}
+
 // Of what explains everything the simplest: turned signs, one wrong dipole; else coordinate by
 // coordinate what stands out, and the sum rules.
 void report_misfit(const JobData& jobs, const JobDipoles& at, const DipoleMeans& means,
@@ -199,7 +216,7 @@ void report_misfit(const JobData& jobs, const JobDipoles& at, const DipoleMeans&
         misses_text(residual) + ": those of turns alone, which need not hold in a layered job");
     return;
   }
-  if (const auto wrong = find_wrong_dipole(jobs, at, means)) {
+  if (const auto wrong = find_wrong(jobs, at, means)) {
     report_wrong(jobs, at, *wrong, report);
     return;
   }
@@ -244,7 +261,9 @@ void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Report& rep
   report.figure("largest distance of a mean (au)",
                 largest_known({means.sizes.begin(), means.sizes.end()}));
   report.figure("what is expected of it at most (au)", means.limit);
-  if (found.passes && dipoles_fit(jobs, at, means.limit)) return;
+  const double noise = analysis::dipole_noise(analysis::sign_free_steps(jobs.run, at.dipoles));
+  const bool is_noise = !(means.sizes.maxCoeff() > limits.dipole_noise * noise);
+  if ((found.passes || is_noise) && dipoles_fit(jobs, at, means.limit)) return;
   report_misfit(jobs, at, means, found, report);
 }
 

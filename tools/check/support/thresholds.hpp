@@ -16,7 +16,7 @@ struct Thresholds {
   double net_force = 1e-4;
   double dipole_bounds = 3.0;
   double dipole_relative = 1e-2;
-  double dipole_noise = 6.0;
+  double dipole_noise = 8.0;
   double dipole_mean = 10.0;
   double derived = 1e-4;
   double frame_angle = 0.1;
