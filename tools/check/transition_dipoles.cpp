@@ -102,8 +102,9 @@ bool is_worth_a_word(const JobData& jobs, const TurnedSigns& signs, JobDipoles a
 void report_signs(const JobData& jobs, const TurnedSigns& signs, std::string text, Report& report) {
   if (std::any_of(signs.jobs.begin(), signs.jobs.end(), [&](int i) { return report.blames(i); })) {
     report.add(
-        Severity::warning, {zandor::job_list_name},
-        text + "; first see to what is said of " + analysis::job_names(jobs.run, signs.jobs));
+        Severity::warning, place_of(jobs, signs.jobs.front()),
+        text + "; first see to what else is said of " + analysis::job_names(jobs.run, signs.jobs),
+        signs.jobs.front());
     return;
   }
   text += signs.certain() ? "; turn the sign of " : "; perhaps turn the sign of ";
