@@ -69,6 +69,10 @@ void scale_forces(const std::string& name, double factor) {
   set_forces(name, forces);
 }
 
+void round_forces(int decimals) {
+  edit_all([&](const std::string& n) { set_forces(n, forces_of(n, 4), decimals); });
+}
+
 void push_first_atom() {
   std::vector<double> forces = forces_of(spoilt, 4);
   forces[0] += 1e-4;
@@ -132,8 +136,10 @@ const Row rows[] = {
     {"symbols", [] { edit(input, " O ", " S "); }, "ref.com:9: warning: atom 2 is 'S'"},
     {"symbols", [] { edit(input, " O ", " 8 "); }, ""},
     {"masses", [] { edit(reference_file, "15.994910", "15.9"); },
-     "ref.sgn:25: note: atom 2 has the mass 15.9 amu; the nearest isotope of atomic number 8 has "
-     "15.994915"},
+     "ref.sgn:25: warning: atom 2 has the mass 15.9 amu; the nearest isotope of atomic number 8 "
+     "has 15.994915"},
+    {"masses", [] { edit(reference_file, "8      15.994910", "17 35.45"); },
+     "ref.sgn:25: note: atom 2 has the mass 35.45 amu, the average of its element; the nearest"},
     {"masses", [] { edit(reference_file, "  O         8", "  Pm       61"); },
      "ref.sgn: note: not looked at: no isotopes are known here of atomic number 61"},
     {"symbols", [] { edit(reference_file, "Coordinates (Ang", "Places (Ang"); },
@@ -210,7 +216,17 @@ const Row rows[] = {
      },
      "01px.sgn:32: note: net force in the column of atom 1 (C) x"},
     {"net-force", [] { edit_all([](const std::string& n) { swap_lines(n.c_str(), forces_at); }); },
-     "files.out: warning: 6 coordinates with a net torque"},
+     "in the median column: the forces belong to another frame than the geometry, or to atoms in "
+     "another order [net-force]"},
+    {"precision", [] { round_forces(5); },
+     "files.out: note: the digits of the forces leave the frequency of mode 1 (-5"},
+    {"precision", [] { round_forces(4); }, "files.out: warning: the digits of the forces leave"},
+    {"precision", [] { set_forces(spoilt, forces_of(spoilt, 4), 6); },
+     "01px.sgn:32: note: the forces are printed with 6 decimals, those of the other jobs with 10"},
+    {"force-constants", [] { edit_all([](const std::string& n) { scale_forces(n, 51.42); }); },
+     "files.out: warning: the highest frequency, real or imaginary, is 2.3"},
+    {"files", [] { edit("control.inp", "symm = .false.", ""); },
+     "control.inp: note: symm is true, as it is when left out: the report gets no dipole sections"},
     {"dipole-sum", [] { std::filesystem::remove(spoilt); },
      "files.out: note: the sum rules are not looked at: 1 job without a dipole"},
     {"dipole-sum",

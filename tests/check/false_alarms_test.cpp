@@ -1,6 +1,9 @@
 // What is consistent must pass, however coarsely it is printed.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+#include <random>
 #include <set>
 #include <tuple>
 
@@ -49,12 +52,97 @@ TEST(FalseAlarms, none_on_consistent_molecules) {
                                               .disp_sign = seed % 2 == 0 ? 1 : -1};
       model_molecule::write_jobs(model, printing);
       for (const check::Finding& finding : look().findings) {
-        // Off the principal axes the projection turns coarse forces into rigid motions: that is so.
-        EXPECT_TRUE(finding.severity == check::Severity::note ||
-                    (finding.check == "frame" && decimals == 5))
+        // Off the principal axes the projection turns coarse forces into rigid motions, and soft
+        // vibrations move: that is so.
+        const bool is_so = finding.check == "frame" || finding.check == "precision";
+        EXPECT_TRUE(finding.severity == check::Severity::note || (is_so && decimals == 5))
             << "seed " << seed << ", " << decimals << " decimals: " << check::line_of(finding);
       }
     }
+  }
+}
+
+// Changes the forces of all sign files.
+void change_forces(const std::function<void(std::vector<double>& forces)>& change) {
+  for (const auto& entry : std::filesystem::directory_iterator(".")) {
+    const std::string name = entry.path().filename();
+    if (!name.ends_with(".sgn")) continue;
+    std::vector<double> forces = forces_of(name, 4);
+    change(forces);
+    set_forces(name, forces);
+  }
+}
+
+void add_noise(unsigned seed, double size) {
+  std::mt19937 random(seed);
+  change_forces([&](std::vector<double>& forces) {
+    for (double& f : forces) f += size * (static_cast<double>(random()) / 2147483647.5 - 1.0);
+  });
+}
+
+void turn_forces() {
+  change_forces([](std::vector<double>& forces) {
+    for (std::size_t k = 0; k < forces.size(); k += 3) {
+      std::rotate(forces.begin() + static_cast<long>(k), forces.begin() + static_cast<long>(k) + 1,
+                  forces.begin() + static_cast<long>(k) + 3);
+    }
+  });
+}
+
+void lengthen_step() {
+  const std::vector<double> reference = forces_of("coord-c2h2-ref.sgn", 4);
+  std::vector<double> forces = forces_of("coord-c2h2-03mz.sgn", 4);
+  for (std::size_t k = 0; k < forces.size(); ++k) forces[k] += 0.1 * (forces[k] - reference[k]);
+  set_forces("coord-c2h2-03mz.sgn", forces);
+}
+
+void empty_two() {
+  support::write_file("coord-h2o-02pz.sgn", "");
+  support::write_file("coord-h2o-03my.sgn", "");
+}
+
+// What is said of forces, once, and which jobs are to be run again.
+struct Cause {
+  const char* folder;
+  std::function<void()> change;
+  const char* says;
+  std::vector<std::string> rerun;
+};
+
+TEST(FalseAlarms, what_most_jobs_have_in_common_is_said_once) {
+  const char* const loose = "converge tighter";
+  std::vector<Cause> causes = {
+      {"/tests/check/cases/ammonia-e-state", [] {}, "the state is degenerate", {}},
+      {"/tests/check/cases/co-pi-state", [] {}, "the state is degenerate", {}},
+      {"/tests/check/cases/water-loose", [] {}, loose, {}},
+      {"/tests/check/cases/h2o2-loose", [] {}, loose, {}},
+      {"/examples/formaldehyde-s1", turn_forces, "the forces belong to another frame", {}},
+      {"/tests/check/cases/acetylene-linear", lengthen_step, "do not fit", {"c2h2-03mz"}},
+      {"/tests/check/cases/water-s1", empty_two, "", {"h2o-02pz", "h2o-03my"}},
+  };
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    causes.push_back({"/examples/formaldehyde-s1", [seed] { add_noise(seed, 1e-6); }, loose, {}});
+  }
+  for (const Cause& cause : causes) {
+    const support::TempFolder temp;
+    copy_here(PROJECT_FOLDER + std::string(cause.folder));
+    cause.change();
+    check::JobData jobs;
+    std::string said;
+    std::set<std::string> rerun;
+    int findings = 0;
+    for (const check::Finding& finding : look(jobs).findings) {
+      if (finding.severity == check::Severity::note) continue;
+      for (const int i : finding.rerun) rerun.insert(check::base_name(jobs.job(i)));
+      const std::set<std::string> others = {"files", "header",     "stationary",
+                                            "frame", "dipole-sum"};
+      if (others.contains(finding.check)) continue;
+      ++findings;
+      said += check::line_of(finding) + "\n";
+    }
+    EXPECT_NE(said.find(cause.says), said.npos) << cause.folder << ": " << said;
+    EXPECT_EQ(findings, *cause.says == '\0' ? 0 : 1) << cause.folder << ": " << said;
+    EXPECT_EQ(std::vector(rerun.begin(), rerun.end()), cause.rerun) << cause.folder;
   }
 }
 

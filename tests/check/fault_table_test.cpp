@@ -93,6 +93,8 @@ class FaultTable : public testing::Test {
   void spoil_dipoles();
   void spoil_pairs();
   void spoil_reference();
+  void spoil_forces_of_all();
+  void spoil_masses();
   void spoil_all();
 
   support::TempFolder temp_;
@@ -128,6 +130,10 @@ void FaultTable::spoil_forces(int i) {
   replace("noise of 1e-4", noisy);
   replace("forces of atoms 1 and 2 exchanged", exchanged);
   replace("1e-3 more on one atom", pushed);
+  for (const int decimals : {4, 5}) {
+    set_forces(name(i), forces, decimals);
+    look_and_mend("forces with 4 or 5 decimals", i);
+  }
   Lines lines = read_lines(name(i));
   const auto coordinate = static_cast<std::size_t>((i - 1) / 2);
   std::string& row = lines[forces_at(lines) + coordinate / 3];
@@ -208,6 +214,41 @@ void FaultTable::spoil_reference() {
   mend("control.inp");
 }
 
+void FaultTable::spoil_forces_of_all() {
+  const auto change = [&](const std::string& fault, const std::string& said, double factor,
+                          int decimals) {
+    std::vector<std::string> files = {said};
+    for (int i = 0; i <= n6; ++i) {
+      if (!computed(i)) continue;
+      std::vector<double> forces = forces_of(name(i), natom);
+      for (double& force : forces) force *= factor;
+      set_forces(name(i), forces, decimals);
+      files.push_back(name(i));
+    }
+    look_and_mend(fault, files, {});
+  };
+  change("gradients for forces", "gradients for forces", -1.0, 10);
+  change("all forces in eV/Angstrom", "eV/Angstrom", 51.422, 10);
+  change("all forces with 4 decimals", "print more decimals", 1.0, 4);
+}
+
+void FaultTable::spoil_masses() {
+  const Lines good = read_lines(name(0));
+  for (std::size_t atom = 0; atom < natom; ++atom) {
+    Lines lines = good;
+    std::string& row = lines[geometry_at(lines) + atom];
+    std::istringstream items(row);
+    std::string number, symbol, z, mass, rest;
+    items >> number >> symbol >> z >> mass;
+    std::getline(items, rest);
+    row = " " + number + " " + symbol + " " + z +
+          (mass[0] == '1' && mass[1] == '.' ? " 12.0" : " 1.008") + rest;
+    write_lines(name(0), lines);
+    look_and_mend("mass of another element", {"atom " + number + " has the mass"}, {});
+    mend(name(0));
+  }
+}
+
 void FaultTable::spoil_all() {
   for (const int i : computed_jobs()) {
     spoil_forces(i);
@@ -216,6 +257,8 @@ void FaultTable::spoil_all() {
   spoil_pairs();
   spoil_dipoles();
   spoil_reference();
+  spoil_forces_of_all();
+  spoil_masses();
 }
 
 TEST_F(FaultTable, on_formaldehyde_with_all_jobs_computed) {

@@ -29,8 +29,11 @@ TEST_F(ZandorCheck, prints_findings_and_a_summary) {
   EXPECT_EQ(
       outcome.out,
       "files.out: note: not looked at: 1 job without forces that can be used [duplicate]\n"
-      "files.out: note: not looked at: 1 coordinate without two jobs that can be used [asymmetry]\n"
+      "files.out: note: not looked at: 1 coordinate without two jobs that can be used; the "
+      "others are not held against their median [asymmetry]\n"
       "files.out: note: not looked at: 1 coordinate without two jobs that can be used [net-force]\n"
+      "files.out: note: frequencies not looked at: the projection needs all jobs "
+      "[force-constants]\n"
       "files.out: note: the sum rules are not looked at: 1 job without a dipole, and the sums need "
       "all [dipole-sum]\n"
       "coord-ch2o-s1-ref.com: note: not looked at: the projection needs all jobs [frame]\n"
@@ -72,6 +75,23 @@ TEST_F(ZandorCheck, prints_no_half_document_where_memory_ends) {
   }
 }
 #endif
+
+TEST_F(ZandorCheck, says_once_what_is_alike) {
+  for (int job = 1; job <= 24; job += 2) {
+    const std::string name = std::string("coord-ch2o-s1-0") + std::to_string((job + 5) / 6) + "m" +
+                             "xyz"[(job - 1) % 6 / 2] + ".sgn";
+    std::filesystem::remove(name);
+  }
+  const std::string out = run({"--only", "files"}).out;
+  EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 2) << out;
+  EXPECT_NE(out.find("coord-ch2o-s1-01mx.sgn: error: expected a file that can be read, found: No "
+                     "such file or directory; 12 jobs alike: ch2o-s1-01mx, "),
+            out.npos)
+      << out;
+  EXPECT_NE(out.find("ch2o-s1-04mx, ... [files]\n13 jobs read, 12 errors"), out.npos) << out;
+  const auto document = nlohmann::json::parse(run({"--only", "files", "--json"}).out);
+  EXPECT_EQ(document["findings"].size(), 12U);
+}
 
 TEST_F(ZandorCheck, prints_everything_as_json) {
   std::filesystem::copy_file(PROJECT_FOLDER "/examples/formaldehyde-s1/coord-ch2o-s1-03mx.sgn",

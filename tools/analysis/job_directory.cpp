@@ -107,6 +107,8 @@ std::string describe(const std::vector<MassChange>& changes, const zandor::RunDa
 zandor::RunData load_job_directory(const std::string& control_file,
                                    const std::vector<MassChange>& changes) {
   zandor::RunData run;
+  // Standard output belongs to the document that comes of it. A log of an unknown kind is in order.
+  const io::SinkScope sink({.print_line = [](std::string_view line) { io::report({}, line); }});
   const bool writes_results = false;
   zandor::read_phases(io::Line(control_file), run, writes_results);
   change_masses(changes, run);

@@ -10,7 +10,7 @@ namespace analysis {
 
 namespace {
 
-constexpr double rank_tolerance = 1e-6;        // of the largest singular value
+constexpr double rank_tolerance = 1e-4;        // of the largest singular value
 constexpr double turned_above = 1e-3;          // Angstrom
 constexpr double degeneracy_tolerance = 1e-4;  // of the largest moment of inertia
 

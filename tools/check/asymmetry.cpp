@@ -6,6 +6,7 @@
 // group is blamed without which least asymmetry is left. Without it the search goes on.
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <map>
 #include <numeric>
@@ -179,31 +180,45 @@ std::vector<std::size_t> with_net_force(const std::vector<Group>& groups,
   return found.empty() ? places : found;
 }
 
+// The groups that may be to blame, the likeliest first.
+using Suspects = std::vector<std::size_t>;
+
 // The group without which least is left. Of those that leave nearly as little, one with a net force
 // (marked: the jobs that have one); then one whose two jobs differ much more from the reference
-// than steps in opposite directions do, else the smallest.
-const Group& suspect(const JobData& jobs, const std::vector<Group>& groups, const Columns& columns,
-                     const std::vector<int>& marked, const Thresholds& limits) {
+// than steps in opposite directions do, else the smallest. Where nothing but size decides, the
+// others without which hardly anything is left are suspects, too.
+Suspects find_suspects(const JobData& jobs, const std::vector<Group>& groups,
+                       const Columns& columns, const std::vector<int>& marked,
+                       const Thresholds& limits) {
   constexpr double nearly = 1.5;
   constexpr double much_more = 4.0;
+  constexpr double hardly = 0.02;  // of the sum of all squares
   const std::vector<double> rests = rests_without(groups, columns);
   const double least = *std::min_element(rests.begin(), rests.end());
-  std::vector<std::size_t> alike;
+  Suspects alike;
   for (std::size_t k = 0; k < groups.size(); ++k) {
     if (rests[k] <= nearly * least + limits.asymmetry * limits.asymmetry) alike.push_back(k);
   }
+  const std::size_t before = alike.size();
   alike = with_net_force(groups, alike, marked);
-  std::size_t best = alike.front();
-  double best_even = std::max(even_part(jobs, groups[best]), 0.0);
+  Suspects found = {alike.front()};
+  double best_even = std::max(even_part(jobs, groups[found[0]]), 0.0);
+  bool by_size = alike.size() == before;
   for (const std::size_t k : alike) {
     const double even = even_part(jobs, groups[k]);
-    const bool smaller = groups[k].columns.size() < groups[best].columns.size();
+    const bool smaller = groups[k].columns.size() < groups[found[0]].columns.size();
     if (even > much_more * best_even || (smaller && best_even <= much_more * even)) {
-      best = k;
+      by_size = by_size && even <= much_more * best_even;
+      found[0] = k;
       best_even = std::max(even, 0.0);
     }
   }
-  return groups[best];
+  const std::vector<double> squares = columns.squares();
+  const double total = std::accumulate(squares.begin(), squares.end(), 0.0);
+  for (const std::size_t k : alike) {
+    if (by_size && k != found[0] && rests[k] < hardly * total) found.push_back(k);
+  }
+  return found;
 }
 
 double median(const std::vector<double>& ascending) {
@@ -218,31 +233,83 @@ std::string names_of_columns(const JobData& jobs, const std::vector<int>& column
   return names + (columns.size() > 4 ? ", ..." : "");
 }
 
-void blame(const JobData& jobs, const RawForceConstants& raw, const Group& group,
-           const Columns& columns, const std::vector<int>& marked, const Element& worst,
-           double typical, Report& report) {
+// The jobs of a group that are to blame: those with a net force, or the one that stands out.
+std::vector<int> jobs_to_blame(const JobData& jobs, const Group& group,
+                               const std::vector<int>& marked, const std::vector<int>& others) {
   std::vector<int> blamed = common_jobs(group.jobs, marked);
   if (blamed.empty()) blamed = group.jobs;
-  if (blamed.size() > 1) blamed = single_out(jobs, raw, blamed, columns.without(group.columns));
-  std::string others;
-  for (std::size_t k = 1; k < blamed.size(); ++k) {
-    others +=
-        (k == 1 ? "; this job or " : ", ") + std::string(jobs.job(blamed[k]).sgn_name.content());
-  }
-  report.add(Severity::warning, forces_place(jobs, blamed.front()),
-             "the forces do not fit those of the other jobs: h(i,j) - h(j,i) is " +
-                 rounded(worst.asymmetry) + " Hartree/Bohr**2 for " +
-                 coordinate_text(jobs, worst.i) + " and " + coordinate_text(jobs, worst.j) + ", " +
-                 rounded(typical) + " in the median of the other columns; columns of " +
-                 names_of_columns(jobs, group.columns) + others,
-             blamed.front(), blamed);
+  return blamed.size() > 1 ? single_out(jobs, jobs.context.raw, blamed, others) : blamed;
 }
 
-// `typical` measures nothing where it is zero, which symmetry makes it.
+// Of several suspects the only one of which one job stands out: in the columns of none of them, or
+// else in those of the others. All, the likeliest first, where it is not the only one.
+Suspects narrow_down(const JobData& jobs, const std::vector<Group>& groups,
+                     const Suspects& suspects, const Columns& columns) {
+  if (suspects.size() < 2) return suspects;
+  Columns rest = columns;
+  for (const std::size_t k : suspects) rest.remove(groups[k].columns);
+  for (const Columns* const compared : std::initializer_list<const Columns*>{&rest, &columns}) {
+    Suspects standing;
+    for (const std::size_t k : suspects) {
+      const Group& group = groups[k];
+      const std::vector<int> others = compared->without(group.columns);
+      if (group.jobs.size() > 1 && jobs_to_blame(jobs, group, {}, others).size() == 1) {
+        standing.push_back(k);
+      }
+    }
+    if (standing.size() == 1) return standing;
+  }
+  return suspects;
+}
+
+std::string joined_names(const JobData& jobs, const std::vector<int>& of, std::size_t first) {
+  std::string names;
+  for (std::size_t k = first; k < of.size(); ++k) {
+    names += (k > first ? ", " : "") + std::string(jobs.job(of[k]).sgn_name.content());
+  }
+  return names;
+}
+
+void blame(const JobData& jobs, const std::vector<Group>& groups, const Suspects& suspects,
+           const Columns& columns, const std::vector<int>& marked, const Element& worst,
+           double typical, Report& report) {
+  const Group& group = groups[suspects.front()];
+  std::vector<int> blamed = jobs_to_blame(jobs, group, marked, columns.without(group.columns));
+  const int first = blamed.front();
+  std::string text = "the forces do not fit those of the other jobs: h(i,j) - h(j,i) is " +
+                     rounded(worst.asymmetry) + " Hartree/Bohr**2 for " +
+                     coordinate_text(jobs, worst.i) + " and " + coordinate_text(jobs, worst.j) +
+                     ", " + rounded(typical) + " in the median of the other columns; columns of " +
+                     names_of_columns(jobs, group.columns);
+  if (blamed.size() > 1) text += "; this job or " + joined_names(jobs, blamed, 1);
+  for (std::size_t k = 1; k < suspects.size(); ++k) {
+    const Group& other = groups[suspects[k]];
+    const std::vector<int> more =
+        jobs_to_blame(jobs, other, marked, columns.without(other.columns));
+    text += "; nearly as much is explained by " + joined_names(jobs, more, 0);
+    blamed.insert(blamed.end(), more.begin(), more.end());
+  }
+  report.add(Severity::warning, forces_place(jobs, first), std::move(text), first,
+             std::move(blamed), worst.asymmetry);
+}
+
+// `typical` measures nothing where it is zero, which symmetry makes it, or where columns are
+// missing that may be the ones with which the worst is to be compared.
 bool is_trouble(const Element& worst, double typical, double allowed, const Thresholds& limits) {
   const bool stands_out = typical > 0.0 && worst.asymmetry > limits.asymmetry_ratio * typical &&
                           worst.asymmetry > limits.asymmetry_ratio * allowed;
   return worst.excess > limits.asymmetry || stands_out;
+}
+
+// Jobs that are all a little off differ much in how far: the furthest of 21 columns by 75 times the
+// median net force.
+Thresholds limits_for(const JobData& jobs, bool all_columns, Thresholds limits) {
+  constexpr double spread = 100.0;
+  const CommonCause& cause = jobs.context.common_cause;
+  const bool loose = cause.is(CommonCause::Kind::loose);
+  if (loose) limits.asymmetry = std::max(limits.asymmetry, spread * cause.net_force);
+  if (loose || !all_columns) limits.asymmetry_ratio = std::numeric_limits<double>::infinity();
+  return limits;
 }
 
 void add_figures(const Columns& columns, const Element& worst, int n3, Report& report) {
@@ -266,24 +333,31 @@ void add_figures(const Columns& columns, const Element& worst, int n3, Report& r
 
 }  // namespace
 
-void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_asymmetry(const JobData& jobs, const Thresholds& all_limits, Report& report) {
   const RawForceConstants& raw = jobs.context.raw;
   Columns columns(raw);
   const int missing = jobs.run.n3 - static_cast<int>(raw.columns.size());
-  if (missing > 0) report.note({zandor::job_list_name}, missing_columns(missing));
+  if (missing > 0) {
+    report.note({zandor::job_list_name},
+                missing_columns(missing) + "; the others are not held against their median");
+  }
   if (raw.columns.size() < 2) return;
+  add_figures(columns, worst_element(columns, raw.columns), jobs.run.n3, report);
+  if (jobs.context.common_cause.forbids_comparison()) return;
+  const Thresholds limits = limits_for(jobs, missing == 0, all_limits);
   const std::vector<Group> groups = group_jobs(jobs, raw);
   const std::vector<int> marked = jobs_with_net_force(jobs, limits);
-  add_figures(columns, worst_element(columns, raw.columns), jobs.run.n3, report);
   while (columns.active().size() >= 2) {
-    const Group& group = suspect(jobs, groups, columns, marked, limits);
+    const Suspects suspects =
+        narrow_down(jobs, groups, find_suspects(jobs, groups, columns, marked, limits), columns);
+    const Group& group = groups[suspects.front()];
     const Element worst = worst_element(columns, group.columns);
     const double typical = median(columns.largest_by_column(columns.without(group.columns)));
     if (worst.i == 0 || !is_trouble(worst, typical, columns.allowed(worst.i, worst.j), limits)) {
       return;
     }
-    blame(jobs, raw, group, columns, marked, worst, typical, report);
-    columns.remove(group.columns);
+    blame(jobs, groups, suspects, columns, marked, worst, typical, report);
+    for (const std::size_t k : suspects) columns.remove(groups[k].columns);
   }
 }
 

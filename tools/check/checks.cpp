@@ -13,14 +13,25 @@ namespace check {
 namespace {
 
 constexpr NamedCheck list[] = {
-    {"names", check_names},           {"files", check_files},
-    {"columns", check_columns},       {"symbols", check_symbols},
-    {"masses", check_masses},         {"geometry", check_geometry},
-    {"input", check_input},           {"derived", check_derived},
-    {"duplicate", check_duplicate},   {"stationary", check_stationary},
-    {"asymmetry", check_asymmetry},   {"net-force", check_net_force},
-    {"dipole-sum", check_dipole_sum}, {"header", check_header},
-    {"frame", check_frame},           {"noise", check_noise},
+    {"names", check_names},
+    {"files", check_files},
+    {"columns", check_columns},
+    {"symbols", check_symbols},
+    {"masses", check_masses},
+    {"geometry", check_geometry},
+    {"input", check_input},
+    {"derived", check_derived},
+    {"duplicate", check_duplicate},
+    {"stationary", check_stationary},
+    {"state", check_state},
+    {"asymmetry", check_asymmetry, true},
+    {"net-force", check_net_force},
+    {"force-constants", check_force_constants, true, true},
+    {"precision", check_precision, true, true},
+    {"dipole-sum", check_dipole_sum, true},
+    {"header", check_header, true},
+    {"frame", check_frame, true, true},
+    {"noise", check_noise, true, true},
 };
 
 // What reads a file that the list gives wrongly is mended in the list, unless the file is bad.
@@ -37,6 +48,7 @@ void build_context(JobData& jobs, const Thresholds& limits, bool with_modes) {
   jobs.context.wrong_images = find_wrong_images(jobs, limits);
   jobs.context.raw = difference_forces(jobs);
   jobs.context.sums = sum_forces(jobs);
+  jobs.context.common_cause = find_common_cause(jobs, limits);
   if (!with_modes) return;
   const auto stop = io::collect([&] { jobs.context.modes = project_modes(jobs); });
   if (stop) jobs.context.modes.missing = stop->message;
@@ -57,9 +69,14 @@ Report run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std
       report.note({stop->file, stop->line}, "not looked at: " + stop->message);
     }
   };
-  build_context(jobs, limits, wanted("frame") || wanted("noise"));
+  build_context(jobs, limits,
+                std::any_of(std::begin(list), std::end(list), [&](const NamedCheck& check) {
+                  return check.needs_modes && wanted(check.name);
+                }));
+  const bool touches = jobs.context.common_cause.is(CommonCause::Kind::degenerate);
   for (const NamedCheck& check : list) {
-    if (wanted(check.name)) look(check.name, [&] { check.look(jobs, limits, report); });
+    if (!wanted(check.name) || (touches && check.needs_one_state)) continue;
+    look(check.name, [&] { check.look(jobs, limits, report); });
   }
   drop_wrong_names(jobs, report);
   std::stable_sort(report.findings.begin(), report.findings.end(),

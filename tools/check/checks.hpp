@@ -25,8 +25,11 @@ Check check_input;
 Check check_derived;
 Check check_duplicate;
 Check check_stationary;
+Check check_state;
 Check check_asymmetry;
 Check check_net_force;
+Check check_force_constants;
+Check check_precision;
 Check check_dipole_sum;
 Check check_frame;
 Check check_noise;
@@ -42,6 +45,8 @@ std::vector<char> listed_wrongly(const JobData& jobs);
 struct NamedCheck {
   const char* name;
   Check* look;
+  bool needs_one_state = false;  // means nothing where the state is degenerate or crosses another
+  bool needs_modes = false;      // of the context
 };
 std::span<const NamedCheck> all_checks();
 

@@ -47,6 +47,12 @@ void check_files(const JobData& jobs, const Thresholds&, Report& report) {
       report_fault(jobs, i, Severity::error, fault, report);
     }
   }
+  if (jobs.run.symm && computed == jobs.run.n6) {
+    report.note(
+        {jobs.run.control_name.content()},
+        "symm is true, as it is when left out: the report gets no dipole sections, although "
+        "every job is computed; set symm = .false. for them");
+  }
   report.figure("computed jobs", computed);
   report.figure("jobs that cannot be used", unusable);
 }

@@ -30,11 +30,21 @@ void check_frame(const JobData& jobs, const Thresholds& limits, Report& report) 
     return;
   }
   const double angle = analysis::principal_axes(jobs.run).largest_angle;
-  const double left = largest_rigid_frequency(jobs, analysis::rigid_motions(jobs.run));
+  const analysis::RigidMotions rigid = analysis::rigid_motions(jobs.run);
+  const double left = largest_rigid_frequency(jobs, rigid);
   report.figure("largest angle to the principal axes (degree)", angle);
   report.figure("largest projected rigid motion (cm-1)", left);
   const bool spurious = std::abs(left) > limits.frame;
   if (!spurious && angle <= limits.frame_angle) return;
+  if (spurious && angle <= limits.frame_angle && rigid.rank == 5) {
+    report.add(
+        Severity::warning, place,
+        "the molecule is linear but for a hair: the projection of the report takes a bend for a "
+        "rotation, and leaves a rotation with " +
+            rounded(left) + " cm-1; put the atoms on the line",
+        0);
+    return;
+  }
   report.add(spurious && !jobs.layered ? Severity::warning : Severity::note, place,
              "the axes are " + rounded(angle) +
                  " degrees off the principal axes of inertia, where the projection is exact: "

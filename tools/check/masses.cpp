@@ -25,11 +25,14 @@ void check_masses(const JobData& jobs, const Thresholds& limits, Report& report)
     }
     furthest = std::fmax(furthest, std::fabs(mass - nearest));
     if (std::fabs(mass - nearest) <= limits.mass) continue;
-    report.note({jobs.job(0).sgn_name.content(), geometry->lines[a]},
-                "atom " + std::to_string(a + 1) + " has the mass " + io::shown(mass) +
-                    " amu; the nearest isotope of atomic number " + std::to_string(number) +
-                    " has " + io::shown(nearest),
-                0);
+    const bool average = is_average_mass(number, mass);
+    report.add(average ? Severity::note : Severity::warning,
+               {jobs.job(0).sgn_name.content(), geometry->lines[a]},
+               "atom " + std::to_string(a + 1) + " has the mass " + io::shown(mass) + " amu" +
+                   (average ? ", the average of its element" : "") +
+                   "; the nearest isotope of atomic number " + std::to_string(number) + " has " +
+                   io::shown(nearest),
+               0);
   }
   report.figure("largest distance from an isotope (amu)", furthest);
   std::string numbers;

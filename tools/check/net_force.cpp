@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <set>
+#include <utility>
 
 #include "analysis/dipoles.hpp"
 #include "check/checks.hpp"
@@ -91,8 +91,7 @@ std::vector<int> suspects(const JobData& jobs, const analysis::StepJobs& pair, d
 
 std::string describe(const JobData& jobs, const Excess& excess) {
   return std::string("net ") + (excess.torque ? "torque" : "force") + " in the column of " +
-         coordinate_text(jobs, excess.ih) + ": " + rounded(excess.sum) +
-         " Hartree/Bohr**2, at most " + rounded(excess.allowed) + " expected";
+         coordinate_text(jobs, excess.ih) + ": " + rounded(excess.sum) + " Hartree/Bohr**2, ";
 }
 
 // What print rounding may make of the sums: the worst case, all errors in one direction. A torque
@@ -103,50 +102,41 @@ double rounding_of_sums(const JobData& jobs, const analysis::StepJobs& pair) {
   return 2.0 * run.natom * digits / std::fabs(2.0 * run.dx);
 }
 
-// The columns whose sums are above what is allowed there.
-struct Excesses {
-  std::map<std::vector<int>, Excess> by_jobs;  // the largest of those that blame the same jobs
-  Excess worst;
-  int columns = 0;
-  std::set<int> looked_at;  // the sources of the jobs of all columns
-
-  // A fault of most jobs is none of single ones.
-  bool general() const {
-    std::set<int> blamed;
-    for (const auto& [jobs, excess] : by_jobs) blamed.insert(jobs.begin(), jobs.end());
-    return by_jobs.size() > 1 && 2 * blamed.size() >= looked_at.size();
-  }
-};
-
-void add_excess(const JobData& jobs, const AllSums& all, const analysis::StepJobs& pair,
-                const Excess& excess, Excesses& excesses) {
-  if (excess.sum <= excess.allowed) return;
-  ++excesses.columns;
-  if (excess.sum > excesses.worst.sum) excesses.worst = excess;
-  const double plus = largest(all.of_job.at(pair.plus) - all.usual);
-  const double minus = largest(all.of_job.at(pair.minus) - all.usual);
-  Excess& known = excesses.by_jobs[suspects(jobs, pair, plus, minus)];
-  if (excess.sum > known.sum) known = excess;
-}
-
 void report_excesses(const JobData& jobs, const std::map<std::vector<int>, Excess>& by_jobs,
                      Report& report) {
   const Severity severity = jobs.layered ? Severity::note : Severity::warning;
   for (const auto& [blamed, excess] : by_jobs) {
-    std::string text = describe(jobs, excess);
+    std::string text = describe(jobs, excess) + "at most " + rounded(excess.allowed) + " expected";
     if (blamed.size() > 1) {
       text += "; this job or " + std::string(jobs.job(blamed[1]).sgn_name.content());
     }
     report.add(severity, forces_place(jobs, blamed.front()), std::move(text), blamed.front(),
-               blamed);
+               blamed, excess.sum);
   }
 }
 
-void report_general_excess(const JobData& jobs, const Excesses& excesses, Report& report) {
-  report.add(jobs.layered ? Severity::note : Severity::warning, {zandor::job_list_name},
-             counted(excesses.columns, "coordinate") + " with a " + describe(jobs, excesses.worst) +
-                 "; the molecule does not float freely, or the forces belong to other axes or to "
-                 "another step");
+// What is said of a cause that most jobs have in common.
+const char* meaning_of(CommonCause::Kind kind) {
+  switch (kind) {
+    case CommonCause::Kind::other_axes:
+      return "the forces belong to another frame than the geometry, or to atoms in another order";
+    case CommonCause::Kind::held:
+      return "the molecule does not float freely, or the forces belong to other axes or to another "
+             "step";
+    case CommonCause::Kind::loose:
+      return "the jobs are not converged well enough for this step: converge tighter, all of them";
+    default:
+      return nullptr;
+  }
+}
+
+void report_common_cause(const JobData& jobs, const Excess& worst, Report& report) {
+  const CommonCause& cause = jobs.context.common_cause;
+  const char* const meaning = meaning_of(cause.kind);
+  if (meaning == nullptr) return;
+  report.add(
+      jobs.layered ? Severity::note : Severity::warning, {zandor::job_list_name},
+      describe(jobs, worst) + rounded(cause.net_force) + " in the median column: " + meaning);
 }
 
 void add_figures(std::vector<double> forces, std::vector<double> torques, Report& report) {
@@ -169,51 +159,80 @@ AllSums sum_forces(const JobData& jobs) {
   return all;
 }
 
+std::map<int, NetForce> net_forces(const JobData& jobs) {
+  const AllSums& all = jobs.context.sums;
+  std::map<int, NetForce> columns;
+  for (int ih = 1; ih <= jobs.run.n3; ++ih) {
+    if (!jobs.usable_column(ih)) continue;
+    const analysis::StepJobs pair = analysis::step_jobs(jobs.run, ih);
+    const Sums sums = (all.of_job.at(pair.plus) - all.of_job.at(pair.minus)) / (2.0 * jobs.run.dx);
+    columns[ih] = {largest(sums.head<3>()), largest(sums.tail<3>()), rounding_of_sums(jobs, pair)};
+  }
+  return columns;
+}
+
+double median_over_jobs(const JobData& jobs, const std::map<int, double>& of_column) {
+  std::map<std::pair<int, int>, double> of_jobs;
+  for (const auto& [ih, value] : of_column) {
+    const auto sources = std::minmax({jobs.source(2 * ih - 1), jobs.source(2 * ih)});
+    const auto [known, is_new] = of_jobs.emplace(sources, value);
+    if (!is_new) known->second = std::max(known->second, value);
+  }
+  std::vector<double> values;
+  values.reserve(of_jobs.size());
+  for (const auto& [sources, value] : of_jobs) values.push_back(value);
+  if (values.size() < 2) return 0.0;
+  std::sort(values.begin(), values.end());
+  return values[values.size() < 4 ? (values.size() - 1) / 2 : values.size() / 2];
+}
+
+double net_force_allowed(const JobData& jobs, double rounding, const Thresholds& limits) {
+  constexpr double stands_out = 10.0;  // times the median column
+  return std::max(limits.net_force + rounding, stands_out * jobs.context.common_cause.net_force);
+}
+
 std::vector<int> jobs_with_net_force(const JobData& jobs, const Thresholds& limits) {
   std::vector<int> found;
   if (jobs.layered) return found;
   const AllSums& all = jobs.context.sums;
   for (const auto& [job, sums] : all.of_job) {
     const double excess = largest(sums - all.usual) / std::fabs(2.0 * jobs.run.dx);
-    const double allowed = limits.net_force + rounding_of_sums(jobs, {job, job});
+    const double allowed = net_force_allowed(jobs, rounding_of_sums(jobs, {job, job}), limits);
     if (jobs.job(job).is_calc && excess > allowed) found.push_back(job);
   }
   return found;
 }
 
 void check_net_force(const JobData& jobs, const Thresholds& limits, Report& report) {
-  const zandor::RunData& run = jobs.run;
   const AllSums& all = jobs.context.sums;
-  std::vector<double> forces(static_cast<std::size_t>(run.n3), not_known);
+  std::vector<double> forces(static_cast<std::size_t>(jobs.run.n3), not_known);
   std::vector<double> torques = forces;
-  Excesses excesses;
-  int missing = 0;
-  for (int ih = 1; ih <= run.n3; ++ih) {
-    if (!jobs.usable_column(ih)) {
-      ++missing;
-      continue;
-    }
-    const analysis::StepJobs pair = analysis::step_jobs(run, ih);
-    const Sums column = (all.of_job.at(pair.plus) - all.of_job.at(pair.minus)) / (2.0 * run.dx);
+  const std::map<int, NetForce> columns = net_forces(jobs);
+  std::map<std::vector<int>, Excess> by_jobs;  // the largest of those that blame the same jobs
+  Excess worst;
+  for (const auto& [ih, column] : columns) {
     const auto place = static_cast<std::size_t>(ih - 1);
-    const double force = forces[place] = largest(column.head<3>());
-    const double torque = largest(column.tail<3>());
-    if (jobs.has_geometry()) torques[place] = torque;
-    excesses.looked_at.insert({jobs.source(pair.plus), jobs.source(pair.minus)});
-    add_excess(jobs, all, pair,
-               {std::max(force, torque), limits.net_force + rounding_of_sums(jobs, pair), ih,
-                torque > force},
-               excesses);
+    forces[place] = column.force;
+    if (jobs.has_geometry()) torques[place] = column.torque;
+    const Excess excess{column.largest(), net_force_allowed(jobs, column.rounding, limits), ih,
+                        column.torque > column.force};
+    if (excess.sum > worst.sum) worst = excess;
+    if (excess.sum <= excess.allowed) continue;
+    const analysis::StepJobs pair = analysis::step_jobs(jobs.run, ih);
+    Excess& known = by_jobs[suspects(jobs, pair, largest(all.of_job.at(pair.plus) - all.usual),
+                                     largest(all.of_job.at(pair.minus) - all.usual))];
+    if (excess.sum > known.sum) known = excess;
   }
+  const int missing = jobs.run.n3 - static_cast<int>(columns.size());
   if (missing > 0) report.note({zandor::job_list_name}, missing_columns(missing));
   if (!jobs.has_geometry()) {
     report.note(place_of(jobs, 0), "net torque not looked at: the reference's geometry is missing");
   }
   add_figures(std::move(forces), std::move(torques), report);
-  if (excesses.general()) {
-    report_general_excess(jobs, excesses, report);
-  } else {
-    report_excesses(jobs, excesses.by_jobs, report);
+  report_common_cause(jobs, worst, report);
+  const CommonCause& cause = jobs.context.common_cause;
+  if (cause.is(CommonCause::Kind::none) || cause.is(CommonCause::Kind::loose)) {
+    report_excesses(jobs, by_jobs, report);
   }
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "check/support/common_cause.hpp"
 #include "flib/array.hpp"
 
 namespace check {
@@ -40,6 +41,7 @@ struct Context {
   std::vector<char> wrong_images;  // of jobs 0..n6 those that find_wrong_images gives
   RawForceConstants raw;
   AllSums sums;
+  CommonCause common_cause;
   ProjectedModes modes;
 };
 

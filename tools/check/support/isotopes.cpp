@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <span>
 
 #include "io/values.hpp"
 
@@ -73,6 +74,30 @@ constexpr Isotope isotopes[] = {
     {82, 205.974466}, {82, 206.975897}, {82, 207.976653}, {83, 208.980399}, {90, 232.038056},
     {92, 235.043930}, {92, 238.050788}};
 
+// Average masses of elements of more than one isotope: standard atomic weights, abridged (Prohaska
+// et al., Pure Appl. Chem. 94, 573 (2022)).
+constexpr Isotope averages[] = {
+    {1, 1.008},   {2, 4.0026},  {3, 6.94},    {5, 10.81},   {6, 12.011},  {7, 14.007},
+    {8, 15.999},  {10, 20.18},  {12, 24.305}, {14, 28.085}, {16, 32.06},  {17, 35.45},
+    {18, 39.95},  {19, 39.098}, {20, 40.078}, {22, 47.867}, {23, 50.942}, {24, 51.996},
+    {26, 55.845}, {28, 58.693}, {29, 63.546}, {30, 65.38},  {31, 69.723}, {32, 72.63},
+    {34, 78.971}, {35, 79.904}, {36, 83.798}, {37, 85.468}, {38, 87.62},  {40, 91.224},
+    {42, 95.95},  {44, 101.07}, {46, 106.42}, {47, 107.87}, {48, 112.41}, {49, 114.82},
+    {50, 118.71}, {51, 121.76}, {52, 127.6},  {54, 131.29}, {56, 137.33}, {57, 138.91},
+    {74, 183.84}, {75, 186.21}, {76, 190.23}, {77, 192.22}, {78, 195.08}, {80, 200.59},
+    {81, 204.38}, {82, 207.2},  {92, 238.03}};
+
+double nearest_among(std::span<const Isotope> known, int atomic_number, double mass) {
+  double nearest = 0.0;
+  for (const Isotope& isotope : known) {
+    if (isotope.number != atomic_number) continue;
+    if (nearest == 0.0 || std::fabs(isotope.mass - mass) < std::fabs(nearest - mass)) {
+      nearest = isotope.mass;
+    }
+  }
+  return nearest;
+}
+
 bool same_letters(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return io::lowered(x) == io::lowered(y); });
@@ -87,14 +112,12 @@ int element_number(std::string_view symbol) {
 }
 
 double nearest_isotope(int atomic_number, double mass) {
-  double nearest = 0.0;
-  for (const Isotope& isotope : isotopes) {
-    if (isotope.number != atomic_number) continue;
-    if (nearest == 0.0 || std::fabs(isotope.mass - mass) < std::fabs(nearest - mass)) {
-      nearest = isotope.mass;
-    }
-  }
-  return nearest;
+  return nearest_among(isotopes, atomic_number, mass);
+}
+
+bool is_average_mass(int atomic_number, double mass) {
+  constexpr double nearly = 0.05;  // amu: older tables, and 35.5 for Cl
+  return std::fabs(nearest_among(averages, atomic_number, mass) - mass) <= nearly;
 }
 
 }  // namespace check

@@ -12,4 +12,7 @@ int element_number(std::string_view symbol);
 // are met; 0 where the table holds none.
 double nearest_isotope(int atomic_number, double mass);
 
+// Whether a mass (amu) is the average of an element that has several isotopes.
+bool is_average_mass(int atomic_number, double mass);
+
 }  // namespace check

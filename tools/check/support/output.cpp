@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
@@ -53,6 +54,31 @@ std::vector<std::string> names_to_rerun(const JobData& jobs, const Report& repor
     }
   }
   return names;
+}
+
+// The findings in their order; of three and more that are alike, of several jobs, the first speaks
+// for all.
+std::vector<Finding> summed_up(const JobData& jobs, const Report& report) {
+  constexpr std::size_t few = 2, most_names = 10;
+  std::map<std::string, std::vector<const Finding*>> alike;
+  for (const Finding& finding : report.findings) {
+    if (finding.job >= 0) alike[words_of(finding)].push_back(&finding);
+  }
+  std::vector<Finding> findings;
+  for (const Finding& finding : report.findings) {
+    const auto group = finding.job >= 0 ? alike[words_of(finding)] : std::vector{&finding};
+    if (group.size() > few && group.front() != &finding) continue;
+    Finding& sum = findings.emplace_back(finding);
+    if (group.size() <= few) continue;
+    for (const Finding* other : group) sum.figure = std::fmax(sum.figure, other->figure);
+    sum.text += "; " + std::to_string(group.size()) + " jobs alike";
+    if (!std::isnan(sum.figure)) sum.text += ", " + rounded(sum.figure) + " at the worst";
+    for (std::size_t k = 0; k < std::min(group.size(), most_names); ++k) {
+      sum.text += (k == 0 ? ": " : ", ") + base_name(jobs.job(group[k]->job));
+    }
+    if (group.size() > most_names) sum.text += ", ...";
+  }
+  return findings;
 }
 
 Json finding_record(const JobData& jobs, const Finding& finding) {
@@ -134,7 +160,7 @@ int exit_status(const Report& report) {
 }
 
 void print_text(const JobData& jobs, const Report& report) {
-  for (const Finding& finding : report.findings) io::print_line(line_of(finding));
+  for (const Finding& finding : summed_up(jobs, report)) io::print_line(line_of(finding));
   io::print_line(counted(jobs_read(jobs), "job") + " read, " +
                  counted(count_of(report, Severity::error), "error") + ", " +
                  counted(count_of(report, Severity::warning), "warning") + "; worst asymmetry " +

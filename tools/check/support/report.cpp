@@ -33,6 +33,19 @@ std::string line_of(const Finding& finding) {
          finding.check + "]";
 }
 
+std::string words_of(const Finding& finding) {
+  std::string words = name_of(finding.severity) + finding.check;
+  const std::string_view text =
+      std::string_view(finding.text).substr(0, finding.text.find_first_of(":;"));
+  for (std::size_t at = 0; at < text.size();) {
+    const std::string_view word = text.substr(at, text.find(' ', at) - at);
+    at += word.size() + 1;
+    if (word.size() > 2 && word.find_first_of("0123456789(") == word.npos)
+      words += " " + std::string(word);
+  }
+  return words;
+}
+
 std::string rounded(double value) {
   char text[32];
   return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, 4).ptr};

@@ -11,6 +11,9 @@
 
 namespace check {
 
+// Stands in a figure for what was not looked at; null in the JSON document.
+inline constexpr double not_known = std::numeric_limits<double>::quiet_NaN();
+
 enum class Severity { note, warning, error };
 
 struct Finding {
@@ -19,12 +22,10 @@ struct Finding {
   std::string file;    // the sign file, where a job is blamed
   long long line = 0;  // 0 for the file as a whole
   std::string text;
-  int job = -1;            // the job that it is about; -1: the directory as a whole
-  std::vector<int> rerun;  // computed jobs that may have to be run again because of it
+  int job = -1;               // the job that it is about; -1: the directory as a whole
+  std::vector<int> rerun;     // computed jobs that may have to be run again because of it
+  double figure = not_known;  // how bad it is, beside others that are alike
 };
-
-// Stands in a figure for what was not looked at; null in the JSON document.
-inline constexpr double not_known = std::numeric_limits<double>::quiet_NaN();
 
 // The largest of the numbers that are known; not_known where none is.
 double largest_known(const std::vector<double>& values);
@@ -44,9 +45,9 @@ struct Report {
   std::vector<Figure> figures;
 
   void add(Severity severity, const io::Place& place, std::string text, int job = -1,
-           std::vector<int> rerun = {}) {
+           std::vector<int> rerun = {}, double figure = not_known) {
     findings.push_back({severity, check, std::string(place.file), place.line, std::move(text), job,
-                        std::move(rerun)});
+                        std::move(rerun), figure});
   }
   void note(const io::Place& place, std::string text, int job = -1) {
     add(Severity::note, place, std::move(text), job);
@@ -65,6 +66,10 @@ const char* name_of(Severity severity);
 
 // "FILE:LINE: error|warning|note: text [check]".
 std::string line_of(const Finding& finding);
+
+// Alike are findings of one check whose texts differ only behind the first colon or semicolon, in
+// words that hold a digit or stand in brackets, and in words of one or two letters.
+std::string words_of(const Finding& finding);
 
 // A number in a sentence: four significant digits.
 std::string rounded(double value);

@@ -14,6 +14,9 @@ struct Thresholds {
   double asymmetry = 1e-3;
   double asymmetry_ratio = 10.0;
   double net_force = 1e-4;
+  double frequency = 6000.0;
+  double rounding_note = 5.0;
+  double rounding = 50.0;
   double dipole_bounds = 3.0;
   double dipole_relative = 1e-2;
   double dipole_noise = 8.0;
