@@ -12,6 +12,7 @@
 #include "flib/units_of_measure.hpp"
 #include "io/process.hpp"
 #include "io/values.hpp"
+#include "options/job_names.hpp"
 #include "options/options.hpp"
 
 const char* const io::program_name = "zandor_displace";
@@ -77,9 +78,9 @@ void add_options(CLI::App& app, Options& options) {
       ->capture_default_str();
   auto* const list = app.add_flag("--list", options.as_list, "print only the names of the jobs");
   app.add_flag("--json", options.as_json, "print one JSON document")->excludes(list);
-  app.add_flag("--missing{names}", options.missing,
-               "in a job directory: the jobs without a sign file; --missing=numbers: their numbers")
-      ->check(CLI::IsMember({"names", "numbers"}));
+  ::options::add_job_names(
+      app, "--missing", options.missing,
+      "in a job directory: the names of the jobs without a sign file; --missing=numbers: their numbers");
 }
 
 // The head of the names of the jobs.
@@ -162,13 +163,14 @@ int print_missing(const Options& options) {
   zandor::RunData run;
   const std::vector<int> missing =
       missing_jobs(options.geometry.empty() ? "control.inp" : options.geometry, run);
-  std::string numbers;
+  if (options.missing == "numbers") {
+    ::options::print_array_indices({missing.begin(), missing.end()});
+    return 0;
+  }
   for (const int i : missing) {
     const std::string_view name = run.jobs[static_cast<std::size_t>(i)].sgn_name.content();
-    if (options.missing == "names") io::print_line(name.substr(6, name.size() - 10));
-    numbers += (numbers.empty() ? "" : ",") + std::to_string(i);
+    io::print_line(name.substr(6, name.size() - 10));  // without coord- and .sgn
   }
-  if (options.missing == "numbers" && !numbers.empty()) io::print_line(numbers);
   return 0;
 }
 
@@ -177,7 +179,7 @@ int run(int argc, char** argv) {
                io::program_name);
   Options options;
   add_options(app, options);
-  if (!options::parse(app, argc, argv)) return 0;
+  if (!::options::parse(app, argc, argv)) return 0;
   options.has_charge = app.count("--charge") > 0;
   options.has_multiplicity = app.count("--multiplicity") > 0;
   return options.missing.empty() ? make_directory(options) : print_missing(options);
