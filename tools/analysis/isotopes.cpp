@@ -116,7 +116,9 @@ bool same_letters(std::string_view a, std::string_view b) {
 int element_number(std::string_view symbol) {
   const auto found = std::find_if(std::begin(element_symbols), std::end(element_symbols),
                                   [&](auto known) { return same_letters(known, symbol); });
-  return found == std::end(element_symbols) ? 0 : static_cast<int>(found - std::begin(element_symbols)) + 1;
+  return found == std::end(element_symbols)
+             ? 0
+             : static_cast<int>(found - std::begin(element_symbols)) + 1;
 }
 
 double nearest_isotope(int atomic_number, double mass) {

@@ -37,8 +37,9 @@ void add_options(CLI::App& app, Options& options) {
   app.footer("Exit status: 0 nothing above a note, 1 errors or warnings, 2 could not check.");
   app.add_option("CONTROLFILE", options.control_file, "the control file of zandor_gather")
       ->required();
-  auto* const list =
-      options::add_job_names(app, "--list", options.list, "print only the names of the jobs to run again; --list=numbers: their numbers");
+  auto* const list = options::add_job_names(
+      app, "--list", options.list,
+      "print only the names of the jobs to run again; --list=numbers: their numbers");
   app.add_flag("--json", options.as_json, "print one JSON document")->excludes(list);
   app.add_option("--only", options.only, "the checks to run, separated by commas")
       ->delimiter(',')

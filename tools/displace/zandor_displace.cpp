@@ -78,9 +78,9 @@ void add_options(CLI::App& app, Options& options) {
       ->capture_default_str();
   auto* const list = app.add_flag("--list", options.as_list, "print only the names of the jobs");
   app.add_flag("--json", options.as_json, "print one JSON document")->excludes(list);
-  ::options::add_job_names(
-      app, "--missing", options.missing,
-      "in a job directory: the names of the jobs without a sign file; --missing=numbers: their numbers");
+  ::options::add_job_names(app, "--missing", options.missing,
+                           "in a job directory: the names of the jobs without a sign file; "
+                           "--missing=numbers: their numbers");
 }
 
 // The head of the names of the jobs.
