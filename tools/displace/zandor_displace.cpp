@@ -12,6 +12,7 @@
 #include "flib/units_of_measure.hpp"
 #include "io/process.hpp"
 #include "io/values.hpp"
+#include "options/array_indices.hpp"
 #include "options/job_names.hpp"
 #include "options/options.hpp"
 

@@ -14,10 +14,4 @@ CLI::Option* add_job_names(CLI::App& app, const std::string& name, std::string& 
   return app.add_flag(name, kind, meaning)->transform(CLI::Validator(settle, ""));
 }
 
-void print_array_indices(const std::set<int>& jobs) {
-  std::string text;
-  for (const int job : jobs) text += (text.empty() ? "" : ",") + std::to_string(job);
-  if (!text.empty()) io::print_line(text);
-}
-
 }  // namespace options

@@ -1,8 +1,7 @@
-// Jobs on standard output, by their names or as the indices of an array of tasks.
+// An option that prints jobs, by their names or by their numbers.
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <set>
 #include <string>
 
 namespace options {
@@ -11,8 +10,5 @@ namespace options {
 // =names, "numbers" with =numbers.
 CLI::Option* add_job_names(CLI::App& app, const std::string& name, std::string& kind,
                            const std::string& meaning);
-
-// "4,8,15" in one line: the places of the jobs in files.out, the reference 0. Nothing for no job.
-void print_array_indices(const std::set<int>& jobs);
 
 }  // namespace options

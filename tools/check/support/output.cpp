@@ -7,7 +7,7 @@
 #include <optional>
 #include <set>
 
-#include "options/job_names.hpp"
+#include "options/array_indices.hpp"
 
 namespace check {
 
