@@ -142,7 +142,7 @@ TEST(zandor_displace, refuses_in_one_line_and_leaves_nothing) {
 
 TEST(zandor_displace, takes_inputs_and_templates_that_end_in_com) {
   const support::TempFolder folder;
-  write_file("i.gjf", "#p any\n\n2 in front\n\n-1 2\nO,0,0,0.12\n h 0 0.757 -0.47\n\nH 0 0 0\n");
+  write_file("i.gjf", "#p any\n\n2 in front\n\n-1 1\nO,0,0,0.12\n h 0 0.757 -0.47\n\nH 0 0 0\n");
   write_file("t.com", "# any\n\n{{name}}\n\n{{charge}} {{multiplicity}}\n{{geometry}}\n");
   auto outcome = displace({"i.gjf", "t.com", "-o", "jobs", "--axes", "keep"});
   EXPECT_NE(outcome.err.find("give the template another ending"), std::string::npos);
