@@ -84,7 +84,7 @@ TEST(zandor_displace, refuses_in_one_line_and_leaves_nothing) {
     std::vector<std::string> more;
     const char* message;
   } cases[] = {
-      {"one atom", "1\n\nC 0 0 0\n", input, {}, "g.xyz:1: expected a molecule of 2 to 2000 atoms"},
+      {"one atom", "1\n\nC 0 0 0\n", input, {}, "g.xyz:1: expected a molecule of 2 to 600 atoms"},
       {"no count", "C 0 0 0\n", input, {}, "g.xyz:1: expected the number of atoms"},
       {"empty", "", input, {}, "expected the number of atoms"},
       {"too short", two, input, {}, "g.xyz:4: expected 2 atoms, found the end of the file after 1"},

@@ -13,7 +13,7 @@ namespace displace {
 
 namespace {
 
-constexpr int most_atoms = 2000;       // 12001 jobs
+constexpr int most_atoms = 600;        // 3601 jobs
 constexpr double largest_place = 1e4;  // Angstrom
 constexpr double nearest_atoms = 0.3;  // Angstrom; the shortest bond, H2, is 0.74
 
