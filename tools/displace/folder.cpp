@@ -153,7 +153,7 @@ std::vector<std::string> look_into(const std::string& folder, bool force) {
 }  // namespace
 
 void write_folder(const std::string& folder, const std::vector<File>& files, bool force) {
-  const io::InterruptsHeld held;
+  const io::SignalsHeld held;
   std::string name = folder;
   while (name.size() > 1 && name.back() == '/') name.pop_back();
   const bool is_there = fs::exists(fs::symlink_status(name));
