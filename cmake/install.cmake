@@ -2,7 +2,7 @@
 # their places relative to each other, so that the links among them lead somewhere.
 # Companions are left out where the packages that they need are missing.
 set(ZANDOR_PROGRAMS)
-foreach(program zandor_gather zandor_check zandor_ht zandor_export zandor_probe)
+foreach(program zandor_gather zandor_displace zandor_check zandor_ht zandor_export zandor_probe)
   if(TARGET ${program})
     list(APPEND ZANDOR_PROGRAMS ${program})
   endif()
@@ -13,6 +13,7 @@ add_subdirectory(man)
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md RELEASING.md CITATION.cff LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(PROGRAMS examples/batch/failures examples/batch/gather-one examples/batch/resubmit
+  examples/batch/run-jobs examples/batch/run-one
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/batch)
 
 # Bash looks for a file with the name of the program.

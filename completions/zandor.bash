@@ -86,7 +86,7 @@ _zandor() {
     *)
       if [ -n "$formats" ]; then
         mapfile -t COMPREPLY < <(compgen -W "$formats" -- "$current")
-      elif [ "$name" = zandor_probe ]; then
+      elif [ "$name" = zandor_probe ] || [ "$name" = zandor_displace ]; then
         _zandor_files "$current"
       else
         _zandor_control_files "$current"
@@ -95,4 +95,4 @@ _zandor() {
   esac
 }
 
-complete -F _zandor zandor_gather zandor_check zandor_ht zandor_export zandor_probe
+complete -F _zandor zandor_gather zandor_displace zandor_check zandor_ht zandor_export zandor_probe

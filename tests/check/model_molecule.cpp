@@ -14,30 +14,6 @@ namespace {
 
 constexpr double bohr = flib::angstrom_per_bohr;
 
-// Morse potentials between all pairs, each with its minimum at the reference distance, and a
-// dipole along each pair.
-struct Values {
-  Eigen::Matrix3Xd forces;  // Hartree/Bohr
-  Eigen::Vector3d dipole;   // atomic units
-};
-
-Values values_at(const Model& model, const Eigen::Matrix3Xd& x) {
-  Values values{Eigen::Matrix3Xd::Zero(3, x.cols()), Eigen::Vector3d::Zero()};
-  for (Eigen::Index a = 0; a < x.cols(); ++a) {
-    for (Eigen::Index b = 0; b < a; ++b) {
-      const Eigen::Vector3d d = (x.col(a) - x.col(b)) / bohr;
-      const double r = d.norm();
-      const double r0 = (model.x.col(a) - model.x.col(b)).norm() / bohr;
-      const double decay = std::exp(-0.8 * (r - r0));
-      const double slope = 2.0 * 0.5 * std::exp(-0.4 * r0) * 0.8 * decay * (1.0 - decay);
-      values.forces.col(a) -= slope / r * d;
-      values.forces.col(b) += slope / r * d;
-      values.dipole += model.charges(a, b) * std::exp(-0.3 * r) * d;
-    }
-  }
-  return values;
-}
-
 std::string name(int job) { return job == 0 ? "ref" : "d" + std::to_string(job); }
 
 template <class Vector>
@@ -86,6 +62,23 @@ void write_job_list(const Model& model, const Printing& printing) {
 }
 
 }  // namespace
+
+Values values_at(const Model& model, const Eigen::Matrix3Xd& x) {
+  Values values{Eigen::Matrix3Xd::Zero(3, x.cols()), Eigen::Vector3d::Zero()};
+  for (Eigen::Index a = 0; a < x.cols(); ++a) {
+    for (Eigen::Index b = 0; b < a; ++b) {
+      const Eigen::Vector3d d = (x.col(a) - x.col(b)) / bohr;
+      const double r = d.norm();
+      const double r0 = (model.x.col(a) - model.x.col(b)).norm() / bohr;
+      const double decay = std::exp(-0.8 * (r - r0));
+      const double slope = 2.0 * 0.5 * std::exp(-0.4 * r0) * 0.8 * decay * (1.0 - decay);
+      values.forces.col(a) -= slope / r * d;
+      values.forces.col(b) += slope / r * d;
+      values.dipole += model.charges(a, b) * std::exp(-0.3 * r) * d;
+    }
+  }
+  return values;
+}
 
 Model random_model(unsigned seed) {
   std::mt19937 random(seed);

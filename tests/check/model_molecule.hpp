@@ -14,6 +14,14 @@ struct Model {
 // A molecule of 3 to 8 atoms at random places, the same for the same seed.
 Model random_model(unsigned seed);
 
+// Morse potentials between all pairs, each with its minimum at the reference distance, and a dipole
+// along each pair.
+struct Values {
+  Eigen::Matrix3Xd forces;  // Hartree/Bohr
+  Eigen::Vector3d dipole;   // atomic units
+};
+Values values_at(const Model& model, const Eigen::Matrix3Xd& x);
+
 struct Printing {
   double step = 0.005;  // Angstrom
   int force_decimals = 10;

@@ -48,6 +48,8 @@ TEST_F(ZandorCheck, prints_findings_and_a_summary) {
       "24 jobs read, 1 error, 1 warning; worst asymmetry 2.862e-05 Hartree/Bohr**2, sum-rule "
       "residual not known\n");
   EXPECT_EQ(run({"--list"}).out, "ch2o-s1-03mx\n");
+  EXPECT_EQ(run({"--list=numbers"}).out, "13\n");
+  EXPECT_NE(run({"--list=no"}).err.find("expected --list alone"), std::string::npos);
   EXPECT_EQ(run({"--only", "asymmetry,names"}).status, 0);
   // Neither an input that is cut nor a job that the list gives twice is mended by running a job.
   const std::string com = support::read_file("coord-ch2o-s1-ref.com");

@@ -7,32 +7,15 @@
 #include <unordered_set>
 
 #include "analysis/dipoles.hpp"
+#include "analysis/operations.hpp"
 
 namespace analysis {
 
 namespace {
 
-constexpr double operation_tolerance = 1e-4;
 constexpr double orthogonal_within = 1e-3;    // operations may be printed with few digits
 constexpr std::size_t most_operations = 256;  // the largest finite molecular group has 120
 constexpr std::size_t most_free = 12;         // 4096 patterns
-
-Eigen::Map<const Eigen::Matrix3d> operation(const zandor::RunData& run, int k) {
-  return Eigen::Map<const Eigen::Matrix3d>(run.op.column(1, k));
-}
-
-bool alike(const Eigen::Matrix3d& a, const Eigen::Matrix3d& b) {
-  return std::equal(a.data(), a.data() + 9, b.data(),
-                    [](double x, double y) { return std::abs(x - y) <= operation_tolerance; });
-}
-
-using Matrices = std::vector<Eigen::Matrix3d>;
-
-std::size_t place_of(const Eigen::Matrix3d& matrix, const Matrices& among) {
-  const auto found = std::find_if(among.begin(), among.end(),
-                                  [&](const Eigen::Matrix3d& m) { return alike(m, matrix); });
-  return static_cast<std::size_t>(found - among.begin());
-}
 
 // A bit per operation, equal ones of the list as one: 1 where the character is -1.
 using Pattern = std::bitset<most_operations>;

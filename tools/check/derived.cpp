@@ -7,15 +7,14 @@
 #include <cmath>
 #include <map>
 
+#include "analysis/operations.hpp"
 #include "check/checks.hpp"
 
 namespace check {
 
 namespace {
 
-Eigen::Matrix3d operation(const zandor::RunData& run, int k) {
-  return Eigen::Map<const Eigen::Matrix3d>(run.op.column(1, k));
-}
+using analysis::operation;
 
 // Angstrom, from the centre of the atoms: only forces are carried over, so the operation may pass
 // through any point.
@@ -65,8 +64,7 @@ int wrong_image(const zandor::RunData& run, int k) {
 std::string complaint_about(const JobData& jobs, const Eigen::Matrix3Xd& x, int k,
                             double tolerance) {
   const zandor::RunData& run = jobs.run;
-  const Eigen::Matrix3d op = operation(run, k);
-  const double off = (op * op.transpose() - Eigen::Matrix3d::Identity()).cwiseAbs().maxCoeff();
+  const double off = analysis::off_orthogonal(operation(run, k));
   if (off > tolerance) return "is not orthogonal: op op^T differs from 1 by " + rounded(off);
   if (const int atom = wrong_image(run, k); atom > 0) {
     return "has in the atom table an image of atom " + std::to_string(atom) +
@@ -83,39 +81,6 @@ std::string complaint_about(const JobData& jobs, const Eigen::Matrix3Xd& x, int 
            "transpose (row a must hold the atom that the operation carries onto a)";
   }
   return expected + ": " + rounded(misfit.forward) + " Angstrom away";
-}
-
-// A coordinate and the sign of a step along it; none where a direction is along no axis.
-struct Step {
-  int ih = 0;
-  int sign = 0;
-};
-
-Step step_along(int atom, const Eigen::Vector3d& direction, double tolerance) {
-  for (int axis = 0; axis < 3; ++axis) {
-    for (const int sign : {1, -1}) {
-      if ((direction - sign * Eigen::Vector3d::Unit(axis)).cwiseAbs().maxCoeff() <= tolerance) {
-        return {3 * (atom - 1) + axis + 1, sign};
-      }
-    }
-  }
-  return {};
-}
-
-// The job that holds a step.
-int job_of(const zandor::RunData& run, const Step& step) {
-  const int negative = 2 * step.ih - 1;
-  return step_sign(run, negative) == step.sign ? negative : negative + 1;
-}
-
-// The source from which job i should be carried over with its operation; 0 where there is none.
-int expected_source(const zandor::RunData& run, int i, double tolerance) {
-  const int k = run.jobs[static_cast<std::size_t>(i)].iops;
-  const int ih = (i + 1) / 2;
-  const Eigen::Vector3d direction =
-      operation(run, k).transpose() * step_sign(run, i) * Eigen::Vector3d::Unit((ih - 1) % 3);
-  const Step step = step_along(run.atom_m((ih - 1) / 3 + 1, k), direction, tolerance);
-  return step.ih == 0 ? 0 : job_of(run, step);
 }
 
 // The jobs that each operation carries over, in their order.
@@ -165,7 +130,8 @@ void look_at_images(const JobData& jobs, double tolerance, Report* report,
       report_operation(jobs, k, derived, complaint, *report);
     }
     for (const int i : derived) {
-      const int expected = complaint.empty() ? expected_source(jobs.run, i, tolerance) : 0;
+      const int expected =
+          complaint.empty() ? analysis::image_source(jobs.run, i, k, tolerance) : 0;
       if (jobs.source(i) == 0 || jobs.job(i).calc_m == expected) continue;
       wrong[static_cast<std::size_t>(i)] = 1;
       if (complaint.empty() && report != nullptr) report_source(jobs, i, expected, *report);

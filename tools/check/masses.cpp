@@ -2,8 +2,8 @@
 #include <cmath>
 #include <set>
 
+#include "analysis/isotopes.hpp"
 #include "check/checks.hpp"
-#include "check/support/isotopes.hpp"
 
 namespace check {
 
@@ -18,14 +18,14 @@ void check_masses(const JobData& jobs, const Thresholds& limits, Report& report)
   for (std::size_t a = 0; a < geometry->masses.size(); ++a) {
     const int number = jobs.run.nat[a];
     const double mass = geometry->masses[a];
-    const double nearest = nearest_isotope(number, mass);
+    const double nearest = analysis::nearest_isotope(number, mass);
     if (nearest == 0.0) {
       unknown.insert(number);
       continue;
     }
     furthest = std::fmax(furthest, std::fabs(mass - nearest));
     if (std::fabs(mass - nearest) <= limits.mass) continue;
-    const bool average = is_average_mass(number, mass);
+    const bool average = analysis::is_average_mass(number, mass);
     report.add(average ? Severity::note : Severity::warning,
                {jobs.job(0).sgn_name.content(), geometry->lines[a]},
                "atom " + std::to_string(a + 1) + " has the mass " + io::shown(mass) + " amu" +

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "analysis/isotopes.hpp"
 #include "check/checks.hpp"
-#include "check/support/isotopes.hpp"
 #include "io/values.hpp"
 
 namespace check {
@@ -16,7 +16,7 @@ int element_of_word(std::string_view word) {
   if (io::parse_integer(word, number)) return number;
   const auto end = std::find_if_not(word.begin(), word.end(),
                                     [](unsigned char c) { return std::isalpha(c) != 0; });
-  return element_number(word.substr(0, static_cast<std::size_t>(end - word.begin())));
+  return analysis::element_number(word.substr(0, static_cast<std::size_t>(end - word.begin())));
 }
 
 struct Atom {
@@ -42,7 +42,7 @@ Atom of_list(const JobData& jobs, std::size_t a) {
 void compare_list_with_itself(const JobData& jobs, int& unlike, Report& report) {
   for (std::size_t a = 0; a < jobs.list.numbers.size(); ++a) {
     const Atom atom = of_list(jobs, a);
-    const int number = element_number(atom.symbol);
+    const int number = analysis::element_number(atom.symbol);
     if (number == 0 || number == atom.number) continue;
     ++unlike;
     report.add(Severity::warning, {zandor::job_list_name, jobs.run.atom_line[a]},

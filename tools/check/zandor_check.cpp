@@ -7,6 +7,7 @@
 #include "check/support/output.hpp"
 #include "io/process.hpp"
 #include "io/values.hpp"
+#include "options/job_names.hpp"
 #include "options/options.hpp"
 
 const char* const io::program_name = "zandor_check";
@@ -18,7 +19,7 @@ using namespace check;
 struct Options {
   std::string control_file;
   std::vector<std::string> only;
-  bool as_list = false;
+  std::string list;  // names or numbers
   bool as_json = false;
   Thresholds limits;
 };
@@ -36,8 +37,9 @@ void add_options(CLI::App& app, Options& options) {
   app.footer("Exit status: 0 nothing above a note, 1 errors or warnings, 2 could not check.");
   app.add_option("CONTROLFILE", options.control_file, "the control file of zandor_gather")
       ->required();
-  auto* const list =
-      app.add_flag("--list", options.as_list, "print only the names of the jobs to run again");
+  auto* const list = options::add_job_names(
+      app, "--list", options.list,
+      "print only the names of the jobs to run again; --list=numbers: their numbers");
   app.add_flag("--json", options.as_json, "print one JSON document")->excludes(list);
   app.add_option("--only", options.only, "the checks to run, separated by commas")
       ->delimiter(',')
@@ -62,8 +64,8 @@ int parse_and_check(int argc, char** argv) {
   const Report report = run_checks(jobs, options.limits, options.only);
   if (options.as_json) {
     print_json(options.control_file, jobs, options.limits, report);
-  } else if (options.as_list) {
-    print_list(jobs, report);
+  } else if (!options.list.empty()) {
+    options.list == "names" ? print_list(jobs, report) : print_numbers(report);
   } else {
     print_text(jobs, report);
   }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "analysis/best_turn.hpp"
 #include "check/support/report.hpp"
 
 namespace check {
@@ -19,17 +20,6 @@ Geometry geometry_of(const std::vector<double>& x) {
 
 bool agree(const Geometry& a, const Geometry& b, double tolerance) {
   return (a - b).cwiseAbs().maxCoeff() <= tolerance;
-}
-
-// The turn (determinant +1) or mirror turn (-1) that brings `from` nearest to `to` (Kabsch, Acta
-// Cryst. A 32, 922 (1976)); both have their centre at the origin.
-Eigen::Matrix3d best_turn(const Geometry& from, const Geometry& to, double determinant) {
-  const Eigen::JacobiSVD<Eigen::Matrix3d> svd(to * from.transpose(),
-                                              Eigen::ComputeFullU | Eigen::ComputeFullV);
-  Eigen::Vector3d signs = Eigen::Vector3d::Ones();
-  const double found = (svd.matrixU() * svd.matrixV().transpose()).determinant();
-  if (found * determinant < 0.0) signs(2) = -1.0;
-  return svd.matrixU() * signs.asDiagonal() * svd.matrixV().transpose();
 }
 
 // Whether the atoms stand at each other's places, and nowhere else.
@@ -70,8 +60,8 @@ GeometryDifference compare_geometries(const std::vector<double>& x,
   if (!std::isfinite(a.squaredNorm() + b.squaredNorm())) return difference;
   const Geometry centred_a = a.colwise() - a.rowwise().mean();
   const Geometry centred_b = b.colwise() - b.rowwise().mean();
-  const Eigen::Matrix3d turn = best_turn(centred_b, centred_a, 1.0);
-  const Eigen::Matrix3d mirror = best_turn(centred_b, centred_a, -1.0);
+  const Eigen::Matrix3d turn = analysis::best_turn(centred_b, centred_a, 1.0);
+  const Eigen::Matrix3d mirror = analysis::best_turn(centred_b, centred_a, -1.0);
   if (agree(centred_a, centred_b, tolerance)) {
     difference.kind = Kind::shifted;
   } else if (reordered(a, b, tolerance, difference)) {

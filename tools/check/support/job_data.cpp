@@ -234,10 +234,6 @@ void read_job_data(const std::string& control_file, JobData& jobs) {
   }
 }
 
-int step_sign(const zandor::RunData& run, int i) {
-  return (i % 2 == 0) == (run.disp_sign == 1) ? 1 : -1;
-}
-
 std::string coordinate_text(const JobData& jobs, int ih) {
   const int atom = (ih - 1) / 3 + 1;
   return "atom " + std::to_string(atom) + " (" +

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/operations.hpp"
 #include "check/support/context.hpp"
 #include "io/fatal.hpp"
 #include "zandor/run_data.hpp"
@@ -80,9 +81,7 @@ struct JobData {
 // a fatal stop; all else is kept as a fault.
 void read_job_data(const std::string& control_file, JobData& jobs);
 
-// The sign of the step that job i (1..n6) holds: with a disp_sign other than 1 the jobs are
-// labelled the other way round.
-int step_sign(const zandor::RunData& run, int i);
+using analysis::step_sign;
 
 // "atom 3 (H) y" for coordinate ih, and "job 15 (atom 3 (H) y-)" with the true step.
 std::string coordinate_text(const JobData& jobs, int ih);

@@ -7,6 +7,8 @@
 #include <optional>
 #include <set>
 
+#include "options/array_indices.hpp"
+
 namespace check {
 
 namespace {
@@ -38,16 +40,20 @@ std::string shown_or_unknown(const std::optional<double>& value, const char* uni
   return value ? rounded(*value) + " " + unit : "not known";
 }
 
-// The base names of the jobs to run again, in job order. Jobs that share a file are named once.
-std::vector<std::string> names_to_rerun(const JobData& jobs, const Report& report) {
+std::set<int> jobs_to_rerun(const Report& report) {
   std::set<int> rerun;
   for (const Finding& finding : report.findings) {
     if (finding.severity != Severity::note) {
       rerun.insert(finding.rerun.begin(), finding.rerun.end());
     }
   }
+  return rerun;
+}
+
+// The base names of the jobs to run again, in job order. Jobs that share a file are named once.
+std::vector<std::string> names_to_rerun(const JobData& jobs, const Report& report) {
   std::vector<std::string> names;
-  for (const int job : rerun) {
+  for (const int job : jobs_to_rerun(report)) {
     std::string name = base_name(jobs.job(job));
     if (std::find(names.begin(), names.end(), name) == names.end()) {
       names.push_back(std::move(name));
@@ -171,6 +177,8 @@ void print_text(const JobData& jobs, const Report& report) {
 void print_list(const JobData& jobs, const Report& report) {
   for (const std::string& name : names_to_rerun(jobs, report)) io::print_line(name);
 }
+
+void print_numbers(const Report& report) { options::print_array_indices(jobs_to_rerun(report)); }
 
 void print_json(const std::string& control_file, const JobData& jobs, const Thresholds& limits,
                 const Report& report) {

@@ -18,6 +18,9 @@ void print_text(const JobData& jobs, const Report& report);
 // The base names of the jobs that errors and warnings blame, one a line, in job order.
 void print_list(const JobData& jobs, const Report& report);
 
+// Their numbers in one line, as "4,8,15".
+void print_numbers(const Report& report);
+
 // One JSON document with every finding, figure and threshold.
 void print_json(const std::string& control_file, const JobData& jobs, const Thresholds& limits,
                 const Report& report);

@@ -1,4 +1,4 @@
-#include "check/support/isotopes.hpp"
+#include "analysis/isotopes.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -7,11 +7,11 @@
 
 #include "io/values.hpp"
 
-namespace check {
+namespace analysis {
 
 namespace {
 
-constexpr std::string_view symbols[] = {
+constexpr std::string_view element_symbols[] = {
     "H",  "He", "Li", "Be", "B",  "C",  "N",  "O",  "F",  "Ne", "Na", "Mg", "Al", "Si", "P",
     "S",  "Cl", "Ar", "K",  "Ca", "Sc", "Ti", "V",  "Cr", "Mn", "Fe", "Co", "Ni", "Cu", "Zn",
     "Ga", "Ge", "As", "Se", "Br", "Kr", "Rb", "Sr", "Y",  "Zr", "Nb", "Mo", "Tc", "Ru", "Rh",
@@ -74,6 +74,14 @@ constexpr Isotope isotopes[] = {
     {82, 205.974466}, {82, 206.975897}, {82, 207.976653}, {83, 208.980399}, {90, 232.038056},
     {92, 235.043930}, {92, 238.050788}};
 
+// The mass numbers of the most abundant isotopes of H to U; 0 where the table above holds none.
+constexpr short most_abundant[] = {
+    1,   4,   7,   9,   11,  12,  14,  16,  19,  20,  23,  24,  27,  28,  31,  32,  35,  40,  39,
+    40,  45,  48,  51,  52,  55,  56,  59,  58,  63,  64,  69,  74,  75,  80,  79,  84,  85,  88,
+    89,  90,  93,  98,  0,   102, 103, 106, 107, 114, 115, 120, 121, 130, 127, 132, 133, 138, 139,
+    0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   184, 187, 192,
+    193, 195, 197, 202, 205, 208, 209, 0,   0,   0,   0,   0,   0,   232, 0,   238};
+
 // Average masses of elements of more than one isotope: standard atomic weights, abridged (Prohaska
 // et al., Pure Appl. Chem. 94, 573 (2022)).
 constexpr Isotope averages[] = {
@@ -106,9 +114,11 @@ bool same_letters(std::string_view a, std::string_view b) {
 }  // namespace
 
 int element_number(std::string_view symbol) {
-  const auto found = std::find_if(std::begin(symbols), std::end(symbols),
+  const auto found = std::find_if(std::begin(element_symbols), std::end(element_symbols),
                                   [&](auto known) { return same_letters(known, symbol); });
-  return found == std::end(symbols) ? 0 : static_cast<int>(found - std::begin(symbols)) + 1;
+  return found == std::end(element_symbols)
+             ? 0
+             : static_cast<int>(found - std::begin(element_symbols)) + 1;
 }
 
 double nearest_isotope(int atomic_number, double mass) {
@@ -120,4 +130,10 @@ bool is_average_mass(int atomic_number, double mass) {
   return std::fabs(nearest_among(averages, atomic_number, mass) - mass) <= nearly;
 }
 
-}  // namespace check
+double usual_mass(int atomic_number) {
+  const bool listed =
+      atomic_number >= 1 && atomic_number <= static_cast<int>(std::size(most_abundant));
+  return listed ? nearest_isotope(atomic_number, most_abundant[atomic_number - 1]) : 0.0;
+}
+
+}  // namespace analysis

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace check {
+namespace analysis {
 
 // The atomic number of a symbol in any letter case; 0 for a word that is no element.
 int element_number(std::string_view symbol);
@@ -15,4 +15,7 @@ double nearest_isotope(int atomic_number, double mass);
 // Whether a mass (amu) is the average of an element that has several isotopes.
 bool is_average_mass(int atomic_number, double mass);
 
-}  // namespace check
+// The mass (amu) of the most abundant isotope; 0 where the table holds none.
+double usual_mass(int atomic_number);
+
+}  // namespace analysis
