@@ -63,10 +63,10 @@ void add_options(CLI::App& app, Options& options) {
   app.add_option("--multiplicity", options.multiplicity, "multiplicity (default: GEOMETRY's, or 1)")
       ->check(CLI::PositiveNumber);
   app.add_option("--mass", options.masses,
-                 "another mass (u) of one atom, as 3=2.014101778, for the axes of inertia")
+                 "another mass (amu) of one atom, as 3=2.014101778, for the axes of inertia")
       ->allow_extra_args(false)
       ->type_name("ATOM=MASS");
-  app.add_option("--isotope", options.isotopes, "another mass (u) of all atoms of an element")
+  app.add_option("--isotope", options.isotopes, "another mass (amu) of all atoms of an element")
       ->allow_extra_args(false)
       ->type_name("SYMBOL=MASS");
   app.add_option("--axes", options.axes, "how the molecule is turned before it is displaced")
