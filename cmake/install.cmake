@@ -2,7 +2,7 @@
 # their places relative to each other, so that the links among them lead somewhere.
 # Companions are left out where the packages that they need are missing.
 set(ZANDOR_PROGRAMS)
-foreach(program zandor_gather zandor_displace zandor_check zandor_ht zandor_export zandor_probe)
+foreach(program zandor_gather zandor_displace zandor_collect zandor_check zandor_ht zandor_export zandor_probe)
   if(TARGET ${program})
     list(APPEND ZANDOR_PROGRAMS ${program})
   endif()
@@ -15,6 +15,8 @@ install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(PROGRAMS examples/batch/failures examples/batch/gather-one examples/batch/resubmit
   examples/batch/run-jobs examples/batch/run-one
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/batch)
+install(PROGRAMS examples/formaldehyde-from-scratch/run
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/formaldehyde-from-scratch)
 
 # Bash looks for a file with the name of the program.
 foreach(program IN LISTS ZANDOR_PROGRAMS)

@@ -95,4 +95,4 @@ _zandor() {
   esac
 }
 
-complete -F _zandor zandor_gather zandor_displace zandor_check zandor_ht zandor_export zandor_probe
+complete -F _zandor zandor_gather zandor_displace zandor_collect zandor_check zandor_ht zandor_export zandor_probe

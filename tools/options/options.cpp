@@ -49,7 +49,7 @@ bool parse(CLI::App& app, int argc, const char* const* argv) {
   return false;
 }
 
-void add_job_options(CLI::App& app, JobOptions& job) {
+void add_directory_options(CLI::App& app, JobOptions& job) {
   app.add_option("CONTROLFILE", job.control_file, "control file of the job directory")->required();
   app.add_option("--mass", job.masses,
                  "another mass (amu) of one atom, as 3=2.014101778; overrides --isotope")
@@ -59,6 +59,10 @@ void add_job_options(CLI::App& app, JobOptions& job) {
                  "another mass (amu) of all atoms of an element, as H=2.014101778")
       ->allow_extra_args(false)
       ->type_name("SYMBOL=MASS");
+}
+
+void add_job_options(CLI::App& app, JobOptions& job) {
+  add_directory_options(app, job);
   app.add_option_function<std::string>(
          "--characters", [&job](const std::string& signs) { job.characters = signs; },
          "characters of the operations other than the identity, for the dipoles of derived "

@@ -22,6 +22,9 @@ struct JobOptions {
   bool settle_signs = false;
 };
 
+// Adds CONTROLFILE, --mass and --isotope.
+void add_directory_options(CLI::App& app, JobOptions& job);
+
 // Adds CONTROLFILE, --mass, --isotope, --characters and --settle-signs.
 void add_job_options(CLI::App& app, JobOptions& job);
 

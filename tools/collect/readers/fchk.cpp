@@ -1,0 +1,94 @@
+// Formatted checkpoint files: geometry, gradient, and the transition dipole of the state that the
+// calculation followed.
+#include <algorithm>
+#include <map>
+
+#include "collect/output_lines.hpp"
+#include "collect/readers/readers.hpp"
+#include "flib/units_of_measure.hpp"
+#include "io/text.hpp"
+
+namespace collect {
+
+namespace {
+
+constexpr std::size_t name_width = 40;
+constexpr std::size_t most_values = 100'000'000;  // of an array that is believed
+
+using Arrays = std::map<std::string, std::vector<double>, std::less<>>;
+
+// The arrays and numbers of the file whose names are keys of `arrays`.
+void read_arrays(const std::string& file, Arrays& arrays) {
+  OutputLines lines(file);
+  while (lines.next()) {
+    const auto found = arrays.find(io::trimmed(lines.text().substr(0, name_width)));
+    if (found == arrays.end() || lines.text().size() < name_width + 9) continue;
+    const std::string what = "'" + found->first + "'";
+    if (lines.text().substr(name_width).find("N=") == lines.text().npos) {
+      found->second = {lines.number(lines.word_count(), what)};
+      continue;
+    }
+    const int count = lines.integer(lines.word_count(), "the number of values of " + what);
+    if (count < 1 || static_cast<std::size_t>(count) > most_values) {
+      lines.stop("expected a number of values of " + what + " from 1 to " +
+                 std::to_string(most_values) + ", found " + std::to_string(count));
+    }
+    found->second = lines.numbers(static_cast<std::size_t>(count), what);
+  }
+}
+
+Eigen::Matrix3Xd by_atom(const std::vector<double>& values) {
+  return Eigen::Map<const Eigen::Matrix3Xd>(values.data(), 3,
+                                            static_cast<Eigen::Index>(values.size() / 3));
+}
+
+}  // namespace
+
+void read_fchk(const std::string& file, const Request& request, JobOutput& output) {
+  Arrays arrays;
+  for (const char* name : {"Atomic numbers", "Current cartesian coordinates", "Cartesian Gradient",
+                           "ETran scalars", "ETran state values"}) {
+    arrays[name];
+  }
+  read_arrays(file, arrays);
+  for (const auto& [name, values] : arrays) need(!values.empty(), file, "'" + name + "'");
+  const auto& scalars = arrays["ETran scalars"];
+  const auto& states = arrays["ETran state values"];
+  const auto atoms = [&](const char* name, std::size_t each) {
+    need_atoms(file, request, static_cast<long long>(arrays[name].size() / each),
+               "'" + std::string(name) + "'");
+  };
+  atoms("Atomic numbers", 1);
+  atoms("Current cartesian coordinates", 3);
+  atoms("Cartesian Gradient", 3);
+  // The first item is the number of states, the fifth the one that was followed; 16 values a state.
+  constexpr std::size_t target_at = 4, per_state = 16;
+  if (scalars.size() <= target_at) need(false, file, "'ETran scalars' with 5 values");
+  const double target = scalars[target_at];
+  if (!(target >= 1.0 && target <= scalars[0] &&
+        target * per_state <= static_cast<double>(states.size()))) {
+    io::fatal_stop({file},
+                   "expected in 'ETran scalars' the state that was followed as item 5, and "
+                   "its 16 'ETran state values', found state " +
+                       io::shown(target) + " and " + std::to_string(states.size()) + " values");
+  }
+  output.program = "formatted checkpoint";
+  output.root = static_cast<int>(target);
+  need_root(file, request, output.root);
+  const double* const state = states.data() + per_state * static_cast<std::size_t>(output.root - 1);
+  for (const double number : arrays["Atomic numbers"]) {
+    output.numbers.push_back(static_cast<int>(std::clamp(number, 0.0, 1000.0)));
+  }
+  output.places = flib::angstrom_per_bohr * by_atom(arrays["Current cartesian coordinates"]);
+  output.forces = -by_atom(arrays["Cartesian Gradient"]);
+  output.dipole = Eigen::Vector3d(state[1], state[2], state[3]);
+  output.force_decimals = output.dipole_decimals = 9;
+  output.energy = state[0];
+  // Dipole in the velocity form and magnetic dipole: zeros where a writer has none.
+  output.marks.push_back(
+      {"velocity dipole", SignMark::Kind::vector, {state[4], state[5], state[6]}});
+  output.marks.push_back(
+      {"magnetic dipole", SignMark::Kind::vector, {state[7], state[8], state[9]}});
+}
+
+}  // namespace collect
