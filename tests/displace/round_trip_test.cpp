@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <numbers>
 
+#include "analysis/isotopes.hpp"
 #include "analysis/job_directory.hpp"
 #include "check/checks.hpp"
 #include "check/model_molecule.hpp"
@@ -137,7 +138,7 @@ displace::Request request_of(const Molecule& molecule, Axes axes) {
   request.axes = axes;
   request.masses.resize(molecule.x.cols());
   for (Eigen::Index a = 0; a < molecule.x.cols(); ++a) {
-    request.masses(a) = 2.0 * molecule.numbers[static_cast<std::size_t>(a)];
+    request.masses(a) = analysis::usual_mass(molecule.numbers[static_cast<std::size_t>(a)]);
   }
   return request;
 }
