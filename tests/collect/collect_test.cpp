@@ -62,7 +62,7 @@ class Collect : public testing::Test {
   }
   void unpack(const Engine& engine) {
     const std::string pack =
-        std::string(PROJECT_FOLDER) + "/tests/collect/" + engine.folder + ".tar.xz";
+        std::string(PROJECT_FOLDER) + "/tests/collect/data/" + engine.folder + ".tar.xz";
     ASSERT_EQ(support::run({"tar", "-xJf", pack, "--strip-components=1"}).status, 0);
   }
   support::Outcome run(std::vector<std::string> options = {}) {
