@@ -48,11 +48,13 @@ std::vector<std::string> files_in(const fs::path& folder,
 
 FoundOutput find_output(const std::string& job_name, const std::vector<std::string>& suffixes) {
   std::vector<std::string> files;
+  const std::string folder = "coord-" + job_name;
   for (const std::string& suffix : suffixes) {
-    const std::string file = "coord-" + job_name + suffix;
+    std::string file = folder;
+    file += suffix;
     if (is_file(file) && !is_for_the_run(file)) files.push_back(file);
   }
-  const std::vector<std::string> inside = files_in("coord-" + job_name, suffixes);
+  const std::vector<std::string> inside = files_in(folder, suffixes);
   if (inside.size() == 1) files.push_back(inside.front());
   std::stable_sort(files.begin(), files.end(), [](const std::string& a, const std::string& b) {
     return time_of(a) > time_of(b);
