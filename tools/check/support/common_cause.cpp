@@ -6,6 +6,7 @@
 
 #include "analysis/rigid_motions.hpp"
 #include "check/support/net_force.hpp"
+#include "check/support/report.hpp"
 
 namespace check {
 
