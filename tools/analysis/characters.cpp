@@ -4,7 +4,6 @@
 #include <bitset>
 #include <cmath>
 #include <string>
-#include <unordered_set>
 
 #include "analysis/dipoles.hpp"
 #include "analysis/operations.hpp"
@@ -67,22 +66,17 @@ bool meets(const Pattern& pattern, const Pattern& equation) {
   return (pattern & equation).count() % 2 == 0;
 }
 
-// The bits of the operations that derived jobs use. They must keep the length of a dipole.
-Pattern bits_used(const zandor::RunData& run, const Conditions& conditions) {
-  Pattern used;
+// The operations that derived jobs use must keep the length of a dipole.
+void look_at_operations(const zandor::RunData& run) {
   for (int i = 1; i <= run.n6; ++i) {
     const zandor::Job& job = run.jobs[static_cast<std::size_t>(i)];
     if (job.is_calc) continue;
-    const std::size_t bit = conditions.bit[static_cast<std::size_t>(job.iops - 1)];
-    if (used[bit]) continue;
-    used.set(bit);
     const Eigen::Matrix3d op = operation(run, job.iops);
     if (!((op * op.transpose() - Eigen::Matrix3d::Identity()).norm() <= orthogonal_within)) {
       io::fatal_stop({zandor::job_list_name}, "expected orthogonal operations, found operation " +
                                                   std::to_string(job.iops) + ", which is not");
     }
   }
-  return used;
 }
 
 // Every pattern that meets the equations, plus signs first.
@@ -108,17 +102,6 @@ std::vector<Pattern> solutions(const std::vector<Pattern>& equations) {
   return patterns;
 }
 
-// The largest change that print rounding makes in an element of the gradient.
-double gradient_rounding(const zandor::RunData& run) {
-  return print_rounding(run).tail(run.n6).maxCoeff() / std::abs(run.dx);
-}
-
-// What print rounding alone may have moved away from zero comes before what it cannot.
-bool is_nearer(const SumRuleResidual& a, const SumRuleResidual& b) {
-  if (a.within_rounding() != b.within_rounding()) return a.within_rounding();
-  return a.absolute < b.absolute;
-}
-
 }  // namespace
 
 bool needs_characters(const zandor::RunData& run) {
@@ -132,11 +115,9 @@ bool is_identity(const zandor::RunData& run, int k) {
 
 std::vector<Characters> allowed_characters(const zandor::RunData& run) {
   const Conditions conditions = conditions_of(run);
-  const Pattern used = bits_used(run, conditions);
-  std::unordered_set<Pattern> seen;
+  look_at_operations(run);
   std::vector<Characters> allowed;
   for (const Pattern& pattern : solutions(conditions.equations)) {
-    if (!seen.insert(pattern & used).second) continue;
     Characters& characters = allowed.emplace_back();
     for (const std::size_t bit : conditions.bit) characters.push_back(pattern[bit] ? -1 : 1);
   }
@@ -210,35 +191,24 @@ void derive_dipoles(const zandor::RunData& run, const Characters& characters,
   }
 }
 
-bool goes_through_reference(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
-  const Eigen::Matrix3Xd midpoints = dipole_midpoints(run, dipoles);
-  return midpoints.cwiseAbs().maxCoeff() <= 3.0 * gradient_rounding(run) ||
-         midpoints.norm() <= 0.5 * dipole_gradient(run, dipoles).norm();
-}
-
-CharacterChoice find_characters(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
-  CharacterChoice best;
-  std::vector<SumRuleResidual> residuals;
-  std::vector<Eigen::Matrix3Xd> gradients;
-  Eigen::Matrix3Xd chosen;
-  for (const Characters& characters : allowed_characters(run)) {
-    Eigen::Matrix3Xd filled = dipoles;
-    derive_dipoles(run, characters, filled);
-    residuals.push_back(sum_rule_residual(run, filled));
-    gradients.push_back(dipole_gradient(run, filled));
-    if (residuals.size() == 1 || residuals.back().absolute < best.residual.absolute) {
-      best.residual = residuals.back();
-      best.characters = characters;
-      best.goes_through_reference = goes_through_reference(run, filled);
-      chosen = gradients.back();
+std::vector<ImageRelation> image_relations(const zandor::RunData& run,
+                                           const Characters& characters) {
+  constexpr double along_axis = 1e-4;  // as operations are alike
+  std::vector<ImageRelation> relations;
+  if (run.atom_m.size() == 0) return relations;
+  for (int k = 1; k <= run.nop; ++k) {
+    if (is_identity(run, k)) continue;
+    const Eigen::Matrix3d image = characters[static_cast<std::size_t>(k - 1)] * operation(run, k);
+    relations.push_back({0, 0, image});
+    for (int to = 1; to <= run.n6; ++to) {
+      if (!run.jobs[static_cast<std::size_t>(to)].is_calc) continue;
+      const int from = image_source(run, to, k, along_axis);
+      if (from > 0 && run.jobs[static_cast<std::size_t>(from)].is_calc) {
+        relations.push_back({from, to, image});
+      }
     }
   }
-  const double rounding = gradient_rounding(run);
-  for (std::size_t i = 0; i < residuals.size(); ++i) {
-    if ((gradients[i] - chosen).cwiseAbs().maxCoeff() <= rounding) continue;
-    if (!best.next_best || is_nearer(residuals[i], *best.next_best)) best.next_best = residuals[i];
-  }
-  return best;
+  return relations;
 }
 
 }  // namespace analysis

@@ -121,6 +121,16 @@ double dipole_noise(const SignFreeSteps& steps) {
   return noise <= most_dipole_noise ? noise : 0.0;
 }
 
+double gradient_rounding(const zandor::RunData& run) {
+  return print_rounding(run).tail(run.n6).maxCoeff() / std::abs(run.dx);
+}
+
+bool goes_through_reference(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
+  const Eigen::Matrix3Xd midpoints = dipole_midpoints(run, dipoles);
+  return midpoints.cwiseAbs().maxCoeff() <= 3.0 * gradient_rounding(run) ||
+         midpoints.norm() <= 0.5 * dipole_gradient(run, dipoles).norm();
+}
+
 Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,
                                     const Eigen::Ref<const Eigen::MatrixXd>& modes) {
   const Eigen::Map<const Eigen::VectorXd> root_mass(run.sqtmass.data(), run.n3);

@@ -56,6 +56,15 @@ double dipole_noise(const SignFreeSteps& steps);
 // a degenerate state 0.1.
 inline constexpr double most_dipole_noise = 2e-3;
 
+// The largest change that print rounding makes in an element of the gradient.
+double gradient_rounding(const zandor::RunData& run);
+
+// Whether the dipoles of two steps lie on either side of the reference's, as they must: the norm of
+// dipole_midpoints is at most half that of the gradient, or print rounding explains it. Signs that
+// make differences vanish would meet the sum rules for that alone. dipoles: 3 x 0..n6, derived jobs
+// filled in.
+bool goes_through_reference(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles);
+
 // 3 x n: column k is dmu/dQ_k = sum_j dmu/dx_j L_jk / sqrt(m_j), e/sqrt(m_e), for mass-weighted
 // eigenvectors L in the columns of modes (n3 x n).
 Eigen::Matrix3Xd dipole_along_modes(const zandor::RunData& run, const Eigen::Matrix3Xd& gradient,

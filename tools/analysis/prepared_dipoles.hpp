@@ -3,20 +3,35 @@
 #pragma once
 
 #include <Eigen/Dense>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "analysis/characters.hpp"
-#include "analysis/turned_signs.hpp"
+#include "analysis/settle_signs.hpp"
 #include "zandor/run_data.hpp"
+#include "zandor/sign_file.hpp"
 
 namespace analysis {
 
 struct DipoleChoices {
-  // As parse_characters reads them; without them they are found by the sum rules.
+  // As parse_characters reads them; without them the dipoles tell.
   std::optional<std::string> characters;
-  bool settle_signs = false;  // turn the signs that find_turned_signs names
+  bool settle_signs = false;  // turn the signs that settle_signs names
+  // tden_maxloc and tden_maxval of all jobs, asked for where signs are in doubt; may be empty.
+  std::function<std::vector<DensityElement>()> density;
+  ResidualLimits limits;
+};
+
+struct CharacterChoice {
+  Characters characters;
+  SumRuleResidual residual;  // as read, or with the signs that were settled
+  // That of the other pattern that comes nearest among those that suit the dipoles and give other
+  // derivatives.
+  std::optional<SumRuleResidual> next_best;
+  bool others_fall_out = false;  // a pattern that would give other derivatives does not suit them
+  bool same_derivatives = true;  // all other patterns give the same, not only the same |dmu/dQ|**2
 };
 
 struct PreparedDipoles {
@@ -24,7 +39,7 @@ struct PreparedDipoles {
   Eigen::Matrix3Xd gradient;  // 3 x n3, e, along the true steps (dipole_gradient)
   // Where jobs are derived: what was chosen or given. Empty where it could not be looked for.
   std::optional<CharacterChoice> characters;
-  TurnedSigns signs;
+  SettledSigns signs;
   bool signs_turned = false;  // `signs` have been applied
   // Why the gradient means nothing; empty where it is fit for use. One line, no full stop.
   std::string refusal;
@@ -36,7 +51,18 @@ struct PreparedDipoles {
 };
 
 // Stops only where the choices cannot be understood; everything else is a warning or a refusal.
+// Takes a run as load_job_directory leaves it; dmu/dQ is taken along its vibrations.
 PreparedDipoles prepare_dipoles(const zandor::RunData& run, const DipoleChoices& choices);
+
+// n3 x n: L_jk / sqrt(m_j) of the n vibrations, the directions along which dmu/dQ is taken, from
+// forces and masses of the run alone.
+Eigen::MatrixXd vibration_directions(const zandor::RunData& run);
+
+DensityElement density_element(const zandor::SignHeader& header);
+
+// tden_maxloc and tden_maxval of the sign files of all computed jobs, in the working folder; what
+// cannot be read has no value.
+std::vector<DensityElement> density_elements(const zandor::RunData& run);
 
 // A number with the three digits with which texts show residuals.
 std::string figure(double value);

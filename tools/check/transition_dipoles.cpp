@@ -7,16 +7,15 @@
 
 #include "analysis/characters.hpp"
 #include "analysis/dipoles.hpp"
-#include "analysis/prepared_dipoles.hpp"
-#include "analysis/turned_signs.hpp"
 #include "check/checks.hpp"
 #include "check/support/dipole_fit.hpp"
+#include "check/support/dipole_signs.hpp"
 
 namespace check {
 
 namespace {
 
-using analysis::TurnedSigns;
+using analysis::SettledSigns;
 
 // Why nothing can be looked at; empty when it can.
 std::string obstacle(const JobData& jobs) {
@@ -34,45 +33,16 @@ int without_dipole(const JobData& jobs) {
 }
 
 struct Candidate {
-  TurnedSigns signs;
+  SettledSigns signs;
   analysis::Characters characters;  // of the operations; empty where no job is derived
-  double gradient = 0.0;            // norm of the dipole gradient with these signs
   bool passes = true;               // through the reference's dipole, from one step to the other
-  bool explains = false;            // the residual, with these signs
 };
 
-// One that explains the residual before one that does not; then the larger gradient, since wrong
-// signs of the operations may make dipoles cancel, which explains anything.
-bool is_better(const Candidate& a, const Candidate& b) {
-  if (a.passes != b.passes) return a.passes;
-  if (a.explains != b.explains) return a.explains;
-  if (!a.explains) return a.signs.settled.absolute < b.signs.settled.absolute;
-  if (a.gradient != b.gradient) return a.gradient > b.gradient;
-  return a.signs.jobs.size() < b.signs.jobs.size();
-}
-
-// With derived jobs the signs of the operations are not known: all that the group allows are tried,
-// as read and with signs of jobs turned.
-Candidate search(const JobData& jobs, const analysis::ResidualLimits& limits) {
-  Eigen::Matrix3Xd dipoles = analysis::job_dipoles(jobs.run);
-  if (!analysis::needs_characters(jobs.run)) {
-    return {analysis::find_turned_signs(jobs.run, dipoles, limits), {}};
-  }
-  std::optional<Candidate> best;
-  for (const analysis::Characters& characters : analysis::allowed_characters(jobs.run)) {
-    analysis::derive_dipoles(jobs.run, characters, dipoles);
-    Candidate candidate{analysis::find_turned_signs(jobs.run, dipoles, limits), characters};
-    Eigen::Matrix3Xd turned = dipoles;
-    analysis::turn_signs(jobs.run, candidate.signs.jobs, turned);
-    candidate.gradient = analysis::dipole_gradient(jobs.run, turned).norm();
-    candidate.passes = analysis::goes_through_reference(jobs.run, turned);
-    candidate.explains = limits.explain(candidate.signs.settled);
-    if (!best || is_better(candidate, *best)) best = std::move(candidate);
-  }
-  Candidate found = best.value_or(Candidate{});
-  // Among so many signs only what can be told from the next best is worth a word.
-  if (!found.passes || !found.signs.certain()) found.signs.jobs.clear();
-  return found;
+Candidate search(const JobData& jobs, const Thresholds& limits) {
+  const analysis::PreparedDipoles settled = settle_dipoles(jobs, limits);
+  if (!settled.characters) return {settled.signs, {}};
+  return {settled.signs, settled.characters->characters,
+          analysis::goes_through_reference(jobs.run, settled.dipoles)};
 }
 
 // The dipoles as they stand; without the sum rules only those of computed jobs.
@@ -93,13 +63,14 @@ JobDipoles dipoles_of(const JobData& jobs, const Candidate& found, const Thresho
 }
 
 // Turned signs are worth a word when they leave much less, and everything fits with them.
-bool is_worth_a_word(const JobData& jobs, const TurnedSigns& signs, JobDipoles at, double limit) {
-  if (!signs.found() || 3.0 * signs.settled.absolute > signs.as_read.absolute) return false;
+bool is_worth_a_word(const JobData& jobs, const SettledSigns& signs, JobDipoles at, double limit) {
+  if (signs.jobs.empty() || 3.0 * signs.settled.absolute > signs.as_read.absolute) return false;
   analysis::turn_signs(jobs.run, signs.jobs, at.dipoles);
   return dipoles_fit(jobs, at, limit);
 }
 
-void report_signs(const JobData& jobs, const TurnedSigns& signs, std::string text, Report& report) {
+void report_signs(const JobData& jobs, const SettledSigns& signs, std::string text,
+                  Report& report) {
   if (std::any_of(signs.jobs.begin(), signs.jobs.end(), [&](int i) { return report.blames(i); })) {
     report.add(
         Severity::warning, place_of(jobs, signs.jobs.front()),
@@ -107,7 +78,7 @@ void report_signs(const JobData& jobs, const TurnedSigns& signs, std::string tex
         signs.jobs.front());
     return;
   }
-  text += signs.certain() ? "; turn the sign of " : "; perhaps turn the sign of ";
+  text += "; turn the sign of ";
   for (std::size_t k = 0; k < signs.jobs.size(); ++k) {
     text += (k > 0 ? " and of " : "") + job_text(jobs, signs.jobs[k]) + ", " +
             std::string(jobs.job(signs.jobs[k]).sgn_name.content());
@@ -224,8 +195,8 @@ void report_misfit(const JobData& jobs, const JobDipoles& at, const DipoleMeans&
   for (const int ih : means.off) report_mean(jobs, at, means, ih, report);
   if (!rules_met) {
     report.add(Severity::warning, {zandor::job_list_name},
-               misses_text(residual) +
-                   "; no single job explains it: more signs have turned, or a state has changed");
+               misses_text(residual) + "; no single job explains it: " +
+                   (found.signs.refusal.empty() ? "a state has changed" : found.signs.refusal));
   } else if (!found.passes) {
     report.add(
         Severity::warning, {zandor::job_list_name},
@@ -247,9 +218,7 @@ void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Report& rep
                 "the sum rules are not looked at: " + counted(missing, "job") +
                     " without a dipole, and the sums need all");
   }
-  const analysis::ResidualLimits allowed{limits.dipole_bounds, limits.dipole_relative,
-                                         limits.dipole_noise};
-  const Candidate found = missing > 0 ? Candidate{} : search(jobs, allowed);
+  const Candidate found = missing > 0 ? Candidate{} : search(jobs, limits);
   const JobDipoles at = dipoles_of(jobs, found, limits, missing == 0);
   const DipoleMeans means = dipole_means(jobs, at);
   const analysis::SumRuleResidual& residual = found.signs.as_read;

@@ -5,7 +5,9 @@
 
 #include "check/checks.hpp"
 #include "check/support/output.hpp"
+#include "check/support/turn.hpp"
 #include "io/process.hpp"
+#include "io/units.hpp"
 #include "io/values.hpp"
 #include "options/job_names.hpp"
 #include "options/options.hpp"
@@ -21,6 +23,7 @@ struct Options {
   std::vector<std::string> only;
   std::string list;  // names or numbers
   bool as_json = false;
+  std::string turn_to;
   Thresholds limits;
 };
 
@@ -40,7 +43,13 @@ void add_options(CLI::App& app, Options& options) {
   auto* const list = options::add_job_names(
       app, "--list", options.list,
       "print only the names of the jobs to run again; --list=numbers: their numbers");
-  app.add_flag("--json", options.as_json, "print one JSON document")->excludes(list);
+  auto* const json = app.add_flag("--json", options.as_json, "print one JSON document");
+  json->excludes(list);
+  app.add_option("--turn", options.turn_to,
+                 "write copies of the sign files whose sign has to be turned, turned, into this "
+                 "folder, new or empty, and check nothing")
+      ->type_name("FOLDER")
+      ->excludes(list, json);
   app.add_option("--only", options.only, "the checks to run, separated by commas")
       ->delimiter(',')
       ->check(CLI::IsMember(names));
@@ -61,6 +70,14 @@ int parse_and_check(int argc, char** argv) {
   if (!options::parse(app, argc, argv)) return 0;
   JobData jobs;
   read_job_data(options.control_file, jobs);
+  if (!options.turn_to.empty()) {
+    jobs.context.wrong_images = find_wrong_images(jobs, options.limits);
+    constexpr int unit = 13;
+    io::open_standard_output(unit);
+    io::output(unit).text(write_turned(jobs, options.limits, options.turn_to) + "\n");
+    io::close(unit);
+    return 0;
+  }
   const Report report = run_checks(jobs, options.limits, options.only);
   if (options.as_json) {
     print_json(options.control_file, jobs, options.limits, report);

@@ -85,8 +85,9 @@ ModeList mode_list(const RunData& run, const Eigenmodes& modes, const analysis::
 
 // dmu/dx, 3 x n3, or no columns where it is not known. What has to be said about it goes to the
 // notes, and what is a warning to standard error, too.
-Eigen::Matrix3Xd known_gradient(const RunData& run, const analysis::DipoleChoices& choices,
+Eigen::Matrix3Xd known_gradient(const RunData& run, analysis::DipoleChoices choices,
                                 Content& content) {
+  choices.density = [&run] { return analysis::density_elements(run); };
   const analysis::PreparedDipoles prepared = analysis::prepare_dipoles(run, choices);
   std::vector<std::string> warnings = prepared.warnings;
   if (!prepared.refusal.empty()) {

@@ -161,7 +161,7 @@ void write_format(const Format& format, const Request& request) {
   const options::JobOptions& job = request.job;
   const Content content = exporting::load_content(
       job.control_file, analysis::parse_mass_changes(job.isotopes, job.masses),
-      {job.characters, job.settle_signs});
+      {job.characters, job.settle_signs, {}, {}});
   if (to_file) check_output(request.output_name, content);
   format.write(request, content, io::output(unit));
   io::close(unit);

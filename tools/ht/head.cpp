@@ -9,7 +9,11 @@ namespace {
 
 std::string origin_of(const analysis::CharacterChoice& choice, bool by_hand) {
   if (by_hand) return "characters given by hand";
-  if (!choice.next_best) return "characters: every pattern gives the same derivatives";
+  if (!choice.next_best) {
+    return choice.others_fall_out    ? "characters: no other pattern suits the dipoles of the jobs"
+           : choice.same_derivatives ? "characters: every pattern gives the same derivatives"
+                                     : "characters: every pattern gives the same |dmu/dQ|**2";
+  }
   return "characters found by the sum rules: residual " +
          analysis::figure(choice.residual.absolute) + ", next best " +
          analysis::figure(choice.next_best->absolute);

@@ -73,7 +73,7 @@ Json signs(const zandor::RunData& run, const analysis::PreparedDipoles& dipoles)
   for (const int job : dipoles.signs.jobs) {
     suspected.push_back(run.jobs[static_cast<std::size_t>(job)].sgn_name.content());
   }
-  return {{"as_read_meet_sum_rules", dipoles.signs.fine_as_read()},
+  return {{"as_read_meet_sum_rules", dipoles.signs.fits_as_read},
           {"turned_files", suspected},
           {"turned_back", dipoles.signs_turned}};
 }

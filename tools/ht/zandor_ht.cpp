@@ -48,7 +48,7 @@ bool parse(int argc, char** argv, CommandLine& line) {
   if (given_energy->count() > 0) request.energy = energy;
   request.vertical = kind == "vertical";
   request.control_file = job.control_file;
-  request.dipoles = {job.characters, job.settle_signs};
+  request.dipoles = {job.characters, job.settle_signs, {}, {}};
   request.masses = analysis::parse_mass_changes(job.isotopes, job.masses);
   return true;
 }
@@ -72,6 +72,7 @@ int run_and_write(int argc, char** argv) {
       analysis::load_job_directory(line.request.control_file, line.request.masses);
   const std::string turned = analysis::turned_geometry(run);
   if (!turned.empty()) io::warn({run.com_name.content()}, turned);
+  line.request.dipoles.density = [&run] { return analysis::density_elements(run); };
   const analysis::PreparedDipoles dipoles = analysis::prepare_dipoles(run, line.request.dipoles);
   for (const std::string& warning : dipoles.warnings) io::warn({}, warning);
   if (!dipoles.refusal.empty()) io::fatal_stop(dipoles.refusal);

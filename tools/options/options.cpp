@@ -66,7 +66,7 @@ void add_job_options(CLI::App& app, JobOptions& job) {
   app.add_option_function<std::string>(
          "--characters", [&job](const std::string& signs) { job.characters = signs; },
          "characters of the operations other than the identity, for the dipoles of derived "
-         "jobs: --characters=+,-,- (default: found by their sum rules)")
+         "jobs: --characters=+,-,- (default: found from the dipoles)")
       ->type_name("SIGNS");
   app.add_flag("--settle-signs", job.settle_signs,
                "turn back the signs of transition dipoles that have turned");

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "analysis/characters.hpp"
-#include "analysis/turned_signs.hpp"
+#include "analysis/settle_signs.hpp"
 #include "check/support/job_data.hpp"
 #include "check/support/thresholds.hpp"
 

@@ -1,0 +1,167 @@
+// Signs that are turned on purpose: settled as they were, or refused, but never settled otherwise.
+#include "analysis/settle_signs.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include "analysis/dipoles.hpp"
+#include "analysis/job_directory.hpp"
+#include "analysis/model.hpp"
+#include "analysis/prepared_dipoles.hpp"
+#include "support/support.hpp"
+
+namespace {
+
+struct Directory {
+  zandor::RunData run;
+  std::vector<analysis::DensityElement> density;
+};
+
+Directory model_of(const model::Molecule& molecule) {
+  Directory directory{model::run_of(molecule), {}};
+  directory.density.resize(directory.run.jobs.size());
+  return directory;
+}
+
+Directory read(const std::string& folder) {
+  const support::TempFolder here;
+  std::filesystem::copy(std::string(PROJECT_FOLDER "/") + folder, ".");
+  Directory directory{analysis::load_job_directory("control.inp"), {}};
+  directory.density = analysis::density_elements(directory.run);
+  return directory;
+}
+
+double* dipole(zandor::RunData& run, int job) {
+  return job == 0 ? run.dipole0.data() : run.tdip.column(job);
+}
+
+struct Spoiling {
+  double noise = 0.0;    // in every component, then printed with five decimals
+  bool headers = false;  // as raw output has them, turned with the dipoles
+};
+
+// Turns jobs drawn by lot, with the result of settling the signs; the run is as before.
+analysis::PreparedDipoles settle(Directory& directory, std::size_t turned, unsigned seed,
+                                 const Spoiling& spoiling) {
+  zandor::RunData& run = directory.run;
+  const auto reference = run.dipole0;
+  const std::vector<double> dipoles(run.tdip.data(), run.tdip.data() + run.tdip.size());
+  auto density = directory.density;
+  std::mt19937 random(seed);
+  std::normal_distribution<double> error(0.0, 1.0);
+  std::vector<int> jobs;
+  for (int i = 0; i <= run.n6; ++i) {
+    if (i > 0 && !run.jobs[static_cast<std::size_t>(i)].is_calc) continue;
+    jobs.push_back(i);
+    for (double* d = dipole(run, i); spoiling.noise > 0.0 && d < dipole(run, i) + 3; ++d) {
+      *d = std::round((*d + spoiling.noise * error(random)) * 1e5) / 1e5;
+    }
+  }
+  std::shuffle(jobs.begin(), jobs.end(), random);
+  jobs.resize(std::min(turned, jobs.size()));
+  for (const int i : jobs) {
+    std::for_each_n(dipole(run, i), 3, [](double& d) { d = -d; });
+    auto& value = density[static_cast<std::size_t>(i)].value;
+    if (value) value = -*value;
+  }
+  analysis::DipoleChoices choices;
+  choices.settle_signs = true;
+  if (spoiling.headers) choices.density = [&] { return density; };
+  analysis::PreparedDipoles settled = analysis::prepare_dipoles(run, choices);
+  run.dipole0 = reference;
+  std::copy(dipoles.begin(), dipoles.end(), run.tdip.data());
+  return settled;
+}
+
+// Whether the derivatives along all vibrations have the lengths that they should have.
+bool is_right(const Directory& directory, const analysis::PreparedDipoles& settled, double noise) {
+  const analysis::PreparedDipoles sound = analysis::prepare_dipoles(directory.run, {});
+  const Eigen::MatrixXd along = analysis::vibration_directions(directory.run);
+  const Eigen::RowVectorXd difference =
+      (sound.gradient * along).colwise().norm() - (settled.gradient * along).colwise().norm();
+  const double error = std::max(noise, analysis::dipole_error(directory.run, sound.dipoles));
+  const Eigen::RowVectorXd allowed =
+      8.0 * error / std::abs(directory.run.dx) * along.colwise().norm();
+  return (difference.cwiseAbs().array() <= allowed.array()).all();
+}
+
+TEST(signs, are_settled_or_refused) {
+  struct {
+    const char* name;
+    Directory directory;
+    bool can_tell;
+  } cases[] = {{"bright", model_of(model::general()), true},
+               {"dark", model_of(model::dark()), true},
+               {"line", model_of(model::line()), true},
+               // Two atoms of opposite charge side by side: the sums do not tell their signs.
+               {"square", model_of(model::dark_square()), false},
+               {"formaldehyde", read("examples/formaldehyde-s1"), true},
+               {"formaldehyde, C2v", read("examples/formaldehyde-s1-c2v"), true},
+               {"ammonia, C3v", read("examples/ammonia-s1-c3v"), true},
+               {"water, C2v", read("tests/ht/cases/water-s1-c2v"), true}};
+  for (auto& [name, directory, can_tell] : cases) {
+    for (const std::size_t turned : {0, 1, 2, 3, 9, 99}) {
+      for (const Spoiling& spoiling :
+           {Spoiling{0.0, false}, {0.0, true}, {1e-4, false}, {1e-4, true}}) {
+        for (unsigned seed = 1; seed <= 3; ++seed) {
+          const auto settled = settle(directory, turned, seed, spoiling);
+          const bool sure = settled.refusal.empty();
+          EXPECT_TRUE(!sure || is_right(directory, settled, spoiling.noise))
+              << name << ", turned " << turned << ", seed " << seed << ", noise " << spoiling.noise
+              << ", taken for turned: " << analysis::job_names(directory.run, settled.signs.jobs);
+          if (spoiling.noise == 0.0) {
+            EXPECT_EQ(sure, can_tell) << name << turned << settled.refusal;
+          }
+          if (!can_tell) {
+            EXPECT_NE(settled.refusal.find("only tden_maxval can tell"), std::string::npos)
+                << settled.refusal;
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST(signs, are_named_in_the_fewest_jobs) {
+  Directory directory = read("examples/formaldehyde-s1");
+  for (const std::vector<int>& jobs : std::vector<std::vector<int>>{{1}, {1, 2}, {3, 8}}) {
+    Eigen::Matrix3Xd dipoles = analysis::job_dipoles(directory.run);
+    analysis::turn_signs(directory.run, jobs, dipoles);
+    analysis::SignEvidence evidence;
+    evidence.density = analysis::density_signs(directory.density);
+    for (const int i : jobs) evidence.density[static_cast<std::size_t>(i)] *= -1;
+    const auto signs = analysis::settle_signs(directory.run, dipoles, evidence);
+    EXPECT_EQ(signs.refusal, "");
+    EXPECT_EQ(signs.jobs, jobs);
+  }
+}
+
+// The header's sign counts at the same place and for the same state only.
+TEST(density_signs, tell_where_the_element_is_that_of_the_reference) {
+  const std::vector<analysis::DensityElement> elements = {{{3, 7}, -0.5},   {{3, 7}, 0.506},
+                                                          {{3, 7}, -0.491}, {{3, 7}, 0.52},
+                                                          {{3, 6}, 0.5},    {{3, 7}, {}}};
+  EXPECT_EQ(analysis::density_signs(elements), (std::vector<int>{1, -1, 1, 0, 0, 0}));
+}
+
+// Numbers that no signs explain, and a state whose dipoles turn from job to job at equal length.
+TEST(signs, do_not_explain_everything) {
+  zandor::RunData run = model::run_of(model::general());
+  analysis::DipoleChoices choices;
+  choices.settle_signs = true;
+  run.tdip(1, 7) = 0.3;
+  const auto refusal_holds = [&](const char* text) {
+    const std::string refusal = analysis::prepare_dipoles(run, choices).refusal;
+    EXPECT_NE(refusal.find(text), std::string::npos) << refusal;
+  };
+  refusal_holds("a state may have changed");
+  for (int i = 1; i <= run.n6; ++i) {
+    Eigen::Map<Eigen::Vector3d>(run.tdip.column(i)) = 0.7 * Eigen::Vector3d::Unit(i % 2);
+  }
+  run.dipole0 = {0.0, 0.0, 0.7};
+  refusal_holds("may be degenerate");
+}
+
+}  // namespace
