@@ -401,7 +401,7 @@ SettledSigns settle_signs(const zandor::RunData& run, const Eigen::Matrix3Xd& di
   // Somebody may have turned dipoles and left their headers.
   if (result.nothing_fits || (result.found() && !is_noise(all, result.jobs))) {
     SettledSigns others = settle(all, TiedSigns(run.n6));
-    const bool nearly_best = result.settled.absolute <= 1.3 * others.settled.absolute;
+    const bool nearly_best = result.settled.absolute <= 1.1 * others.settled.absolute;
     if (result.nothing_fits || !(others.nothing_fits || nearly_best)) {
       if (!others.found() && !others.nothing_fits) {
         others.refusal += ", and what it says leaves more than the noise makes";
@@ -446,7 +446,7 @@ bool same_strengths(const zandor::RunData& run, const Eigen::Matrix3Xd& a,
   const double of_gradient = noise / (std::sqrt(2.0) * std::abs(run.dx));
   // Where all of it drowns in the noise nothing is the same.
   const Eigen::RowVectorXd allowed =
-      (2.0 * std::sqrt(3.0) * of_gradient * directions.colwise().norm())
+      (3.0 * std::sqrt(3.0) * of_gradient * directions.colwise().norm())
           .cwiseMin(along_a.size() > 0 ? 0.1 * along_a.maxCoeff() : 0.0);
   return ((along_a - along_b).cwiseAbs().array() <= allowed.array()).all();
 }
