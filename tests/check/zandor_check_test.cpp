@@ -116,6 +116,29 @@ TEST_F(ZandorCheck, prints_everything_as_json) {
   EXPECT_NE(document["figures"].dump().find("net force of each coordinate"), std::string::npos);
 }
 
+// Dipole and tden_maxval with the other sign, all else byte for byte.
+TEST_F(ZandorCheck, writes_sign_files_with_the_sign_turned) {
+  const std::string name = "coord-ch2o-s1-01px.sgn";
+  const std::string file = PROJECT_FOLDER "/examples/formaldehyde-s1/" + name;
+  EXPECT_NE(run({"--turn", "new"}).err.find("expected the results of every job"),
+            std::string::npos);
+  std::filesystem::copy(PROJECT_FOLDER "/examples/formaldehyde-s1/coord-ch2o-s1-03mx.sgn", ".");
+  std::filesystem::copy(file, name, std::filesystem::copy_options::overwrite_existing);
+  const std::string sound = support::read_file(name);
+  EXPECT_NE(run({"--turn", "new"}).out.find("no sign has to be turned"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists("new"));
+  support::edit_file(name, "  0.00264", " -0.00264");
+  support::edit_file(name, "tden_maxval    =     0", "tden_maxval    =    -0");
+  const std::string turned = support::read_file(name);
+  EXPECT_EQ(run({"--turn", "new"}).status, 0);
+  EXPECT_EQ(support::read_file("new/" + name), sound);
+  EXPECT_EQ(support::read_file(name), turned);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("new"), {}), 1);
+  const support::Outcome again = run({"--turn", "new"});
+  EXPECT_EQ(again.status, 2);
+  EXPECT_NE(again.err.find("a folder that is new or empty"), std::string::npos) << again.err;
+}
+
 TEST_F(ZandorCheck, says_why_it_cannot_check) {
   const auto fails = [](const std::vector<std::string>& arguments, const char* says) {
     const support::Outcome outcome = run(arguments);

@@ -75,7 +75,7 @@ std::string compare(const zandor::RunData& run, const Trial& best, const Trial& 
   }
   const double noise = dipole_error(run, best.dipoles, image_relations(run, best.characters));
   const double near =
-      std::max(3.0 * best.residual().absolute, 2.0 * noise * sum_rule_errors(run).norm());
+      std::max(3.0 * best.residual().absolute, 3.0 * noise * sum_rule_errors(run).norm());
   if (other.residual().absolute <= near) {
     choice.same_derivatives = false;
     if (!ambiguous && same_strengths(run, gradient, of_other, vibration_directions(run), noise)) {

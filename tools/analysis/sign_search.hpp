@@ -13,7 +13,7 @@ struct SignChoices {
   bool complete = true;                // false: there were too many to try, or too many fit
 };
 
-// About 2 s; more is refused.
+// More is refused.
 inline constexpr long long most_tries = 20'000'000;
 inline constexpr std::size_t most_choices = 1024;
 

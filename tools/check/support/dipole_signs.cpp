@@ -15,10 +15,11 @@ std::vector<analysis::DensityElement> density_elements(const JobData& jobs) {
 }
 
 analysis::PreparedDipoles prepared(const JobData& jobs, const Thresholds& limits, bool settle) {
-  return analysis::prepare_dipoles(jobs.run, {{},
-                                              settle,
-                                              [&jobs] { return density_elements(jobs); },
-                                              {limits.dipole_bounds, limits.dipole_relative, limits.dipole_noise}});
+  return analysis::prepare_dipoles(
+      jobs.run, {{},
+                 settle,
+                 [&jobs] { return density_elements(jobs); },
+                 {limits.dipole_bounds, limits.dipole_relative, limits.dipole_noise}});
 }
 
 }  // namespace
