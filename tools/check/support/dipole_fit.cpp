@@ -57,15 +57,15 @@ bool has_offset(const Eigen::Matrix3Xd& parts, double ratio, double rounding) {
   return offset.norm() > ratio * std::max(rounding, scatter);
 }
 
-// Every condition over what one error in the dipoles makes of it: linear in the dipoles.
-Eigen::VectorXd conditions(const JobData& jobs, const JobDipoles& at,
+// Every condition over what one error in the dipoles makes of it (`errors`, of the sum rules):
+// linear in the dipoles.
+using SumRuleErrors = Eigen::Matrix<double, analysis::sum_rule_count, 1>;
+Eigen::VectorXd conditions(const JobData& jobs, const JobDipoles& at, const SumRuleErrors& errors,
                            const Eigen::Matrix3Xd& dipoles) {
   Eigen::VectorXd all = Eigen::VectorXd::Zero(analysis::sum_rule_count + 3 * jobs.run.n3);
   if (at.all) {
-    all.head<analysis::sum_rule_count>() = analysis::sum_rule_terms(jobs.run, dipoles)
-                                               .rowwise()
-                                               .sum()
-                                               .cwiseQuotient(analysis::sum_rule_errors(jobs.run));
+    all.head<analysis::sum_rule_count>() =
+        analysis::sum_rule_terms(jobs.run, dipoles).rowwise().sum().cwiseQuotient(errors);
   }
   all.tail(3 * jobs.run.n3) = even_parts(jobs, at, dipoles).reshaped();
   return all;
@@ -77,13 +77,14 @@ struct Fitted {
   Eigen::Vector3d change;
 };
 
-Fitted fit_job(const JobData& jobs, const JobDipoles& at, int job, const Eigen::VectorXd& as_read) {
+Fitted fit_job(const JobData& jobs, const JobDipoles& at, const SumRuleErrors& errors, int job,
+               const Eigen::VectorXd& as_read) {
   Eigen::MatrixX3d effect(as_read.size(), 3);
   for (Eigen::Index k = 0; k < 3; ++k) {
     Eigen::Matrix3Xd unit = Eigen::Matrix3Xd::Zero(3, jobs.run.n6 + 1);
     unit(k, job) = 1.0;
     if (!at.characters.empty()) analysis::derive_dipoles(jobs.run, at.characters, unit);
-    effect.col(k) = conditions(jobs, at, unit);
+    effect.col(k) = conditions(jobs, at, errors, unit);
   }
   const Eigen::Vector3d change = -effect.colPivHouseholderQr().solve(as_read);
   return {job, (as_read + effect * change).norm(), change};
@@ -144,9 +145,11 @@ bool dipoles_fit(const JobData& jobs, const JobDipoles& at, double limit) {
 
 std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const JobDipoles& at,
                                              const DipoleMeans& means) {
-  const Eigen::VectorXd as_read = conditions(jobs, at, at.dipoles);
+  const SumRuleErrors errors = analysis::sum_rule_errors(jobs.run);
+  const Eigen::VectorXd as_read = conditions(jobs, at, errors, at.dipoles);
   std::vector<Fitted> fits;
-  for (const int job : candidates(jobs, means)) fits.push_back(fit_job(jobs, at, job, as_read));
+  for (const int job : candidates(jobs, means))
+    fits.push_back(fit_job(jobs, at, errors, job, as_read));
   std::sort(fits.begin(), fits.end(),
             [](const Fitted& a, const Fitted& b) { return a.left < b.left; });
   fits.resize(std::min<std::size_t>(fits.size(), 2));
