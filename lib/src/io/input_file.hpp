@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "io/block.hpp"
+
 namespace io {
 
 // Read status: success, or nothing left to read. A failing device is a fatal stop.
@@ -83,7 +85,7 @@ class InputFile {
   bool seekable_ = false;
   std::int64_t size_ = 0;  // of a regular file when it was opened; 0 where that is not known
   std::string name_;
-  std::vector<char> buffer_;   // kept from one file to the next
+  Block buffer_;               // kept from one file to the next
   std::vector<char> lowered_;  // a copy of the records being searched in any case
   std::size_t used_ = 0;       // bytes of the file in the buffer
   std::int64_t start_ = 0;     // file offset of the first byte in the buffer

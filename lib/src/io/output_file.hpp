@@ -5,8 +5,8 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "io/block.hpp"
 #include "io/fields.hpp"
 #include "io/replacement.hpp"
 
@@ -49,7 +49,7 @@ class OutputFile {
   int descriptor_ = -1;
   bool kept_ = false;
   std::string name_;
-  std::vector<char> buffer_;
+  Block buffer_;
   std::size_t used_ = 0;
 };
 
