@@ -37,9 +37,13 @@ double* dipole(zandor::RunData& run, int job) {
   return job == 0 ? run.dipole0.data() : run.tdip.column(job);
 }
 
+// Headers as raw output has them, turned with the dipoles; or left as they were when the dipoles
+// were turned by hand.
+enum class Headers { none, raw, stale };
+
 struct Spoiling {
-  double noise = 0.0;    // in every component, then printed with five decimals
-  bool headers = false;  // as raw output has them, turned with the dipoles
+  double noise = 0.0;  // in every component, then printed with five decimals
+  Headers headers = Headers::none;
 };
 
 // Turns jobs drawn by lot, with the result of settling the signs; the run is as before.
@@ -64,11 +68,11 @@ analysis::PreparedDipoles settle(Directory& directory, std::size_t turned, unsig
   for (const int i : jobs) {
     std::for_each_n(dipole(run, i), 3, [](double& d) { d = -d; });
     auto& value = density[static_cast<std::size_t>(i)].value;
-    if (value) value = -*value;
+    if (value && spoiling.headers == Headers::raw) value = -*value;
   }
   analysis::DipoleChoices choices;
   choices.settle_signs = true;
-  if (spoiling.headers) choices.density = [&] { return density; };
+  if (spoiling.headers != Headers::none) choices.density = [&] { return density; };
   analysis::PreparedDipoles settled = analysis::prepare_dipoles(run, choices);
   run.dipole0 = reference;
   std::copy(dipoles.begin(), dipoles.end(), run.tdip.data());
@@ -103,8 +107,12 @@ TEST(signs, are_settled_or_refused) {
                {"water, C2v", read("tests/ht/cases/water-s1-c2v"), true}};
   for (auto& [name, directory, can_tell] : cases) {
     for (const std::size_t turned : {0, 1, 2, 3, 9, 99}) {
-      for (const Spoiling& spoiling :
-           {Spoiling{0.0, false}, {0.0, true}, {1e-4, false}, {1e-4, true}}) {
+      for (const Spoiling& spoiling : {Spoiling{0.0, Headers::none},
+                                       {0.0, Headers::raw},
+                                       {0.0, Headers::stale},
+                                       {1e-4, Headers::none},
+                                       {1e-4, Headers::raw},
+                                       {1e-4, Headers::stale}}) {
         for (unsigned seed = 1; seed <= 3; ++seed) {
           const auto settled = settle(directory, turned, seed, spoiling);
           const bool sure = settled.refusal.empty();
