@@ -134,8 +134,7 @@ TEST(FalseAlarms, what_most_jobs_have_in_common_is_said_once) {
     for (const check::Finding& finding : look(jobs).findings) {
       if (finding.severity == check::Severity::note) continue;
       for (const int i : finding.rerun) rerun.insert(check::base_name(jobs.job(i)));
-      const std::set<std::string> others = {"files", "header",     "stationary",
-                                            "frame", "dipole-sum"};
+      const std::set<std::string> others = {"files", "header", "stationary", "frame", "dipole-sum"};
       if (others.contains(finding.check)) continue;
       ++findings;
       said += check::line_of(finding) + "\n";
