@@ -4,8 +4,10 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 #include "analysis/dipoles.hpp"
+#include "analysis/median.hpp"
 #include "analysis/sign_search.hpp"
 
 namespace analysis {
@@ -61,9 +63,7 @@ double scatter_of(const std::vector<Demand>& demands, double rounding) {
     if (demand.smallest() > 2.0 * rounding) lengths.push_back(demand.smallest());
   }
   if (lengths.size() < 2) return 0.0;
-  const auto middle = lengths.begin() + static_cast<long>(lengths.size() / 2);
-  std::nth_element(lengths.begin(), middle, lengths.end());
-  return *middle;
+  return median(std::move(lengths));
 }
 
 // Jobs whose signs are known against each other. The reference is among them.

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "analysis/median.hpp"
 #include "analysis/prepared_dipoles.hpp"
 #include "check/checks.hpp"
 #include "check/support/geometry_difference.hpp"
@@ -45,9 +46,7 @@ double common_factor(const JobData& jobs, const std::vector<Displacement>& all, 
     if (d.coordinate == (d.job + 1) / 2) factors.push_back(d.moved / expected_move(jobs, d.job));
   }
   if (factors.size() < 2 || 10 * factors.size() < 8 * all.size()) return 1.0;
-  std::nth_element(factors.begin(), factors.begin() + static_cast<long>(factors.size() / 2),
-                   factors.end());
-  const double middle = factors[factors.size() / 2];
+  const double middle = analysis::median(factors);
   const auto near = std::count_if(factors.begin(), factors.end(), [&](double factor) {
     return std::fabs(factor - middle) * std::fabs(step(jobs)) <= tolerance;
   });

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "analysis/dipoles.hpp"
+#include "analysis/median.hpp"
 #include "check/checks.hpp"
 #include "flib/units_of_measure.hpp"
 
@@ -63,10 +64,7 @@ Sums usual_sums(const std::map<int, Sums>& all) {
     for (const auto& [job, sums] : all) {
       if (std::isfinite(sums(k))) values.push_back(sums(k));
     }
-    if (values.empty()) continue;
-    const auto middle = values.begin() + static_cast<long>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    usual(k) = *middle;
+    usual(k) = analysis::median(std::move(values));
   }
   return usual;
 }
