@@ -18,6 +18,12 @@ install(PROGRAMS examples/batch/failures examples/batch/gather-one examples/batc
 install(PROGRAMS examples/formaldehyde-from-scratch/run
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/formaldehyde-from-scratch)
 
+# Debian's Python looks there below /usr; others are told so by PYTHONPATH.
+if(TARGET zandor_export)
+  set(ZANDOR_PYTHON_DIR lib/python3/dist-packages CACHE STRING "Where zandor.py is installed")
+  install(FILES python/zandor.py DESTINATION ${ZANDOR_PYTHON_DIR})
+endif()
+
 # Bash looks for a file with the name of the program.
 foreach(program IN LISTS ZANDOR_PROGRAMS)
   install(FILES completions/zandor.bash
