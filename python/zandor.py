@@ -140,12 +140,12 @@ class Check(Record):
     rerun: List[str]  # names of jobs
 
     def __init__(self, document: Dict[str, Any]) -> None:
-        figures, figure_units = {}, {}
+        figures: Dict[str, Dict[str, Any]] = {}
+        figure_units: Dict[str, Dict[str, str]] = {}
         for figure in document["figures"]:
-            name, unit = re.fullmatch(r"(.*?)(?: \(([^()]*)\))?", figure["name"]).groups()
-            value = figure["value"]
-            figures.setdefault(figure["check"], {})[name] = np.nan if value is None else value
-            figure_units.setdefault(figure["check"], {})[name] = unit or "1"
+            name, *unit = re.split(r" \(([^()]*)\)$", figure["name"])
+            figures.setdefault(figure["check"], {})[name] = np.nan if figure["value"] is None else figure["value"]
+            figure_units.setdefault(figure["check"], {})[name] = unit[0] if unit else "1"
         limits = document["thresholds"]
         units = {"figures": figure_units, "thresholds": {limit["name"]: limit["unit"] for limit in limits}}
         super().__init__(document, figures=figures, units=units,
