@@ -114,7 +114,7 @@ class Vibrations(Record):
     def atoms(self, mode: Optional[int] = None) -> "Atoms":
         """The molecule for ASE, with its masses, in Angstrom and u. With a position in the arrays of `projected` it has
         that mode's displacements in `arrays["mode"]` and its frequency in `info["frequency_cm-1"]`."""
-        atoms = _import("ase").Atoms(self.symbols, self.geometry * ANGSTROM_PER_BOHR, masses=self.masses)
+        atoms = _import("ase").Atoms(self.atomic_numbers, self.geometry * ANGSTROM_PER_BOHR, masses=self.masses)
         if mode is not None:
             atoms.arrays["mode"] = self.projected.displacements[mode].copy()
             atoms.info["frequency_cm-1"] = float(self.projected.frequencies[mode])
