@@ -94,7 +94,7 @@ class Vibrations(Record):
     units: Dict[str, str]
     symbols: List[str]
     masses: np.ndarray  # (n,)
-    geometry: np.ndarray  # (n, 3)
+    geometry: np.ndarray  # (n, 3); so is gradient, where the job has one
     hessian: np.ndarray  # (3 n, 3 n)
     transition_dipole: np.ndarray  # (3,)
     transition_dipole_gradient: np.ndarray  # (n, 3, 3): atom, axis of the displacement, component; may be missing
@@ -105,7 +105,8 @@ class Vibrations(Record):
         if document.get("schema_version") != 1:
             raise ValueError(f"expected schema_version 1, found {document.get('schema_version')}")
         super().__init__(document)
-        self["geometry"] = self.geometry.reshape(-1, 3)
+        for name in {"geometry", "gradient"} & self.keys():
+            self[name] = self[name].reshape(-1, 3)
 
     def unit(self, name: str) -> str:
         """The unit of a key alone, for an axis of a plot; `units[name]` may tell more. "none": a pure number."""
@@ -166,9 +167,8 @@ class HerzbergTeller(Record):
     totals: Record
 
     def __init__(self, document: Dict[str, Any]) -> None:
-        modes = document["modes"]
-        columns = {name: [mode.get(name) for mode in modes] for name in (modes[0] if modes else ())}
-        super().__init__(document, modes=columns)
+        names = dict.fromkeys(name for mode in document["modes"] for name in mode)
+        super().__init__(document, modes={name: [mode.get(name) for mode in document["modes"]] for name in names})
 
 
 def load(job: PathLike, *options: object, programs: Optional[PathLike] = None) -> Vibrations:
