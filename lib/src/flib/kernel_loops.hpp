@@ -31,39 +31,26 @@ KERNEL_INLINE void store(double* to, const Register& value) {
 // Columns that are taken through a pass together.
 constexpr Index block = lanes == 2 ? 4 : 8;
 
-// Turns lanes x lanes numbers: element k of column c becomes element c of row k.
+// Exchanges element k + step of a and element k of b, for every k that lacks the bit `step`.
+template <int step, int... k>
+KERNEL_INLINE void exchange(Register& a, Register& b) {
+  if constexpr (sizeof...(k) < lanes) {
+    exchange<step, k..., sizeof...(k)>(a, b);
+  } else {
+    const Register before = a;
+    a = __builtin_shufflevector(before, b, (k & step ? lanes + k - step : k)...);
+    b = __builtin_shufflevector(before, b, (k & step ? lanes + k : k + step)...);
+  }
+}
+
+// Turns lanes x lanes numbers: element k of column c becomes element c of row k. First neighbours
+// change places, then pairs, then groups of four.
+template <int step = 1>
 KERNEL_INLINE void transpose(Register (&a)[lanes]) {
-#if KERNEL_LANES == 2
-  const Register t = __builtin_shufflevector(a[0], a[1], 0, 2);
-  a[1] = __builtin_shufflevector(a[0], a[1], 1, 3);
-  a[0] = t;
-#elif KERNEL_LANES == 4
-  Register t[4];
-  for (int c = 0; c < 4; c += 2) {
-    t[c] = __builtin_shufflevector(a[c], a[c + 1], 0, 4, 2, 6);
-    t[c + 1] = __builtin_shufflevector(a[c], a[c + 1], 1, 5, 3, 7);
+  for (int c = 0; c < lanes; ++c) {
+    if ((c & step) == 0) exchange<step>(a[c], a[c + step]);
   }
-  for (int c = 0; c < 2; ++c) {
-    a[c] = __builtin_shufflevector(t[c], t[c + 2], 0, 1, 4, 5);
-    a[c + 2] = __builtin_shufflevector(t[c], t[c + 2], 2, 3, 6, 7);
-  }
-#else
-  Register s[8], t[8];
-  for (int c = 0; c < 8; c += 2) {
-    t[c] = __builtin_shufflevector(a[c], a[c + 1], 0, 8, 2, 10, 4, 12, 6, 14);
-    t[c + 1] = __builtin_shufflevector(a[c], a[c + 1], 1, 9, 3, 11, 5, 13, 7, 15);
-  }
-  for (int c = 0; c < 8; c += 4) {
-    for (int p = 0; p < 2; ++p) {
-      s[c + p] = __builtin_shufflevector(t[c + p], t[c + p + 2], 0, 1, 8, 9, 4, 5, 12, 13);
-      s[c + p + 2] = __builtin_shufflevector(t[c + p], t[c + p + 2], 2, 3, 10, 11, 6, 7, 14, 15);
-    }
-  }
-  for (int c = 0; c < 4; ++c) {
-    a[c] = __builtin_shufflevector(s[c], s[c + 4], 0, 1, 2, 3, 8, 9, 10, 11);
-    a[c + 4] = __builtin_shufflevector(s[c], s[c + 4], 4, 5, 6, 7, 12, 13, 14, 15);
-  }
-#endif
+  if constexpr (2 * step < lanes) transpose<2 * step>(a);
 }
 
 // The rows [from, to] of column j, element by element; `sum` goes on as the product's element j.
@@ -151,44 +138,34 @@ void reduction_pass(double* z, Index nm, Index n, const double* u, const double*
 constexpr Index panel_columns = reflection_columns;
 constexpr Index panel_registers = panel_columns / lanes;
 
-// Turns lanes rows of lanes columns of z, which lie nm apart, into lanes rows of the panel.
-KERNEL_INLINE void pack_square(const double* z, Index nm, double* panel) {
+// Transposes a square of lanes x lanes numbers from one matrix to another.
+KERNEL_INLINE void transpose_square(const double* from, Index from_stride, double* to,
+                                    Index to_stride) {
   Register a[lanes];
-  for (int c = 0; c < lanes; ++c) a[c] = load(z + c * nm);
+  for (int c = 0; c < lanes; ++c) a[c] = load(from + c * from_stride);
   transpose(a);
-  for (int k = 0; k < lanes; ++k) store(panel + k * panel_columns, a[k]);
+  for (int k = 0; k < lanes; ++k) store(to + k * to_stride, a[k]);
 }
 
-KERNEL_INLINE void unpack_square(double* z, Index nm, const double* panel) {
-  Register a[lanes];
-  for (int k = 0; k < lanes; ++k) a[k] = load(panel + k * panel_columns);
-  transpose(a);
-  for (int c = 0; c < lanes; ++c) store(z + c * nm, a[c]);
-}
-
-void pack_columns(const double* z, Index nm, Index count, Index rows, double* panel) {
+// Copies `count` columns of z to the columns of a panel, whose rows lie together, or back. What a
+// panel holds in further columns is computed and dropped.
+template <bool to_panel>
+void copy_columns(double* z, Index nm, Index count, Index rows, double* panel) {
   const Index squares = count == panel_columns ? rows - rows % lanes : 0;
   for (Index c = 0; c < panel_columns; c += lanes) {
     for (Index k = 0; k < squares; k += lanes) {
-      pack_square(z + c * nm + k, nm, panel + k * panel_columns + c);
+      double* const in_z = z + c * nm + k;
+      double* const in_panel = panel + k * panel_columns + c;
+      if (to_panel) transpose_square(in_z, nm, in_panel, panel_columns);
+      if (!to_panel) transpose_square(in_panel, panel_columns, in_z, nm);
     }
   }
   for (Index k = squares; k < rows; ++k) {
-    for (Index c = 0; c < panel_columns; ++c) {
-      panel[k * panel_columns + c] = c < count ? z[c * nm + k] : 0.0;
+    for (Index c = 0; c < count; ++c) {
+      double* const from = to_panel ? z + c * nm + k : panel + k * panel_columns + c;
+      double* const to = to_panel ? panel + k * panel_columns + c : z + c * nm + k;
+      *to = *from;
     }
-  }
-}
-
-void unpack_columns(double* z, Index nm, Index count, Index rows, const double* panel) {
-  const Index squares = count == panel_columns ? rows - rows % lanes : 0;
-  for (Index c = 0; c < panel_columns; c += lanes) {
-    for (Index k = 0; k < squares; k += lanes) {
-      unpack_square(z + c * nm + k, nm, panel + k * panel_columns + c);
-    }
-  }
-  for (Index k = squares; k < rows; ++k) {
-    for (Index c = 0; c < count; ++c) z[c * nm + k] = panel[k * panel_columns + c];
   }
 }
 
@@ -238,9 +215,9 @@ void reflect_columns(double* z, Index nm, Index count, Index rows, const double*
                      const double* const* w, int steps, double* panel) {
   for (Index j = 0; j < count; j += panel_columns) {
     const Index columns = count - j < panel_columns ? count - j : panel_columns;
-    pack_columns(z + j * nm, nm, columns, rows + steps - 1, panel);
+    copy_columns<true>(z + j * nm, nm, columns, rows + steps - 1, panel);
     reflect_panel(panel, rows, u, w, steps);
-    unpack_columns(z + j * nm, nm, columns, rows + steps - 1, panel);
+    copy_columns<false>(z + j * nm, nm, columns, rows + steps - 1, panel);
   }
 }
 
@@ -331,37 +308,20 @@ KERNEL_INLINE void rotate_wave(double* panel, const Sweeps& sweeps, int b0) {
   }
 }
 
-// Rows row..row+rows-1 of the columns first..last, into panels of panel_rows rows.
-void pack_rows(const double* z, Index nm, Index n, Index first, Index last, Index row, Index rows,
-               double* panels) {
+// Copies the first `rows` rows of the columns first..last of z to panels of panel_rows rows, or
+// back.
+template <bool to_panel>
+void copy_rows(double* z, Index nm, Index n, Index first, Index last, Index rows, double* panels) {
   for (Index i = first; i <= last; ++i) {
-    const double* const column = z + i * nm + row;
-    double* const to = panels + i * panel_rows;
-    if (rows == rotation_rows) {
-      for (Index k = 0; k < rotation_rows; k += panel_rows) {
-        for (int r = 0; r < panel_rows; r += lanes) store(to + k * n + r, load(column + k + r));
-      }
-    } else {
-      for (Index k = 0; k < rotation_rows; ++k) {
-        to[k / panel_rows * panel_rows * n + k % panel_rows] = k < rows ? column[k] : 0.0;
-      }
-    }
-  }
-}
-
-// The way back.
-void unpack_rows(double* z, Index nm, Index n, Index first, Index last, Index row, Index rows,
-                 const double* panels) {
-  for (Index i = first; i <= last; ++i) {
-    double* const column = z + i * nm + row;
-    const double* const from = panels + i * panel_rows;
-    if (rows == rotation_rows) {
-      for (Index k = 0; k < rotation_rows; k += panel_rows) {
-        for (int r = 0; r < panel_rows; r += lanes) store(column + k + r, load(from + k * n + r));
-      }
-    } else {
-      for (Index k = 0; k < rows; ++k) {
-        column[k] = from[k / panel_rows * panel_rows * n + k % panel_rows];
+    double* const column = z + i * nm;
+    double* const panel = panels + i * panel_rows;
+    for (Index k = 0; k < rows; k += panel_rows) {
+      double* const from = to_panel ? column + k : panel + k * n;
+      double* const to = to_panel ? panel + k * n : column + k;
+      if (rows == rotation_rows) {
+        for (int r = 0; r < panel_rows; r += lanes) store(to + r, load(from + r));
+      } else {
+        for (Index r = 0; r < panel_rows && k + r < rows; ++r) to[r] = from[r];
       }
     }
   }
@@ -384,9 +344,9 @@ void rotate_columns(double* z, Index nm, Index n, const Sweeps& sweeps, double* 
   }
   for (Index row = 0; row < n; row += rotation_rows) {
     const Index rows = n - row < rotation_rows ? n - row : rotation_rows;
-    pack_rows(z, nm, n, first, last, row, rows, panels);
+    copy_rows<true>(z + row, nm, n, first, last, rows, panels);
     for (Index k = 0; k < rows; k += panel_rows) rotate_panel(panels + k * n, sweeps);
-    unpack_rows(z, nm, n, first, last, row, rows, panels);
+    copy_rows<false>(z + row, nm, n, first, last, rows, panels);
   }
 }
 
