@@ -2,7 +2,6 @@
 
 #include "flib/get_free_fid.hpp"
 #include "flib/qm_file_type.hpp"
-#include "io/free_form.hpp"
 #include "io/units.hpp"
 
 namespace flib {
@@ -17,19 +16,20 @@ ProbedFile open_probed_file(std::string_view fname, int& info) {
   return file;
 }
 
-int integer_behind_items(int fid, std::string_view line, int skipped, std::string_view what) {
-  io::FreeForm items(fid, line);
-  items.skip_words(skipped, {what});
-  int value = 0;
-  items.integer(value, {what});
-  return value;
+void read_counts(io::FreeForm items, std::initializer_list<CountItem> counts) {
+  for (const CountItem& count : counts) {
+    items.skip_words(count.skipped, {count.what});
+    items.integer(count.value, {count.what});
+  }
 }
 
 int integer_behind_mark(int fid, std::string_view line, std::string_view mark,
                         std::string_view what) {
   const std::size_t at = line.find(mark);
   const std::size_t behind = at == std::string_view::npos ? line.size() : at + mark.size();
-  return integer_behind_items(fid, line.substr(behind), 0, what);
+  int value = 0;
+  read_counts({fid, line.substr(behind)}, {{0, what, value}});
+  return value;
 }
 
 }  // namespace flib

@@ -1,8 +1,10 @@
 // What the probes of quantum-chemistry files, qm_file_natom and its kin, share.
 #pragma once
 
+#include <initializer_list>
 #include <string_view>
 
+#include "io/free_form.hpp"
 #include "io/text.hpp"
 
 namespace flib {
@@ -18,8 +20,15 @@ struct ProbedFile {
 //   info  class code of the file's kind (out)
 ProbedFile open_probed_file(std::string_view fname, int& info);
 
-// Reads an integer from a line that was read from unit `fid`, behind `skipped` items.
-int integer_behind_items(int fid, std::string_view line, int skipped, std::string_view what);
+// An integer that stands behind `skipped` items.
+struct CountItem {
+  int skipped;
+  std::string_view what;  // for messages
+  int& value;
+};
+
+// Reads these integers one behind the other.
+void read_counts(io::FreeForm items, std::initializer_list<CountItem> counts);
 
 // Reads the integer behind the first `mark` of a line that was read from unit `fid`.
 int integer_behind_mark(int fid, std::string_view line, std::string_view mark,

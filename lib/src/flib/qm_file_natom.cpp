@@ -1,13 +1,11 @@
 #include "flib/qm_file_natom.hpp"
 
 #include <algorithm>
-#include <string>
 
 #include "flib/is_number.hpp"
 #include "flib/qm_file.hpp"
 #include "flib/search_word.hpp"
 #include "io/fatal.hpp"
-#include "io/free_form.hpp"
 #include "io/units.hpp"
 
 namespace flib {
@@ -22,9 +20,15 @@ constexpr int not_found = -1;
 // Takes the count from the line that was found, or from the lines behind it.
 using CountAtoms = int (*)(int fid, const io::Line& found);
 
+int behind_items(io::FreeForm items, int skipped) {
+  int natom = 0;
+  read_counts(items, {{skipped, number_of_atoms, natom}});
+  return natom;
+}
+
 template <int skipped>
 int in_items(int fid, const io::Line& found) {
-  return integer_behind_items(fid, found.padded(), skipped, number_of_atoms);
+  return behind_items({fid, found.padded()}, skipped);
 }
 
 int behind_equals(int fid, const io::Line& found) {
@@ -32,14 +36,10 @@ int behind_equals(int fid, const io::Line& found) {
 }
 
 int behind_column_66(int fid, const io::Line& found) {
-  return integer_behind_items(fid, found.padded().substr(66), 0, number_of_atoms);
+  return behind_items({fid, found.padded().substr(66)}, 0);
 }
 
-int on_next_line(int fid, const io::Line& /*found*/) {
-  int natom = 0;
-  io::FreeForm(fid).integer(natom, {number_of_atoms});
-  return natom;
-}
+int on_next_line(int fid, const io::Line& /*found*/) { return behind_items(io::FreeForm(fid), 0); }
 
 // Counts lines up to one for which `ends` holds. A file that ends before it has broken off.
 template <class Ends>
@@ -47,9 +47,8 @@ int count_lines(int fid, Ends ends) {
   io::Line line;
   for (int count = 0;; ++count) {
     if (io::read_line(fid, line) != io::read_ok) {
-      io::fatal_stop(io::next_place(fid), "expected the end of the atom block after " +
-                                              std::to_string(count) +
-                                              " atoms, found the end of the file");
+      io::fatal_stop(io::next_place(fid), "expected the end of the atom block after ", count,
+                     " atoms, found the end of the file");
     }
     if (ends(line)) return count;
   }
@@ -63,16 +62,12 @@ bool begins_with(const io::Line& line, std::string_view text) {
   return io::without_leading_blanks(line.padded()).starts_with(text);
 }
 
-template <int header_lines>
+template <int header_lines, bool or_ruler = false>
 int lines_up_to_blank(int fid, const io::Line& /*found*/) {
   io::pass_over_lines(fid, header_lines, "the header of the atom block");
-  return count_lines(fid, [](const io::Line& line) { return is_blank(line.padded()); });
-}
-
-int lines_up_to_ruler(int fid, const io::Line& /*found*/) {
-  io::pass_over_lines(fid, 2, "the header of the atom block");
-  return count_lines(
-      fid, [](const io::Line& line) { return is_blank(line.padded()) || begins_with(line, "--"); });
+  return count_lines(fid, [](const io::Line& line) {
+    return is_blank(line.padded()) || (or_ruler && begins_with(line, "--"));
+  });
 }
 
 // The lines that begin with an integer, from the first one on.
@@ -81,8 +76,7 @@ int numbered_lines(int fid, const io::Line& /*found*/) {
   if (!search_word_first_number(fid, line)) return not_found;
   io::step_back(fid);
   return count_lines(fid, [fid](const io::Line& text) {
-    io::Line item;
-    io::FreeForm(fid, text.padded()).text_or_blank(item);
+    io::Line item = io::item_of(fid, text.padded());
     return !is_number(item);
   });
 }
@@ -145,7 +139,7 @@ constexpr AtomCount atom_counts[] = {
     {"ORCA HESS", "$atoms", {1, 6}, on_next_line},
     {"ORCA OUT", "CARTESIAN COORDINATES (ANGSTROEM)", {1, 33}, lines_up_to_blank<1>},
     {"PWOUT", "number of atoms", {6, 20}, behind_equals},
-    {"QCHEM", "Standard Nuclear Orientation (Angstroms)", anywhere, lines_up_to_ruler},
+    {"QCHEM", "Standard Nuclear Orientation (Angstroms)", anywhere, lines_up_to_blank<2, true>},
     {"TERACHEM", "Total atoms:", {1, 12}, in_items<2>},
     {"TURBOMOLE", "Atomic coordinate, charge", {17, 41}, lines_below_second_title},
     {"TURBOMOLE CTRL", "natoms=", {4, 10}, behind_equals},

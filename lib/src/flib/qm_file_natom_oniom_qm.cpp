@@ -32,13 +32,6 @@ std::vector<std::string_view> fields_of(std::string_view line) {
   return fields;
 }
 
-void read_next_line(int fid, io::Line& line, std::string_view expected) {
-  if (io::read_line(fid, line) != io::read_ok) {
-    io::fatal_stop(io::next_place(fid),
-                   "expected " + std::string(expected) + ", found the end of the file");
-  }
-}
-
 // Under a single charge line the first atom line tells for all whether the layer is the fifth field
 // or, behind a freeze code, the sixth. Reads free-form, as the file's other readers do.
 bool is_high_below_one_charge_line(int fid, int skipped, int atom) {
@@ -54,12 +47,12 @@ bool is_high_below_one_charge_line(int fid, int skipped, int atom) {
 bool is_high_below_layer_lines(int fid, int atom) {
   const std::string what = "the layer of atom " + std::to_string(atom);
   io::Line line;
-  read_next_line(fid, line, what);
+  io::read_expected_line(fid, line, what);
   const std::vector<std::string_view> fields = fields_of(line.content());
   double coordinate = 0.0;
   const std::size_t layer = fields.size() > 4 && io::parse_real(fields[4], coordinate) ? 5 : 4;
   if (fields.size() <= layer) {
-    io::fatal_stop(io::place(fid), "expected " + what + ", found the end of the line");
+    io::fatal_stop(io::place(fid), "expected ", what, ", found the end of the line");
   }
   return fields[layer] == "H";
 }
@@ -69,15 +62,14 @@ int count_high_layer(int fid, int atoms) {
   io::Line line;
   bool several_charge_lines = false;
   for (;;) {
-    read_next_line(fid, line, "the first atom line");
-    io::Line first;
-    io::FreeForm(fid, line.padded()).text_or_blank(first);
-    if (first.content() != "Charge") break;
+    io::read_expected_line(fid, line, "the first atom line");
+    if (io::item_of(fid, line.padded()).content() != "Charge") break;
     several_charge_lines = true;
   }
   const std::size_t columns = fields_of(line.content()).size();
-  if (columns == 0)
+  if (columns == 0) {
     io::fatal_stop(io::place(fid), "expected the first atom line, found a blank one");
+  }
   const int skipped = columns == 5 ? 4 : 5;
   io::step_back(fid);
   int count = 0;
@@ -99,7 +91,7 @@ void qm_file_natom_oniom_qm(std::string_view fname, int& nqm, int& nqmmm, int& i
     io::Line line;
     int atoms = 0;
     if (search_word(file.fid, 2, 8, "NAtoms=", line)) {
-      atoms = integer_behind_items(file.fid, line.padded(), 1, "the number of atoms");
+      read_counts({file.fid, line.padded()}, {{1, "the number of atoms", atoms}});
       nqmmm = atoms;
     }
     io::rewind(file.fid);

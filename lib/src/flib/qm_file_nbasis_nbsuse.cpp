@@ -2,7 +2,6 @@
 
 #include "flib/qm_file.hpp"
 #include "flib/search_word.hpp"
-#include "io/free_form.hpp"
 #include "io/units.hpp"
 
 namespace flib {
@@ -23,7 +22,7 @@ bool read_last_field(int fid, std::string_view text, int& value) {
   std::string_view content = line.content();
   content = content.substr(0, content.find_last_not_of(" \t,/") + 1);
   const std::size_t before = content.find_last_of(" \t,");
-  value = integer_behind_items(fid, content.substr(before + 1), 0, text);
+  read_counts({fid, content.substr(before + 1)}, {{0, text, value}});
   return true;
 }
 
@@ -40,18 +39,11 @@ bool read_log(int fid, const Counts& counts) {
   io::go_to_end(fid);
   io::Line line;
   if (!search_word_back(fid, 16, 21, "RedAO=", line)) return false;
-  counts.nbasis = integer_behind_items(fid, line.padded(), 1, "NBasis");
-  io::FreeForm answer(io::standard_input);
-  answer.skip_words(1, {"NBsUse"});
-  answer.integer(counts.nbsuse, {"NBsUse"});
+  read_counts({fid, line.padded()}, {{1, "NBasis", counts.nbasis}});
+  read_counts(io::FreeForm(io::standard_input), {{1, "NBsUse", counts.nbsuse}});
   if (!search_word_back(fid, 16, 19, "NAE=", line)) return false;
-  io::FreeForm items(fid, line.padded());
-  items.skip_words(1, {"NBasis"});
-  items.integer(counts.nbasis, {"NBasis"});
-  items.skip_words(1, {"NAE"});
-  items.integer(counts.na, {"NAE"});
-  items.skip_words(1, {"NBE"});
-  items.integer(counts.nb, {"NBE"});
+  read_counts({fid, line.padded()},
+              {{1, "NBasis", counts.nbasis}, {1, "NAE", counts.na}, {1, "NBE", counts.nb}});
   return true;
 }
 
@@ -114,23 +106,15 @@ bool read_turbomole(int fid, const Counts& counts) {
   return false;
 }
 
-bool read_nothing(int /*fid*/, const Counts& /*counts*/) { return false; }
-
 struct BasisCount {
   std::string_view label;
   ReadCounts read_counts;
 };
 
-// The files of the kinds that read nothing hold no count of basis functions.
 constexpr BasisCount basis_counts[] = {
     {"GAUSSIAN FCHK", read_checkpoint},
     {"GAUSSIAN LOG", read_log},
-    {"CHEMSHELL", read_nothing},
-    {"CIF", read_nothing},
-    {"MOLPRO", read_nothing},
-    {"ZANDORCE", read_nothing},
     {"NWCHEM", read_nwchem},
-    {"PWOUT", read_nothing},
     {"TURBOMOLE", read_turbomole},
 };
 

@@ -1,6 +1,7 @@
 #include "flib/qm_file_type.hpp"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,15 +20,9 @@ namespace {
 
 constexpr int head_lines = 1000;
 
-// A file being classified: its unit, which stands behind the line that matched, and that line.
-struct Match {
-  int fid;
-  const io::Line& line;
-  std::span<char> version;
-};
-
-// Finds the version text of a match; false when the file is not of the kind after all.
-using ReadVersion = bool (*)(const Match& match);
+// Finds the version text of a file whose unit stands behind the line that matched; nothing when the
+// file is not of the kind after all.
+using ReadVersion = std::optional<std::string> (*)(int fid, const io::Line& line);
 
 // A keyword that tells a kind of file. Columns 0 mean anywhere in the line.
 struct Probe {
@@ -40,18 +35,6 @@ struct Probe {
   bool keeps_label = false;  // leaves the label behind even when there is no version
 };
 
-void set_version(const Match& match, std::string_view text) {
-  io::assign(match.version, io::without_leading_blanks(text));
-}
-
-// The item with the given number of a text read free-form; blank when it is not there.
-io::Line item_of(int fid, std::string_view text, int number) {
-  io::FreeForm items(fid, text);
-  io::Line item;
-  for (int i = 0; i < number; ++i) items.text_or_blank(item);
-  return item;
-}
-
 // The text behind the first `mark`; empty when there is none.
 std::string_view text_behind(std::string_view text, std::string_view mark) {
   const std::size_t at = text.find(mark);
@@ -62,83 +45,64 @@ std::string_view without_first(std::string_view text, std::size_t count) {
   return text.substr(std::min(count, text.size()));
 }
 
-io::Line next_line(const Match& match) {
+std::string next_line(int fid) {
   io::Line line;
-  if (io::read_line(match.fid, line) != io::read_ok) {
-    io::fatal_stop(io::next_place(match.fid),
-                   "expected the line with the version, found the end of the file");
-  }
-  return line;
-}
-
-bool no_version(const Match& match) {
-  set_version(match, "0");
-  return true;
+  io::read_expected_line(fid, line, "the line with the version");
+  return std::string(line.padded());
 }
 
 template <int number, std::size_t dropped>
-bool version_in_item(const Match& match) {
-  const io::Line item = item_of(match.fid, match.line.padded(), number);
-  set_version(match, without_first(item.content(), dropped));
-  return true;
+std::optional<std::string> version_in_item(int fid, const io::Line& line) {
+  const io::Line item = io::item_of(fid, line.padded(), number);
+  return std::string(without_first(item.content(), dropped));
 }
 
-bool gaussian_log_version(const Match& match) {
+std::optional<std::string> no_version(int /*fid*/, const io::Line& /*line*/) { return "0"; }
+
+std::optional<std::string> gaussian_log_version(int fid, const io::Line& /*line*/) {
   io::Line line;
-  if (!search_word_free(match.fid, std::string(17, '*'), line)) return false;
-  line = next_line(match);
-  const io::Line item = item_of(match.fid, line.padded(), 3);
-  const std::string_view text = item.content();
-  const std::size_t hyphen = text.find('-');
-  set_version(match, hyphen == std::string_view::npos ? text : text.substr(hyphen + 1));
-  return true;
+  if (!search_word_free(fid, std::string(17, '*'), line)) return std::nullopt;
+  const io::Line item = io::item_of(fid, next_line(fid), 3);
+  return std::string(item.content().substr(item.content().find('-') + 1));
 }
 
-bool gaussian_matrix_version(const Match& match) {
-  set_version(match, item_of(match.fid, text_behind(match.line.padded(), "IVers="), 1).padded());
-  return true;
+std::optional<std::string> gaussian_matrix_version(int fid, const io::Line& line) {
+  return std::string(io::item_of(fid, text_behind(line.padded(), "IVers=")).content());
 }
 
-bool checkpoint_version(const Match& match) {
-  if (item_of(match.fid, match.line.padded(), 5).content() != "I") return false;
-  set_version(match, "UNKNOWN");
-  return true;
+std::optional<std::string> checkpoint_version(int fid, const io::Line& line) {
+  if (io::item_of(fid, line.padded(), 5).content() != "I") return std::nullopt;
+  return "UNKNOWN";
 }
 
-bool turbomole_version(const Match& match) {
-  const io::Line item = item_of(match.fid, text_behind(match.line.padded(), "TURBOMOLE"), 1);
+std::optional<std::string> turbomole_version(int fid, const io::Line& line) {
+  const io::Line item = io::item_of(fid, text_behind(line.padded(), "TURBOMOLE"));
   std::string text(without_first(item.content(), 1));
   std::replace_if(
       text.begin(), text.end(), [](char c) { return !io::is_digit(c) && c != '.'; }, ' ');
-  set_version(match, text);
-  return true;
+  return text;
 }
 
-bool version_below_heading(const Match& match) {
+std::optional<std::string> version_below_heading(int fid, const io::Line& /*line*/) {
   io::Line line;
-  search_word(match.fid, 2, 8, "VERSION", line);
-  set_version(match, next_line(match).padded());
-  return true;
+  search_word(fid, 2, 8, "VERSION", line);
+  return next_line(fid);
 }
 
-bool gamess_version(const Match& match) {
-  const std::string_view behind = text_behind(match.line.content(), "=");
+std::optional<std::string> gamess_version(int /*fid*/, const io::Line& line) {
+  const std::string_view behind = text_behind(line.content(), "=");
   const std::size_t asterisk = behind.rfind('*');
-  set_version(match,
-              asterisk == std::string_view::npos ? std::string_view{} : behind.substr(0, asterisk));
-  return true;
+  return std::string(behind.substr(0, asterisk == behind.npos ? 0 : asterisk));
 }
 
-bool qchem_version(const Match& match) {
-  io::Line line = next_line(match);
+std::optional<std::string> qchem_version(int fid, const io::Line& /*line*/) {
+  std::string line = next_line(fid);
   str_delete(line, ",");
-  set_version(match, line.padded());
-  return true;
+  return line;
 }
 
-bool orca_version(const Match& match) {
-  set_version(match, text_behind(match.line.content(), ":"));
-  return true;
+std::optional<std::string> orca_version(int /*fid*/, const io::Line& line) {
+  return std::string(text_behind(line.content(), ":"));
 }
 
 // In the order in which they decide. MOLPRO's row never matches, since six letters cannot equal one
@@ -188,12 +152,6 @@ std::vector<io::Line> read_head(int fid) {
   return head;
 }
 
-// Places the unit behind the line with the given number.
-void go_behind_line(int fid, long long number) {
-  io::rewind(fid);
-  io::pass_over_lines(fid, static_cast<int>(number), "a line read before");
-}
-
 bool classify(int fid, std::span<char> file_type, std::span<char> version, int& info) {
   const std::vector<io::Line> head = read_head(fid);
   for (const Probe& probe : probes) {
@@ -202,9 +160,12 @@ bool classify(int fid, std::span<char> file_type, std::span<char> version, int& 
     });
     if (line == head.end()) continue;
     if (probe.keeps_label) io::assign(file_type, probe.label);
-    go_behind_line(fid, line - head.begin() + 1);
-    if (!probe.read_version({fid, *line, version})) continue;
+    io::rewind(fid);
+    io::pass_over_lines(fid, static_cast<int>(line - head.begin()) + 1, "a line read before");
+    const auto text = probe.read_version(fid, *line);
+    if (!text) continue;
     io::assign(file_type, probe.label);
+    io::assign(version, io::without_leading_blanks(*text));
     info = probe.info;
     return true;
   }

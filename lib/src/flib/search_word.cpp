@@ -1,6 +1,6 @@
 #include "flib/search_word.hpp"
 
-#include <algorithm>
+#include <limits>
 #include <string>
 
 #include "flib/del_space.hpp"
@@ -17,18 +17,36 @@ namespace {
 
 bool read_next(int fid, std::span<char> line) { return io::read_line(fid, line) == io::read_ok; }
 
+// Reads on to the next line that `holds` accepts, over at most `most` lines.
+template <class Holds>
+bool search(int fid, std::span<char> line, Holds holds,
+            long long most = std::numeric_limits<long long>::max()) {
+  for (; most > 0 && read_next(fid, line); --most) {
+    if (holds(io::view(line))) return true;
+  }
+  return false;
+}
+
+// The same, but the first comparison is made whatever the read status.
+template <class Holds>
+bool search_from_buffer(int fid, std::span<char> line, Holds holds) {
+  const bool read = read_next(fid, line);
+  return holds(io::view(line)) || (read && search(fid, line, holds));
+}
+
+auto holding(int i, int j, std::string_view word) {
+  return [=](std::string_view line) { return holds_in_columns(line, i, j, word); };
+}
+
+auto holding(std::string_view word) {
+  return [=](std::string_view line) { return holds_anywhere(line, word); };
+}
+
 std::string without_blanks(std::string_view text) {
   std::string result(text);
   del_space(result);
   result.resize(io::trimmed(result).size());
   return result;
-}
-
-bool first_item_is_number(int fid, std::span<char> line) {
-  if (io::trimmed(io::view(line)).empty()) return false;
-  io::Line item;
-  io::FreeForm(fid, io::view(line)).text_or_blank(item);
-  return is_number(item);
 }
 
 // The search over the loaded text of the file does not see the padding of a line, in which a
@@ -55,23 +73,13 @@ bool holds_anywhere(std::string_view line, std::string_view word) {
 }
 
 bool search_word(int fid, int i, int j, std::string_view word, std::span<char> line) {
-  while (read_next(fid, line)) {
-    if (holds_in_columns(io::view(line), i, j, word)) return true;
-  }
-  return false;
+  return search(fid, line, holding(i, j, word));
 }
 
 bool search_word_tline(int fid, int i, int j, std::string_view word, int tline, bool limit,
                        std::span<char> line) {
-  if (!limit) {
-    const bool read = read_next(fid, line);
-    if (holds_in_columns(io::view(line), i, j, word)) return true;
-    return read && search_word(fid, i, j, word, line);
-  }
-  for (int count = 1; count <= tline && read_next(fid, line); ++count) {
-    if (holds_in_columns(io::view(line), i, j, word)) return true;
-  }
-  return false;
+  return limit ? search(fid, line, holding(i, j, word), tline)
+               : search_from_buffer(fid, line, holding(i, j, word));
 }
 
 bool search_word_back(int fid, int i, int j, std::string_view word, std::span<char> line) {
@@ -89,60 +97,41 @@ bool search_word_back(int fid, int i, int j, std::string_view word, std::span<ch
 }
 
 bool search_word_free(int fid, std::string_view word, std::span<char> line) {
-  bool read = read_next(fid, line);
+  if (needs_single_lines(word)) return search_from_buffer(fid, line, holding(word));
+  const bool read = read_next(fid, line);
   if (holds_anywhere(io::view(line), word)) return true;
-  if (read && !needs_single_lines(word)) {
-    return io::read_line_holding(fid, word, false, line) == io::read_ok;
-  }
-  while (read) {
-    read = read_next(fid, line);
-    if (read && holds_anywhere(io::view(line), word)) return true;
-  }
-  return false;
+  return read && io::read_line_holding(fid, word, false, line) == io::read_ok;
 }
 
 bool search_word_free_tline(int fid, std::string_view word, int tline, bool limit,
                             std::span<char> line) {
-  if (!limit) return search_word_free(fid, word, line);
-  for (int count = 1; count <= tline && read_next(fid, line); ++count) {
-    if (holds_anywhere(io::view(line), word)) return true;
-  }
-  return false;
+  return limit ? search(fid, line, holding(word), tline) : search_word_free(fid, word, line);
 }
 
 bool search_word_free_ignorecase_tline(int fid, std::string_view cword, std::span<char> cline,
                                        int tline) {
   const std::string word = strlowcase(cword);
-  const auto holds = [&] { return holds_anywhere(strlowcase(io::view(cline)), word); };
-  bool read = read_next(fid, cline);
-  if (holds()) return true;
-  if (read && tline <= 0 && !needs_single_lines(word)) {
-    return io::read_line_holding(fid, word, true, cline) == io::read_ok;
-  }
-  for (int counter = 1; read && (tline <= 0 || counter <= tline); ++counter) {
-    read = read_next(fid, cline);
-    if (holds()) return true;
-  }
-  return false;
+  const auto holds = [&](std::string_view line) { return holds_anywhere(strlowcase(line), word); };
+  const bool read = read_next(fid, cline);
+  if (holds(io::view(cline))) return true;
+  if (!read) return false;
+  if (tline > 0) return search(fid, cline, holds, tline);
+  if (needs_single_lines(word)) return search(fid, cline, holds);
+  return io::read_line_holding(fid, word, true, cline) == io::read_ok;
 }
 
 bool search_word_del_space(int fid, std::string_view word, std::span<char> line) {
   const std::string wanted = without_blanks(word);
-  while (read_next(fid, line)) {
-    if (holds_anywhere(without_blanks(io::view(line)), wanted)) return true;
-  }
-  return false;
+  return search(fid, line, [&](std::string_view text) {
+    return holds_anywhere(without_blanks(text), wanted);
+  });
 }
 
 bool search_word_first_number(int fid, std::span<char> line) {
-  // The first test looks at the buffer whatever the read status, as the other searches do.
-  bool read = read_next(fid, line);
-  if (first_item_is_number(fid, line)) return true;
-  while (read) {
-    read = read_next(fid, line);
-    if (read && first_item_is_number(fid, line)) return true;
-  }
-  return false;
+  return search_from_buffer(fid, line, [fid](std::string_view text) {
+    io::Line item = io::item_of(fid, text);
+    return is_number(item);
+  });
 }
 
 }  // namespace flib

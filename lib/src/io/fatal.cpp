@@ -109,10 +109,6 @@ std::string shown(double value) {
 
 void fatal_stop(std::string_view message) { fatal_stop({}, message); }
 
-void fatal_stop(const Place& place, std::string_view message) {
-  throw Stop{2, std::string(place.file), place.line, std::string(message)};
-}
-
 void silent_stop(int status) { throw Stop{status, {}, 0, {}}; }
 
 SinkScope::SinkScope(Sink sink) : before_(std::exchange(messages().sink, std::move(sink))) {}

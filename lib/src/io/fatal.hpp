@@ -5,6 +5,7 @@
 #include <source_location>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace io {
 
@@ -38,9 +39,30 @@ std::string quoted(std::string_view text);
 // A number as messages show it: the fewest digits that give it back, NaN, Infinity or -Infinity.
 std::string shown(double value);
 
+// The parts of a text in a row: texts as they stand, numbers as messages show them.
+template <class... Parts>
+std::string joined(const Parts&... parts) {
+  std::string text;
+  const auto add = [&text](const auto& part) {
+    using Part = std::decay_t<decltype(part)>;
+    if constexpr (std::is_floating_point_v<Part>) {
+      text += shown(part);
+    } else if constexpr (std::is_integral_v<Part>) {
+      text += std::to_string(part);
+    } else {
+      text += part;
+    }
+  };
+  (add(parts), ...);
+  return text;
+}
+
 // Stops with "FILE:LINE: MESSAGE" (what is not given is left out) and exit status 2.
 [[noreturn]] void fatal_stop(std::string_view message);
-[[noreturn]] void fatal_stop(const Place& place, std::string_view message);
+template <class... Parts>
+[[noreturn]] void fatal_stop(const Place& place, const Parts&... parts) {
+  throw Stop{2, std::string(place.file), place.line, joined(parts...)};
+}
 
 // Stops with this exit status and without a message: everything has been printed.
 [[noreturn]] void silent_stop(int status);

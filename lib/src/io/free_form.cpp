@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "io/text.hpp"
 #include "io/values.hpp"
 
 namespace io {
@@ -10,9 +9,7 @@ namespace io {
 namespace {
 
 std::string name_of(const Subject& subject) {
-  std::string name(subject.text);
-  if (subject.number >= 0) name += " " + std::to_string(subject.number);
-  return name;
+  return subject.number < 0 ? std::string(subject.text) : joined(subject.text, " ", subject.number);
 }
 
 }  // namespace
@@ -23,14 +20,12 @@ FreeForm::FreeForm(int fid, std::string_view buffer) : cursor_(fid, buffer) {}
 
 void FreeForm::stop(const Place& place, const Subject& subject, std::string_view expected,
                     std::string_view found) {
-  std::string message = "expected " + name_of(subject);
-  if (!expected.empty()) message += " (" + std::string(expected) + ")";
-  message += ", found " + std::string(found);
   std::string remark;
   const long long began = cursor_.began();
-  if (began > 0 && began < place.line) remark = "reading began at line " + std::to_string(began);
+  if (began > 0 && began < place.line) remark = joined("reading began at line ", began);
   if (!subject.remark.empty()) remark.append(remark.empty() ? "" : "; ").append(subject.remark);
-  fatal_stop(place, remark.empty() ? message : message + " (" + remark + ")");
+  if (!remark.empty()) remark = " (" + remark + ")";
+  fatal_stop(place, "expected ", name_of(subject), " (", expected, "), found ", found, remark);
 }
 
 void FreeForm::warn_of_open_end(const Subject& subject) const {
@@ -40,8 +35,7 @@ void FreeForm::warn_of_open_end(const Subject& subject) const {
 }
 
 void FreeForm::stop_at_item(const Subject& subject, std::string_view expected) {
-  const bool as_quoted = item_.kind == Item::Kind::quoted;
-  stop(cursor_.here(), subject, expected, quoted(as_quoted ? item_.quoted : item_.word));
+  stop(cursor_.here(), subject, expected, quoted(word()));
 }
 
 void FreeForm::stop_without_value(const Subject& subject, std::string_view expected) {
@@ -72,28 +66,41 @@ bool FreeForm::find_item() {
   return false;
 }
 
-// Makes item_ the next item. False when it is null or behind a slash.
-bool FreeForm::next_item(Type type, const Subject& subject, std::string_view expected) {
+// Makes item_ the next item; null when it is that, behind a slash or not there.
+void FreeForm::take(Type type) {
   if (repeats_left_ > 0) {
     --repeats_left_;
-    if (item_.kind != Item::Kind::null && type != repeated_type_) {
-      stop(cursor_.here(), subject, expected, "a repeated value of another kind");
-    }
-    return item_.kind != Item::Kind::null;
+    return;
   }
-  if (!find_item()) {
-    if (ran_out_) stop(cursor_.behind_end(), subject, expected, cursor_.end_name());
-    return false;
-  }
+  item_.kind = Item::Kind::null;
+  if (!find_item()) return;
   take_item(cursor_, Grammar::free_form, item_);
+  value_taken_ = true;
+  repeats_left_ = item_.repeat - 1;
+  repeated_type_ = type;
+}
+
+// The same, for an item that must be well-formed. False when it is null.
+bool FreeForm::next_item(Type type, const Subject& subject, std::string_view expected) {
+  take(type);
+  if (ran_out_) stop(cursor_.behind_end(), subject, expected, cursor_.end_name());
   if (item_.kind == Item::Kind::ended) {
     stop(cursor_.behind_end(), subject, "closing quote", cursor_.end_name());
   }
   if (item_.kind == Item::Kind::malformed) stop_at_item(subject, expected);
-  value_taken_ = true;
-  repeats_left_ = item_.repeat - 1;
-  repeated_type_ = type;
-  return item_.kind != Item::Kind::null;
+  if (item_.kind == Item::Kind::null) return false;
+  if (type != repeated_type_) {
+    stop(cursor_.here(), subject, expected, "a repeated value of another kind");
+  }
+  return true;
+}
+
+template <class Value>
+bool FreeForm::parsed_item(Value& value, bool (*parse)(std::string_view, Value&), Type type,
+                           const Subject& subject, std::string_view expected) {
+  if (!next_item(type, subject, expected)) return false;
+  if (item_.kind != Item::Kind::word || !parse(item_.word, value)) stop_at_item(subject, expected);
+  return true;
 }
 
 void FreeForm::integer(int& value, const Subject& subject) {
@@ -101,11 +108,7 @@ void FreeForm::integer(int& value, const Subject& subject) {
 }
 
 bool FreeForm::optional_integer(int& value, const Subject& subject) {
-  if (!next_item(Type::integer, subject, "integer")) return false;
-  if (item_.kind != Item::Kind::word || !parse_integer(item_.word, value)) {
-    stop_at_item(subject, "integer");
-  }
-  return true;
+  return parsed_item(value, parse_integer, Type::integer, subject, "integer");
 }
 
 // Takes the next item if it is a plain decimal behind nothing but blanks, as nearly all numbers
@@ -114,22 +117,19 @@ bool FreeForm::take_plain_decimal(double& value) {
   if (repeats_left_ > 0 || slash_met_ || ran_out_) return false;
   cursor_.skip_blanks();
   const std::string_view rest = cursor_.rest();
-  const std::size_t size = scan_decimal(rest, value);
+  double plain = 0.0;
+  const std::size_t size = scan_decimal(rest, plain);
   if (size == 0 || (size < rest.size() && !ends_word(rest[size], Grammar::free_form))) return false;
+  value = plain;
   cursor_.skip(size);
   value_taken_ = true;
   return true;
 }
 
 void FreeForm::real(double& value, const Subject& subject) {
-  double plain = 0.0;
-  if (take_plain_decimal(plain)) {
-    value = plain;
-    return;
-  }
-  if (!next_item(Type::real, subject, "number")) stop_without_value(subject, "number");
-  if (item_.kind != Item::Kind::word || !parse_real(item_.word, value)) {
-    stop_at_item(subject, "number");
+  if (take_plain_decimal(value)) return;
+  if (!parsed_item(value, parse_real, Type::real, subject, "number")) {
+    stop_without_value(subject, "number");
   }
 }
 
@@ -139,11 +139,7 @@ void FreeForm::finite_real(double& value, const Subject& subject) {
 }
 
 bool FreeForm::logical(bool& value, const Subject& subject) {
-  if (!next_item(Type::logical, subject, "T or F")) return false;
-  if (item_.kind != Item::Kind::word || !parse_logical(item_.word, value)) {
-    stop_at_item(subject, "T or F");
-  }
-  return true;
+  return parsed_item(value, parse_logical, Type::logical, subject, "T or F");
 }
 
 bool FreeForm::text(std::span<char> value, const Subject& subject) {
@@ -157,21 +153,21 @@ void FreeForm::skip_words(int count, const Subject& subject) {
 }
 
 void FreeForm::text_or_blank(std::span<char> value) {
-  assign(value, {});
-  if (repeats_left_ > 0) {
-    text(value, {});
-    return;
-  }
-  if (!find_item()) return;
-  take_item(cursor_, Grammar::free_form, item_);
-  value_taken_ = true;
-  repeats_left_ = item_.repeat - 1;
-  repeated_type_ = Type::text;
-  if (item_.kind == Item::Kind::word) assign(value, item_.word);
-  if (item_.kind == Item::Kind::quoted) assign(value, item_.quoted);
+  take(Type::text);
+  const bool is_text = item_.kind == Item::Kind::word || item_.kind == Item::Kind::quoted;
+  assign(value, is_text ? word() : std::string_view{});
   // What stands behind a malformed text cannot be told apart into items.
-  ran_out_ = item_.kind == Item::Kind::malformed || item_.kind == Item::Kind::ended;
-  if (ran_out_) repeats_left_ = 0;
+  if (item_.kind == Item::Kind::malformed || item_.kind == Item::Kind::ended) {
+    ran_out_ = true;
+    repeats_left_ = 0;
+  }
+}
+
+Line item_of(int fid, std::string_view text, int number) {
+  FreeForm items(fid, text);
+  Line item;
+  for (int i = 0; i < number; ++i) items.text_or_blank(item);
+  return item;
 }
 
 }  // namespace io

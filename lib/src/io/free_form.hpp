@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "io/item_scanner.hpp"
+#include "io/text.hpp"
 
 namespace io {
 
@@ -68,7 +69,11 @@ class FreeForm {
 
   bool take_plain_decimal(double& value);
   bool find_item();
+  void take(Type type);
   bool next_item(Type type, const Subject& subject, std::string_view expected);
+  template <class Value>
+  bool parsed_item(Value& value, bool (*parse)(std::string_view, Value&), Type type,
+                   const Subject& subject, std::string_view expected);
   [[noreturn]] void stop(const Place& place, const Subject& subject, std::string_view expected,
                          std::string_view found);
   [[noreturn]] void stop_at_item(const Subject& subject, std::string_view expected);
@@ -82,5 +87,8 @@ class FreeForm {
   bool slash_met_ = false;
   bool ran_out_ = false;
 };
+
+// The item with this number of a text that was read from the unit; blank when it is not there.
+Line item_of(int fid, std::string_view text, int number = 1);
 
 }  // namespace io

@@ -162,13 +162,14 @@ int read_line_holding(int fid, std::string_view word, bool any_case, std::span<c
 
 int read_record(int fid, std::string_view& record) { return input(fid).read_record(record); }
 
+void read_expected_line(int fid, std::span<char> line, std::string_view what) {
+  if (read_line(fid, line) == read_ok) return;
+  fatal_stop(next_place(fid), "expected ", what, ", found the end of the file");
+}
+
 void pass_over_lines(int fid, int count, std::string_view what) {
   Text<1> discarded;
-  for (int i = 0; i < count; ++i) {
-    if (read_line(fid, discarded) != read_ok) {
-      fatal_stop(next_place(fid), "expected " + std::string(what) + ", found the end of the file");
-    }
-  }
+  for (int i = 0; i < count; ++i) read_expected_line(fid, discarded, what);
 }
 
 bool step_back(int fid) { return input(fid).step_back(); }

@@ -63,8 +63,11 @@ int read_line_holding(int fid, std::string_view word, bool any_case, std::span<c
 // Delivers a whole record; the view holds until the next call on this unit.
 int read_record(int fid, std::string_view& record);
 
-// Reads `count` records whatever they hold. A file that ends before is a fatal stop that names
-// `what` was expected.
+// Reads a line that must be there: the end of the file is a fatal stop that names `what` was
+// expected.
+void read_expected_line(int fid, std::span<char> line, std::string_view what);
+
+// The same for `count` lines, whatever they hold.
 void pass_over_lines(int fid, int count, std::string_view what);
 
 // Steps back by one record. False at the first record, where nothing changes.
