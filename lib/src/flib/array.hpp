@@ -3,6 +3,7 @@
 // index is checked; hot loops take column() and run on the raw contiguous elements.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdlib>
@@ -65,10 +66,8 @@ class ArrayView {
     for (std::size_t k = 0; k < rank; ++k) {
       const long long from_zero = index[k] - lower_bounds_[k];
       if (from_zero < 0 || from_zero >= extents_[k]) {
-        io::fatal_stop("expected array index " + std::to_string(k + 1) + " within " +
-                       std::to_string(lower_bounds_[k]) + ".." +
-                       std::to_string(lower_bounds_[k] + extents_[k] - 1) + ", found " +
-                       std::to_string(index[k]));
+        io::fatal_stop({}, "expected array index ", k + 1, " within ", lower_bounds_[k], "..",
+                       lower_bounds_[k] + extents_[k] - 1, ", found ", index[k]);
       }
       place += static_cast<std::size_t>(from_zero) * stride;
       stride *= static_cast<std::size_t>(extents_[k]);
@@ -84,17 +83,13 @@ class ArrayView {
 // Zeroed memory for the product of the extents; a fatal stop with its size when it cannot be had.
 template <class T, std::size_t rank>
 T* obtain_elements(const char* name, const std::array<long long, rank>& extents) {
-  std::size_t bytes = sizeof(T);
-  bool fits = true;
-  for (const long long extent : extents) {
-    const auto count = static_cast<std::size_t>(extent);
-    fits = fits && (count == 0 || bytes <= std::numeric_limits<std::size_t>::max() / count);
-    bytes *= count;
-  }
-  void* const memory = fits ? std::calloc(bytes > 0 ? bytes : 1, 1) : nullptr;
+  double bytes = sizeof(T);
+  for (const long long extent : extents) bytes *= static_cast<double>(extent);
+  void* const memory = bytes < static_cast<double>(std::numeric_limits<std::ptrdiff_t>::max())
+                           ? std::calloc(static_cast<std::size_t>(std::max(bytes, 1.0)), 1)
+                           : nullptr;
   if (memory == nullptr) {
-    io::fatal_stop(std::string("expected memory for the array '") + name + "', found none: " +
-                   (fits ? std::to_string(bytes) : "more than 2**64") + " bytes");
+    io::fatal_stop({}, "expected memory for the array '", name, "', found none: ", bytes, " bytes");
   }
   return static_cast<T*>(memory);
 }

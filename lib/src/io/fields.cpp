@@ -17,11 +17,14 @@ namespace {
 constexpr int longest_number = 400;
 
 #ifdef __SIZEOF_INT128__
-
 __extension__ typedef unsigned __int128 Wide;
+#else
+typedef std::uint64_t Wide;
+#endif
+constexpr int wide_bits = 8 * sizeof(Wide);
 
 // The powers of ten that fit beside the 53 bits of a double in a Wide.
-constexpr int largest_power = 22;
+constexpr int largest_power = wide_bits == 128 ? 22 : 3;
 constexpr auto powers_of_ten = [] {
   std::array<Wide, largest_power + 1> powers{};
   powers[0] = 1;
@@ -32,8 +35,9 @@ constexpr auto powers_of_ten = [] {
 // |value| * 10**power exactly: whole part, and the rest as it decides the rounding.
 class ScaledMagnitude {
  public:
-  // False when the scaled value does not fit; 0 <= power <= largest_power.
+  // False when the power is out of range or the scaled value does not fit.
   bool scale(double value, int power) {
+    if (power < 0 || power > largest_power) return false;
     const auto bits = std::bit_cast<std::uint64_t>(value);
     const int exponent = static_cast<int>(bits >> 52 & 0x7ff);
     const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
@@ -41,8 +45,8 @@ class ScaledMagnitude {
                          powers_of_ten[static_cast<std::size_t>(power)];
     const int shift = 1075 - (exponent != 0 ? exponent : 1);  // value = significand / 2**shift
     if (shift <= 0) return false;
-    if (shift > 127) {
-      // Less than 2**127 / 2**128: rounds to zero.
+    if (shift >= wide_bits) {
+      // The product has a bit less than a Wide, so this is below one half: rounds to zero.
       whole_ = 0;
       rounds_up_ = false;
       return true;
@@ -62,19 +66,6 @@ class ScaledMagnitude {
   std::uint64_t whole_ = 0;
   bool rounds_up_ = false;
 };
-
-#else
-
-// Without integers of 128 bits every number takes the library's way.
-constexpr int largest_power = 22;
-class ScaledMagnitude {
- public:
-  bool scale(double, int) { return false; }
-  std::uint64_t truncated() const { return 0; }
-  std::uint64_t rounded() const { return 0; }
-};
-
-#endif
 
 // "00", "01", ... "99".
 constexpr auto digit_pairs = [] {
@@ -148,8 +139,7 @@ bool find_digits(double value, int decimals, std::uint64_t& digits, int& exponen
   exponent = ((static_cast<int>(bits >> 52 & 0x7ff) - 1023) * 1233) >> 12;
   ScaledMagnitude scaled;
   for (int attempt = 0; attempt < 3; ++attempt) {
-    const int power = decimals - exponent;
-    if (power < 0 || power > largest_power || !scaled.scale(value, power)) return false;
+    if (!scaled.scale(value, decimals - exponent)) return false;
     if (scaled.truncated() < lowest) {
       --exponent;
     } else if (scaled.truncated() >= 10 * lowest) {

@@ -72,7 +72,12 @@ void InputFile::close() {
 }
 
 void InputFile::reserve(std::size_t size) {
-  if (buffer_.size() < size) buffer_.resize(size);
+  if (capacity_ >= size) return;
+  // Not cleared: a small file touches no more of a block than it fills.
+  auto larger = std::make_unique_for_overwrite<char[]>(size);
+  std::copy_n(buffer_.get(), used_, larger.get());
+  buffer_ = std::move(larger);
+  capacity_ = size;
 }
 
 // Reads up to `size` bytes to the given place in the buffer: all that a regular file has there, or
@@ -80,12 +85,12 @@ void InputFile::reserve(std::size_t size) {
 std::size_t InputFile::read_into(std::size_t place, std::size_t size, std::int64_t offset) {
   std::size_t total = 0;
   while (total < size) {
-    char* const to = buffer_.data() + place + total;
+    char* const to = buffer_.get() + place + total;
     const ssize_t got =
         seekable_ ? ::pread(descriptor_, to, size - total, offset + static_cast<off_t>(total))
                   : ::read(descriptor_, to, size - total);
     if (got < 0 && errno == EINTR) continue;
-    if (got < 0) fatal_stop({name_}, std::string("cannot read: ") + strerror(errno));
+    if (got < 0) fatal_stop({name_}, "cannot read: ", strerror(errno));
     total += static_cast<std::size_t>(got);
     // Most files are read with one call: nobody is asked what stands behind the end.
     const bool all_read = offset + static_cast<std::int64_t>(total) == size_;
@@ -99,30 +104,26 @@ void InputFile::load(std::int64_t offset) {
   if (!seekable_) return;
   reserve(block_size);
   start_ = offset;
-  used_ = read_into(0, buffer_.size(), offset);
-  at_end_ = used_ < buffer_.size();
+  used_ = read_into(0, capacity_, offset);
+  at_end_ = used_ < capacity_;
 }
 
 // Brings more of the file behind the unread part of the window, unless its end is there.
 void InputFile::load_more() {
   if (at_end_) return;
   if (seekable_) {
-    const std::size_t kept = ahead().size();
-    std::copy_n(buffer_.begin() + static_cast<std::ptrdiff_t>(used_ - kept), kept, buffer_.begin());
+    const std::string_view kept = ahead();
+    std::copy(kept.begin(), kept.end(), buffer_.get());
     start_ = next_;
-    used_ = kept;
+    used_ = kept.size();
   } else if (used_ > largest_held) {
     fatal_stop({name_}, "expected a regular file or at most 64 MiB from a pipe, found more");
   }
   reserve(std::max(block_size, 2 * used_));
-  const std::size_t wanted = buffer_.size() - used_;
+  const std::size_t wanted = capacity_ - used_;
   const std::size_t got = read_into(used_, wanted, start_ + static_cast<std::int64_t>(used_));
   used_ += got;
   at_end_ = seekable_ ? got < wanted : got == 0;
-}
-
-void InputFile::stop_at_long_record() {
-  fatal_stop({name_, line_number() + 1}, "expected a line of at most 64 MiB, found a longer one");
 }
 
 int InputFile::read_record(std::string_view& record) {
@@ -142,7 +143,10 @@ int InputFile::read_record(std::string_view& record) {
       hit_end_ = true;
       return end_of_file;
     }
-    if (text.size() > largest_held) stop_at_long_record();
+    if (text.size() > largest_held) {
+      fatal_stop({name_, line_number() + 1},
+                 "expected a line of at most 64 MiB, found a longer one");
+    }
     searched = text.size();
     load_more();
   }
@@ -199,7 +203,7 @@ std::int64_t InputFile::record_start_before(std::int64_t offset) {
   std::int64_t end = offset - 1;  // the record's own line end is not the one looked for
   for (;;) {
     if (end < start_ || end > start_ + static_cast<std::int64_t>(used_)) {
-      const std::int64_t size = static_cast<std::int64_t>(std::max(buffer_.size(), block_size));
+      const std::int64_t size = static_cast<std::int64_t>(std::max(capacity_, block_size));
       load(std::max<std::int64_t>(0, end - (size - forward_reach)));
     }
     const std::string_view before = window().substr(0, static_cast<std::size_t>(end - start_));
@@ -209,7 +213,7 @@ std::int64_t InputFile::record_start_before(std::int64_t offset) {
     }
     if (start_ == 0) return 0;
     end = start_;
-    load(std::max<std::int64_t>(0, end - static_cast<std::int64_t>(buffer_.size())));
+    load(std::max<std::int64_t>(0, end - static_cast<std::int64_t>(capacity_)));
   }
 }
 
@@ -242,39 +246,25 @@ std::string_view InputFile::complete_records() {
   }
 }
 
-// Looks for `word` within the first `capacity` characters of a record; `begin` becomes the place
-// in `records` where the first such record starts.
-bool InputFile::find_in_records(std::string_view records, std::string_view word, bool any_case,
-                                std::size_t capacity, std::size_t& begin) {
-  std::string_view text = records;
+// Where the first of the records begins that holds `word` within its first `capacity` characters;
+// npos when none does.
+std::size_t InputFile::find_in_records(std::string_view records, std::string_view word,
+                                       bool any_case, std::size_t capacity) {
   if (any_case) {
     lowered_.resize(records.size());
     std::transform(records.begin(), records.end(), lowered_.begin(), lowered);
-    text = {lowered_.data(), lowered_.size()};
+    records = {lowered_.data(), lowered_.size()};
   }
-  std::size_t from = 0;
-  while (from < text.size()) {
+  for (std::size_t from = 0; from < records.size();) {
     const void* const hit =
-        ::memmem(text.data() + from, text.size() - from, word.data(), word.size());
-    if (hit == nullptr) return false;
-    const auto place = static_cast<std::size_t>(static_cast<const char*>(hit) - text.data());
-    const std::size_t line_end = text.substr(0, place).rfind('\n');
-    begin = line_end == std::string_view::npos ? 0 : line_end + 1;
-    if (place - begin + word.size() <= capacity) return true;
-    from = std::min(text.find('\n', place), text.size());
+        ::memmem(records.data() + from, records.size() - from, word.data(), word.size());
+    if (hit == nullptr) break;
+    const auto place = static_cast<std::size_t>(static_cast<const char*>(hit) - records.data());
+    const std::size_t begin = records.substr(0, place).rfind('\n') + 1;
+    if (place - begin + word.size() <= capacity) return begin;
+    from = std::min(records.find('\n', place), records.size());
   }
-  return false;
-}
-
-// Moves behind `records`, which lie ahead, and leaves their last one in `last`.
-void InputFile::pass_records(std::string_view records, std::span<char> last) {
-  if (records.empty()) return;
-  const bool ended = records.back() == '\n';
-  const std::string_view body = ended ? records.substr(0, records.size() - 1) : records;
-  const std::size_t line_end = body.rfind('\n');
-  const std::size_t begin = line_end == std::string_view::npos ? 0 : line_end + 1;
-  assign(last, without_line_end(records.substr(begin)));
-  next_ += static_cast<std::int64_t>(records.size());
+  return records.npos;
 }
 
 int InputFile::read_line_holding(std::string_view word, bool any_case, std::span<char> line) {
@@ -288,12 +278,13 @@ int InputFile::read_line_holding(std::string_view word, bool any_case, std::span
       if (text.find(word) != std::string::npos) return read_ok;
       continue;
     }
-    std::size_t begin = 0;
-    if (find_in_records(records, word, any_case, line.size(), begin)) {
-      if (begin > 0) pass_records(records.substr(0, begin), line);
-      return read_line(line);
-    }
-    pass_records(records, line);
+    const std::size_t found = find_in_records(records, word, any_case, line.size());
+    const bool is_found = found != records.npos;
+    // Without a match the line becomes the last of them.
+    const std::size_t last = records.substr(0, records.size() - 1).rfind('\n') + 1;
+    next_ += static_cast<std::int64_t>(is_found ? found : last);
+    const int status = read_line(line);
+    if (is_found) return status;
   }
 }
 

@@ -5,12 +5,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "io/block.hpp"
 
 namespace io {
 
@@ -64,7 +63,7 @@ class InputFile {
   long long line_number() { return line_number(next_); }
 
  private:
-  std::string_view window() const { return {buffer_.data(), used_}; }
+  std::string_view window() const { return {buffer_.get(), used_}; }
   std::string_view ahead() const {
     return window().substr(static_cast<std::size_t>(next_ - start_));
   }
@@ -75,17 +74,16 @@ class InputFile {
   std::string_view complete_records();
   void pass_record();
   std::int64_t record_start_before(std::int64_t offset);
-  bool find_in_records(std::string_view records, std::string_view word, bool any_case,
-                       std::size_t capacity, std::size_t& begin);
-  void pass_records(std::string_view records, std::span<char> last);
-  [[noreturn]] void stop_at_long_record();
+  std::size_t find_in_records(std::string_view records, std::string_view word, bool any_case,
+                              std::size_t capacity);
 
   int descriptor_ = -1;
   bool owned_ = false;
   bool seekable_ = false;
   std::int64_t size_ = 0;  // of a regular file when it was opened; 0 where that is not known
   std::string name_;
-  Block buffer_;               // kept from one file to the next
+  std::unique_ptr<char[]> buffer_;  // kept from one file to the next
+  std::size_t capacity_ = 0;
   std::vector<char> lowered_;  // a copy of the records being searched in any case
   std::size_t used_ = 0;       // bytes of the file in the buffer
   std::int64_t start_ = 0;     // file offset of the first byte in the buffer

@@ -15,62 +15,61 @@
 namespace io {
 
 OutputFile::~OutputFile() {
-  if (kept_ && descriptor_ >= 0) ::close(descriptor_);
+  if (!replacement_ && descriptor_ >= 0) ::close(descriptor_);
 }
 
 int OutputFile::open_replaced(const std::string& name) {
-  const int error = replacement_.begin(name);
-  descriptor_ = replacement_.descriptor();
+  replacement_ = std::make_unique<Replacement>();
+  const int error = replacement_->begin(name);
+  descriptor_ = replacement_->descriptor();
   name_ = name;
   return error;
+}
+
+int OutputFile::keep(int descriptor, const std::string& name) {
+  descriptor_ = descriptor;
+  name_ = name;
+  return descriptor < 0 ? errno : 0;
 }
 
 int OutputFile::open_kept(const std::string& name) {
   // Without O_NONBLOCK a named pipe that nobody reads would hang the run here.
   const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK;
-  descriptor_ = ::open(name.c_str(), flags, 0666);
-  if (descriptor_ < 0) return errno;
-  ::fcntl(descriptor_, F_SETFL, 0);
-  kept_ = true;
-  name_ = name;
-  return 0;
+  const int error = keep(::open(name.c_str(), flags, 0666), name);
+  if (error == 0) ::fcntl(descriptor_, F_SETFL, 0);
+  return error;
 }
 
 int OutputFile::open_standard_output(const std::string& name) {
-  descriptor_ = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-  if (descriptor_ < 0) return errno;
-  kept_ = true;
-  name_ = name;
-  return 0;
+  return keep(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0), name);
 }
 
 void OutputFile::flush() {
-  const int error = write_all(descriptor_, {buffer_.data(), used_});
-  if (error != 0) fatal_stop({name_}, std::string("cannot write: ") + strerror(error));
+  const int error = write_all(descriptor_, {buffer_.get(), used_});
+  if (error != 0) fatal_stop({name_}, "cannot write: ", strerror(error));
   used_ = 0;
 }
 
-Replacement OutputFile::close() {
+std::unique_ptr<Replacement> OutputFile::close() {
   flush();
   const int descriptor = std::exchange(descriptor_, -1);
-  int error = 0;
-  if (!kept_) error = replacement_.complete();
-  if (kept_ && ::close(descriptor) != 0) error = errno;
-  if (error != 0) fatal_stop({name_}, std::string("cannot close: ") + strerror(error));
+  int error = replacement_ ? replacement_->complete() : 0;
+  if (!replacement_ && ::close(descriptor) != 0) error = errno;
+  if (error != 0) fatal_stop({name_}, "cannot close: ", strerror(error));
   return std::move(replacement_);
 }
 
 // Room for `size` characters, at most widest_field where a field is written.
 char* OutputFile::room(std::size_t size) {
-  if (buffer_.empty()) buffer_.resize(block_size);
-  if (buffer_.size() - used_ < size) flush();
-  return buffer_.data() + used_;
+  if (!buffer_) buffer_ = std::make_unique_for_overwrite<char[]>(block_size);
+  if (block_size - used_ < size) flush();
+  return buffer_.get() + used_;
 }
 
 OutputFile& OutputFile::text(std::string_view text) {
   while (!text.empty()) {
     char* const out = room(1);
-    const std::size_t size = std::min(text.size(), buffer_.size() - used_);
+    const std::size_t size = std::min(text.size(), block_size - used_);
     advance(std::copy_n(text.data(), size, out));
     text.remove_prefix(size);
   }

@@ -3,10 +3,10 @@
 // another is not seen before it is complete and put in place (io/replacement.hpp).
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
-#include "io/block.hpp"
 #include "io/fields.hpp"
 #include "io/replacement.hpp"
 
@@ -26,10 +26,9 @@ class OutputFile {
   // Writes to standard output, block by block; `name` is for messages.
   int open_standard_output(const std::string& name);
 
-  // Ends the writing. One that replaces another comes back complete, to be put in place; nothing
-  // is put in place that is not complete.
-  Replacement close();
-  bool replaces() const { return !kept_; }
+  // Ends the writing. A file that replaces another comes back complete, to be put in place; of
+  // others nothing comes back.
+  std::unique_ptr<Replacement> close();
 
   // Text as it stands, line ends included; and the fields of io/fields.hpp. A field is at
   // most widest_field wide.
@@ -41,15 +40,15 @@ class OutputFile {
   OutputFile& end_line() { return text("\n"); }
 
  private:
+  int keep(int descriptor, const std::string& name);
   char* room(std::size_t size);
-  void advance(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.data()); }
+  void advance(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
   void flush();
 
-  Replacement replacement_;
+  std::unique_ptr<Replacement> replacement_;  // null where the file itself is written
   int descriptor_ = -1;
-  bool kept_ = false;
   std::string name_;
-  Block buffer_;
+  std::unique_ptr<char[]> buffer_;
   std::size_t used_ = 0;
 };
 

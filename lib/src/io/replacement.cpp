@@ -65,12 +65,11 @@ int copy_all(int from, int to) {
 }
 
 // Writes into a file what it held before: all of that, or rather nothing than half of it.
-bool restore(const std::string& name, int old_content) {
+void restore(const std::string& name, int old_content) {
   const int file = ::open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-  const bool whole = old_content >= 0 && copy_all(old_content, file) == 0;
-  const bool clean = whole || ::ftruncate(file, 0) == 0;
+  int error = old_content < 0 ? EBADF : copy_all(old_content, file);
+  if (error != 0) error = ::ftruncate(file, 0);
   ::close(file);
-  return clean;
 }
 
 // Holds other programs off that put files into the same folder. They need microseconds; one that
@@ -97,35 +96,11 @@ class FolderLock {
 
 }  // namespace
 
-Replacement::Replacement(Replacement&& other) noexcept { *this = std::move(other); }
-
-Replacement& Replacement::operator=(Replacement&& other) noexcept {
-  if (this == &other) return *this;
-  drop();
-  name_ = std::move(other.name_);
-  target_ = std::move(other.target_);
-  hidden_ = std::exchange(other.hidden_, {});
-  way_ = other.way_;
-  replaces_ = other.replaces_;
-  anonymous_ = other.anonymous_;
-  created_ = other.created_;
-  exchanged_ = other.exchanged_;
-  overwritten_ = other.overwritten_;
-  descriptor_ = std::exchange(other.descriptor_, -1);
-  destination_ = std::exchange(other.destination_, -1);
-  old_content_ = std::exchange(other.old_content_, -1);
-  return *this;
-}
-
 Replacement::~Replacement() { drop(); }
 
 void Replacement::drop() {
   if (!hidden_.empty()) remove_hidden(hidden_);
   hidden_.clear();
-  close_descriptors();
-}
-
-void Replacement::close_descriptors() {
   for (int* const descriptor : {&descriptor_, &destination_, &old_content_}) {
     if (*descriptor >= 0) ::close(*descriptor);
     *descriptor = -1;
@@ -133,9 +108,7 @@ void Replacement::close_descriptors() {
 }
 
 int Replacement::begin(const std::string& name) {
-  drop();
   name_ = target_ = name;
-  created_ = exchanged_ = overwritten_ = false;
   if (name.empty()) return ENOENT;
   struct stat status {};
   const bool exists = ::stat(name.c_str(), &status) == 0;
@@ -220,7 +193,7 @@ int Replacement::copy_through() {
     if (const int error = keep_old(); error != 0) return error;
     destination_ = ::open(name_.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
     if (destination_ < 0) return errno;
-    overwritten_ = true;
+    placed_ = Placed::overwritten;
   }
   const int error = copy_all(descriptor_, destination_);
   const int closed = std::exchange(destination_, -1);
@@ -231,62 +204,61 @@ int Replacement::swap_in() {
   if (anonymous_ && !replaces_) {
     const std::string path = path_of_descriptor(descriptor_);
     if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, target_.c_str(), AT_SYMLINK_FOLLOW) == 0) {
-      created_ = true;
+      placed_ = Placed::created;
       return 0;
     }
     if (errno != EEXIST) return errno;
     if (const int error = link_hidden(0); error != 0) return error;  // somebody was faster
   }
   if (::renameat2(AT_FDCWD, hidden_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE) == 0) {
-    exchanged_ = true;
+    placed_ = Placed::exchanged;
     return 0;
   }
   // Nothing stands there, or the file system cannot exchange: there is then no way back.
   const bool nothing_there = errno == ENOENT;
   if (!nothing_there && errno != EINVAL && errno != ENOSYS) return errno;
   if (::rename(hidden_.c_str(), target_.c_str()) != 0) return errno;
-  created_ = nothing_there;
+  if (nothing_there) placed_ = Placed::created;
   forget_hidden(hidden_);
   hidden_.clear();
   return 0;
 }
 
 void Replacement::swap_back() {
-  if (created_) ::unlink(target_.c_str());
-  if (exchanged_) {
+  if (placed_ == Placed::created) ::unlink(target_.c_str());
+  if (placed_ == Placed::exchanged) {
     ::renameat2(AT_FDCWD, hidden_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE);
   }
-  if (overwritten_) restore(name_, old_content_);
-  created_ = exchanged_ = overwritten_ = false;
+  if (placed_ == Placed::overwritten) restore(name_, old_content_);
 }
 
-void put_in_place(std::span<Replacement> files) {
+void put_in_place(std::span<const std::unique_ptr<Replacement>> files) {
   if (files.empty()) return;
+  using Way = Replacement::Way;
   const SignalsHeld held;
-  const FolderLock lock(folder_of(files.back().target_));
+  const FolderLock lock(folder_of(files.back()->target_));
   const auto stop_at = [&](const Replacement& file, const char* failed, int error) {
-    for (Replacement& other : files) {
-      other.swap_back();
-      other.drop();
+    for (const auto& other : files) {
+      other->swap_back();
+      other->drop();
     }
-    fatal_stop({file.name_}, std::string(failed) + strerror(error));
+    fatal_stop({file.name_}, failed, strerror(error));
   };
-  for (Replacement& file : files) {
-    const bool needs_name = file.way_ == Replacement::Way::rename && file.replaces_;
-    const int error = needs_name && file.anonymous_
-                          ? file.link_hidden(static_cast<int>(&file - files.data()))
-                          : 0;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    Replacement& file = *files[i];
+    if (file.way_ != Way::rename || !file.replaces_ || !file.anonymous_) continue;
+    const int error = file.link_hidden(static_cast<int>(i));
     if (error != 0) stop_at(file, "cannot put in place: ", error);
   }
-  for (Replacement& file : files) {
-    if (file.way_ == Replacement::Way::rename) continue;
-    if (const int error = file.copy_through()) stop_at(file, "cannot write: ", error);
+  for (const auto& file : files) {
+    if (file->way_ == Way::rename) continue;
+    if (const int error = file->copy_through()) stop_at(*file, "cannot write: ", error);
   }
-  for (Replacement& file : files) {
-    if (file.way_ != Replacement::Way::rename) continue;
-    if (const int error = file.swap_in()) stop_at(file, "cannot put in place: ", error);
+  for (const auto& file : files) {
+    if (file->way_ != Way::rename) continue;
+    if (const int error = file->swap_in()) stop_at(*file, "cannot put in place: ", error);
   }
-  for (Replacement& file : files) file.drop();
+  for (const auto& file : files) file->drop();
 }
 
 }  // namespace io

@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <memory>
 #include <span>
 #include <string>
 
@@ -12,9 +13,9 @@ namespace io {
 class Replacement {
  public:
   Replacement() = default;
-  Replacement(Replacement&& other) noexcept;
-  Replacement& operator=(Replacement&& other) noexcept;
-  // What was not put in place disappears.
+  Replacement(const Replacement&) = delete;
+  Replacement& operator=(const Replacement&) = delete;
+  // What was not put in place disappears, and what stood there before it.
   ~Replacement();
 
   // Opens a file to write what `name` is to hold. The result is 0 or the error number: a name that
@@ -36,13 +37,14 @@ class Replacement {
   int complete();
 
  private:
-  friend void put_in_place(std::span<Replacement> files);
+  friend void put_in_place(std::span<const std::unique_ptr<Replacement>> files);
   enum class Way { rename, write_through, write_in_place };
+  // How it came to its place, as it is to be taken back.
+  enum class Placed { not_yet, created, exchanged, overwritten };
 
   int begin_renaming(bool exists, mode_t mode);
   int begin_writing(Way way);
   void drop();
-  void close_descriptors();
   int link_hidden(int first);
   int keep_old();
   int copy_through();
@@ -53,11 +55,9 @@ class Replacement {
   std::string target_;  // the file to which it leads
   std::string hidden_;  // a hidden name in the target's folder; empty where there is none
   Way way_ = Way::rename;
-  bool replaces_ = false;     // something stood there at the beginning
-  bool anonymous_ = false;    // the descriptor is the only way to the content
-  bool created_ = false;      // put in place where nothing stood
-  bool exchanged_ = false;    // put in place, and the old file is at the hidden name
-  bool overwritten_ = false;  // written into the file itself
+  bool replaces_ = false;   // something stood there at the beginning
+  bool anonymous_ = false;  // the descriptor is the only way to the content
+  Placed placed_ = Placed::not_yet;
   int descriptor_ = -1;
   int destination_ = -1;  // of a device or pipe, open from the beginning
   int old_content_ = -1;  // of a file that is written itself, in memory
@@ -67,6 +67,6 @@ class Replacement {
 // back those already in place. What goes to a device or pipe goes first, since only it cannot be
 // taken back.
 // Signals wait until it is done, and so does another program that does this in the same folder.
-void put_in_place(std::span<Replacement> files);
+void put_in_place(std::span<const std::unique_ptr<Replacement>> files);
 
 }  // namespace io

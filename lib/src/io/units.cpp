@@ -29,7 +29,7 @@ struct Table {
   long long opened = 0;
   // Complete files that wait to be put in place together.
   bool collecting = false;
-  std::vector<Replacement> waiting;
+  std::vector<std::unique_ptr<Replacement>> waiting;
   // A closed input file, kept for the next open so that its buffer need not be obtained again.
   std::unique_ptr<InputFile> spare;
 };
@@ -39,13 +39,13 @@ Table& table() {
   return units;
 }
 
-std::string unit_name(int fid) { return "unit " + std::to_string(fid); }
-
 InputFile& input(int fid) {
   auto& inputs = table().inputs;
   const auto found = inputs.find(fid);
   if (found != inputs.end()) return *found->second.file;
-  if (fid != standard_input) fatal_stop({unit_name(fid)}, "expected an open file, found none");
+  if (fid != standard_input) {
+    fatal_stop({joined("unit ", fid)}, "expected an open file, found none");
+  }
   auto& opened = inputs[fid] = {std::make_unique<InputFile>(), 0};
   opened.file->attach(STDIN_FILENO, "standard input");
   return *opened.file;
@@ -68,9 +68,8 @@ int connect_input(int fid, std::string_view name) {
 [[noreturn]] void stop_at_open(std::string_view name, const char* wanted, int error,
                                std::string_view hint = {}) {
   const std::string_view shown = trimmed(name);
-  fatal_stop({shown.empty() ? std::string_view("''") : shown},
-             std::string("expected ") + wanted + ", found: " + strerror(error) +
-                 (hint.empty() ? "" : " (" + std::string(hint) + ")"));
+  fatal_stop({shown.empty() ? "''" : shown}, "expected ", wanted, ", found: ", strerror(error),
+             hint.empty() ? "" : joined(" (", hint, ")"));
 }
 
 using Open = int (OutputFile::*)(const std::string& name);
@@ -120,11 +119,10 @@ void close(int fid) {
   if (found == units.outputs.end()) return;
   const std::unique_ptr<OutputFile> file = std::move(found->second.file);
   units.outputs.erase(found);
-  Replacement complete = file->close();
-  if (!file->replaces()) return;
-  if (units.collecting) {
+  std::unique_ptr<Replacement> complete = file->close();
+  if (complete && units.collecting) {
     units.waiting.push_back(std::move(complete));
-  } else {
+  } else if (complete) {
     put_in_place({&complete, 1});
   }
 }
@@ -134,8 +132,7 @@ void begin_results() { table().collecting = true; }
 void put_results_in_place() {
   Table& units = table();
   units.collecting = false;
-  std::vector<Replacement> files = std::move(units.waiting);
-  units.waiting.clear();
+  const auto files = std::exchange(units.waiting, {});
   put_in_place(files);
 }
 
@@ -199,7 +196,7 @@ Place next_place(int fid) { return {name(fid), line_number(fid) + 1}; }
 OutputFile& output(int fid) {
   const auto found = table().outputs.find(fid);
   if (found == table().outputs.end()) {
-    fatal_stop({unit_name(fid)}, "expected a file open for writing, found none");
+    fatal_stop({joined("unit ", fid)}, "expected a file open for writing, found none");
   }
   return *found->second.file;
 }

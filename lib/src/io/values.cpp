@@ -19,31 +19,24 @@ struct RealParts {
   std::string_view exponent;  // with its sign; empty where there is none
 };
 
-bool all_digits(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), is_digit);
-}
-
 bool is_sign(char c) { return c == '+' || c == '-'; }
 
+// Takes a sign from the head of a text; true when it was a minus.
+bool take_sign(std::string_view& text) {
+  const bool negative = text.starts_with('-');
+  if (negative || text.starts_with('+')) text.remove_prefix(1);
+  return negative;
+}
+
 bool split_real(std::string_view token, RealParts& parts) {
-  if (!token.empty() && is_sign(token.front())) {
-    parts.negative = token.front() == '-';
-    token.remove_prefix(1);
+  constexpr std::string_view digits = "0123456789";
+  parts.negative = take_sign(token);
+  std::size_t end = std::min(token.find_first_not_of(digits), token.size());
+  if (token.substr(end).starts_with('.')) {
+    end = std::min(token.find_first_not_of(digits, end + 1), token.size());
   }
-  std::size_t end = 0;
-  std::size_t digits = 0;
-  bool point = false;
-  for (; end < token.size(); ++end) {
-    if (is_digit(token[end])) {
-      ++digits;
-    } else if (token[end] == '.' && !point) {
-      point = true;
-    } else {
-      break;
-    }
-  }
-  if (digits == 0) return false;
   parts.mantissa = token.substr(0, end);
+  if (parts.mantissa.find_first_of(digits) == token.npos) return false;
   token.remove_prefix(end);
   if (token.empty()) return true;
   if (!is_sign(token.front())) {
@@ -52,8 +45,8 @@ bool split_real(std::string_view token, RealParts& parts) {
     token.remove_prefix(1);
   }
   parts.exponent = token;
-  if (!token.empty() && is_sign(token.front())) token.remove_prefix(1);
-  return all_digits(token);
+  take_sign(token);
+  return !token.empty() && token.find_first_not_of(digits) == token.npos;
 }
 
 // The power of ten of the first digit that is not zero; 0 for a mantissa of zeros.
@@ -65,21 +58,18 @@ long long leading_power(std::string_view mantissa) {
   return place < whole ? whole - place - 1 : whole - place;
 }
 
-// Whether a value beyond the range of a double is too large, not too small.
+// Whether a value beyond the range of a double is too large, not too small. No line is so long that
+// its digits make up for an exponent beyond 32 bits.
 bool is_overflow(const RealParts& parts) {
   std::string_view digits = parts.exponent;
-  const bool negative = !digits.empty() && digits.front() == '-';
-  if (!digits.empty() && is_sign(digits.front())) digits.remove_prefix(1);
-  long long exponent = 0;
+  const bool negative = take_sign(digits);
+  int exponent = 0;
   const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
-  constexpr long long beyond_any_mantissa = 1000000000000000;
-  if (result.ec == std::errc::result_out_of_range || exponent > beyond_any_mantissa) {
-    return !negative;
-  }
+  if (result.ec == std::errc::result_out_of_range) return !negative;
   return leading_power(parts.mantissa) + (negative ? -exponent : exponent) > 0;
 }
 
-bool parse_split_real(const RealParts& parts, double& value) {
+double value_of(const RealParts& parts) {
   std::string text(parts.mantissa);
   if (!parts.exponent.empty()) {
     text += 'e';
@@ -91,23 +81,17 @@ bool parse_split_real(const RealParts& parts, double& value) {
     const bool zero = parts.mantissa.find_first_not_of("0.") == std::string_view::npos;
     magnitude = !zero && is_overflow(parts) ? std::numeric_limits<double>::infinity() : 0.0;
   }
-  value = parts.negative ? -magnitude : magnitude;
-  return true;
+  return parts.negative ? -magnitude : magnitude;
 }
 
 bool parse_named_real(std::string_view token, double& value) {
-  const bool negative = !token.empty() && token.front() == '-';
-  if (!token.empty() && is_sign(token.front())) token.remove_prefix(1);
-  std::string name(token.substr(0, 9));
-  std::transform(name.begin(), name.end(), name.begin(), lowered);
-  double magnitude = 0.0;
-  if (name == "nan") {
-    magnitude = std::numeric_limits<double>::quiet_NaN();
-  } else if (name == "inf" || name == "infinity") {
-    magnitude = std::numeric_limits<double>::infinity();
-  } else {
+  const bool negative = take_sign(token);
+  const bool is_nan = equal_in_any_case(token, "nan");
+  if (!is_nan && !equal_in_any_case(token, "inf") && !equal_in_any_case(token, "infinity")) {
     return false;
   }
+  const double magnitude =
+      is_nan ? std::numeric_limits<double>::quiet_NaN() : std::numeric_limits<double>::infinity();
   value = negative ? -magnitude : magnitude;
   return true;
 }
@@ -192,13 +176,10 @@ std::size_t scan_decimal(std::string_view text, double& value) {
 }
 
 bool parse_real(std::string_view token, double& value) {
-  double scanned = 0.0;
-  if (!token.empty() && scan_decimal(token, scanned) == token.size()) {
-    value = scanned;
-    return true;
-  }
   RealParts parts;
-  return split_real(token, parts) ? parse_split_real(parts, value) : parse_named_real(token, value);
+  if (!split_real(token, parts)) return parse_named_real(token, value);
+  value = value_of(parts);
+  return true;
 }
 
 bool parse_logical(std::string_view token, bool& value) {

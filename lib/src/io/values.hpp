@@ -1,6 +1,7 @@
 // Single values in the spellings that input files may use. Independent of the locale.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -30,5 +31,11 @@ constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 // The capital letters A-Z turned into small ones; no other character changes.
 constexpr char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+// Whether two texts differ at most in the case of letters.
+constexpr bool equal_in_any_case(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return lowered(x) == lowered(y); });
+}
 
 }  // namespace io
