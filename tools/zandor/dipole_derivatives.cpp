@@ -1,7 +1,6 @@
 #include "zandor/dipole_derivatives.hpp"
 
 #include <cmath>
-#include <string>
 
 namespace zandor {
 
@@ -13,10 +12,8 @@ void differentiate_transition_dipoles(RunData& run) {
       for (int k = 1; k <= 3; ++k) {
         const double derivative = (run.tdip(k, 2 * ih) - run.tdip(k, 2 * ih - 1)) / run.dx / 2.0;
         if (!std::isfinite(derivative)) {
-          io::fatal_stop("expected finite transition dipole derivatives, found " +
-                         io::shown(derivative) + " for coordinate " + std::to_string(ih) +
-                         " (jobs " + std::to_string(2 * ih - 1) + ", " + std::to_string(2 * ih) +
-                         ")");
+          io::fatal_stop({}, "expected finite transition dipole derivatives, found ", derivative,
+                         " for coordinate ", ih, " (jobs ", 2 * ih - 1, ", ", 2 * ih, ")");
         }
         run.tddip(k, ixyz, iatom) = derivative;
       }

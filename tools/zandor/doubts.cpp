@@ -1,16 +1,14 @@
 #include "zandor/doubts.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <numeric>
-#include <string>
-#include <vector>
 
 #include "flib/com.hpp"
 #include "flib/ddiag.hpp"
 #include "flib/formtrm1.hpp"
+#include "flib/sprod.hpp"
 #include "flib/units_of_measure.hpp"
+#include "flib/vscal.hpp"
 
 namespace zandor {
 
@@ -33,8 +31,6 @@ struct Rotations {
   double left = 0.0;
 };
 
-double wavenumber(double eigenvalue) { return std::sqrt(eigenvalue) * flib::wavenumbers_per_au; }
-
 // Makes the rotations orthonormal, columns 4 to 6 of v, and gives their number; what is left of one
 // that the others make up is zero.
 int orthonormalise(int n3, const flib::ArrayView<double, 2>& v) {
@@ -44,13 +40,13 @@ int orthonormalise(int n3, const flib::ArrayView<double, 2>& v) {
     double* const vector = v.column(k);
     for (int l = 4; l < k; ++l) {
       const double* const other = v.column(l);
-      const double overlap = std::inner_product(other, other + n3, vector, 0.0);
+      const double overlap = flib::sprod(n3, other, vector);
       for (int i = 0; i < n3; ++i) vector[i] -= overlap * other[i];
     }
-    const double length = std::sqrt(std::inner_product(vector, vector + n3, vector, 0.0));
-    const double factor = length > dependent ? 1.0 / length : 0.0;
-    std::for_each(vector, vector + n3, [factor](double& value) { value *= factor; });
-    if (factor > 0.0) ++count;
+    const double length = std::sqrt(flib::sprod(n3, vector, vector));
+    const bool is_new = length > dependent;
+    flib::vscal(n3, is_new ? 1.0 / length : 0.0, vector);
+    if (is_new) ++count;
   }
   return count;
 }
@@ -65,35 +61,20 @@ Rotations rotations(const RunData& run) {
   flib::formtrm1(run.natom, run.mass.data(), centred.data(), v.data());
   Rotations found;
   found.count = orthonormalise(n3, v);
-  const double* const first = v.column(4);
-  std::vector<double> image(static_cast<std::size_t>(n3));
-  double block[9];
-  for (int k = 0; k < 3; ++k) {
-    const double* const vector = first + static_cast<std::ptrdiff_t>(k) * n3;
+  flib::Array<double, 1> image("image of a rotation", {n3});
+  flib::Array<double, 2> block("projected rotations", {3, 3}), vectors("vectors", {3, 3});
+  for (int k = 1; k <= 3; ++k) {
     for (int j = 1; j <= n3; ++j) {
-      const double* const row = run.mhessp.column(j);
-      image[static_cast<std::size_t>(j - 1)] = std::inner_product(row, row + n3, vector, 0.0);
+      image(j) = flib::sprod(n3, run.mhessp.column(j), v.column(3 + k));
     }
-    for (int l = 0; l < 3; ++l) {
-      const double* const other = first + static_cast<std::ptrdiff_t>(l) * n3;
-      block[3 * k + l] = std::inner_product(other, other + n3, image.begin(), 0.0);
-    }
+    for (int l = 1; l <= 3; ++l) block(l, k) = flib::sprod(n3, v.column(3 + l), image.data());
   }
-  // The root of the sum of the squares of the eigenvalues is no less than the largest.
-  const double bound = std::sqrt(std::inner_product(block, block + 9, block, 0.0));
-  if (wavenumber(bound) < largest_left) return found;
-  double eigenvalues[3], work[3], vectors[9];
-  flib::tred2e(3, 3, block, eigenvalues, work, vectors);
-  flib::tql2e(3, 3, eigenvalues, work, vectors, info);
-  for (const double value : eigenvalues) {
-    found.left = std::max(found.left, wavenumber(std::fabs(value)));
-  }
+  double eigenvalues[3], work[3];
+  flib::tred2e(3, 3, block.data(), eigenvalues, work, vectors.data());
+  flib::tql2e(3, 3, eigenvalues, work, vectors.data(), info);
+  const double largest = std::max(std::fabs(eigenvalues[0]), std::fabs(eigenvalues[2]));
+  found.left = std::sqrt(largest) * flib::wavenumbers_per_au;
   return found;
-}
-
-std::string rounded(double value) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, 3).ptr};
 }
 
 }  // namespace
@@ -101,25 +82,25 @@ std::string rounded(double value) {
 void warn_of_doubts(const RunData& run) {
   if (run.reference_force > largest_force) {
     io::warn({run.jobs[0].sgn_name.content()},
-             "the reference is not a stationary point: a force of " + rounded(run.reference_force) +
-                 " Hartree/Bohr acts on an atom" + more);
+             io::joined("the reference is not a stationary point: a force of ",
+                        io::rounded(run.reference_force), " Hartree/Bohr acts on an atom", more));
   }
   const Rotations found = rotations(run);
-  if (found.left > largest_left && !run.layered) {
+  const bool is_turned = found.left > largest_left;
+  if (is_turned && !run.layered) {
     io::warn({run.com_name.content()},
-             "the axes are not the principal axes of inertia: rotations stay in the projected "
-             "frequencies with up to " +
-                 rounded(found.left) + " cm-1" + more);
+             io::joined("the axes are not the principal axes of inertia: rotations stay in the "
+                        "projected frequencies with up to ",
+                        io::rounded(found.left), " cm-1", more));
   }
   const int vibrations = run.n3 - 3 - found.count;
   auto imaginary = std::count_if(run.freqp.data(), run.freqp.data() + run.n3, [](double frequency) {
     return frequency * flib::wavenumbers_per_au < -largest_left;
   });
-  if (found.left > largest_left) imaginary -= found.count;  // rotations, perhaps
+  if (is_turned) imaginary -= found.count;  // rotations, perhaps
   if (static_cast<double>(imaginary) > most_imaginary * vibrations) {
-    io::warn({}, std::to_string(imaginary) + " of " + std::to_string(vibrations) +
-                     " vibrations are imaginary: gradients for forces, or the order of the jobs?" +
-                     more);
+    io::warn({}, io::joined(imaginary, " of ", vibrations, " vibrations are imaginary: gradients ",
+                            "for forces, or the order of the jobs?", more));
   }
 }
 

@@ -1,7 +1,5 @@
 #include "zandor/fault_list.hpp"
 
-#include <string>
-
 namespace zandor {
 
 namespace {
@@ -17,7 +15,7 @@ void add_fault(const io::Stop& stop, FaultList& faults) {
 void stop_at_faults(const FaultList& faults) {
   if (faults.count == 0) return;
   if (faults.count > most_shown) {
-    io::report({}, "... and " + std::to_string(faults.count - most_shown) + " more " + faults.what);
+    io::report({}, io::joined("... and ", faults.count - most_shown, " more ", faults.what));
   }
   io::silent_stop(2);
 }

@@ -1,6 +1,7 @@
 #include "zandor/get_sgn_param.hpp"
 
 #include <string>
+#include <utility>
 
 #include "flib/file.hpp"
 #include "flib/get_free_fid.hpp"
@@ -24,21 +25,16 @@ namespace {
 io::FreeForm values_of(int fid, std::string_view keyword, io::Line& line) {
   const std::int64_t before = io::position(fid);
   if (!flib::search_word_del_space(fid, keyword, line)) {
-    const std::string word(keyword);
-    io::report({io::name(fid)}, io::position(fid) == 0
-                                    ? "expected the keyword '" + word + "', found an empty file"
-                                    : "no line holds '" + word + "' after line " +
-                                          std::to_string(io::line_number(fid, before)));
+    io::report({io::name(fid)},
+               io::position(fid) == 0
+                   ? io::joined("expected the keyword '", keyword, "', found an empty file")
+                   : io::joined("no line holds '", keyword, "' after line ",
+                                io::line_number(fid, before)));
     flib::miss_keyword(keyword);
   }
   io::FreeForm items(fid, line.padded());
   items.skip_words(2, {keyword});
   return items;
-}
-
-void read_count(int fid, std::string_view keyword, int& value) {
-  io::Line line;
-  values_of(fid, keyword, line).integer(value, {keyword});
 }
 
 // The variables of the caller.
@@ -53,14 +49,13 @@ void read_header(std::string_view finp, const SignParameters& to) {
   int fid = 0;
   flib::get_free_fid(fid);
   io::open_existing(fid, name.content());
-  read_count(fid, "natom", to.natom);
-  read_count(fid, "nmo", to.nbasis);
-  read_count(fid, "mi", to.mi);
-  read_count(fid, "ma", to.ma);
-  read_count(fid, "mci", to.mci);
-  read_count(fid, "NFC", to.nfc);
-  read_count(fid, "NFV", to.nfv);
+  const std::pair<std::string_view, int&> counts[] = {
+      {"natom", to.natom}, {"nmo", to.nbasis}, {"mi", to.mi},  {"ma", to.ma},
+      {"mci", to.mci},     {"NFC", to.nfc},    {"NFV", to.nfv}};
   io::Line line;
+  for (const auto& [keyword, value] : counts) {
+    values_of(fid, keyword, line).integer(value, {keyword});
+  }
   io::FreeForm location = values_of(fid, "tden_maxloc", line);
   for (int& index : to.tden_maxloc) location.integer(index, {"tden_maxloc"});
   values_of(fid, "tden_maxval", line).real(to.tden_maxval, {"tden_maxval"});

@@ -1,9 +1,12 @@
 #include "zandor/job_list.hpp"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 #include "flib/search_word.hpp"
 #include "flib/units_of_measure.hpp"
@@ -18,18 +21,20 @@ namespace {
 constexpr const char* section_marker = "Begin_zand_info";
 constexpr std::size_t longest_name = io::line_capacity - std::string_view("coord-.sgn").size();
 
-void add_fault_at(long long line, const std::string& message, FaultList& faults) {
-  add_fault({.file = job_list_name, .line = line, .message = message}, faults);
+void add_fault_at(long long line, std::string message, FaultList& faults) {
+  add_fault({.file = job_list_name, .line = line, .message = std::move(message)}, faults);
 }
 
+io::Place here() { return io::place(input_unit); }
+
 void read_sizes(RunData& run) {
+  constexpr int most_atoms = std::numeric_limits<int>::max() / 6;
   io::FreeForm first(input_unit);
   first.skip_words(3, {"the number of atoms"});
   first.integer(run.natom, {"the number of atoms"});
-  if (run.natom < 1 || run.natom > std::numeric_limits<int>::max() / 6) {
-    io::fatal_stop(io::place(input_unit), "expected a number of atoms from 1 to " +
-                                              std::to_string(std::numeric_limits<int>::max() / 6) +
-                                              ", found " + std::to_string(run.natom));
+  if (run.natom < 1 || run.natom > most_atoms) {
+    io::fatal_stop(here(), "expected a number of atoms from 1 to ", most_atoms, ", found ",
+                   run.natom);
   }
   run.n3 = 3 * run.natom;
   run.n6 = 6 * run.natom;
@@ -44,24 +49,21 @@ void read_sizes(RunData& run) {
   third.finite_real(step, {"the displacement step"});
   run.dx = step / flib::angstrom_per_bohr;
   if (run.dx == 0.0 || !std::isfinite(run.dx)) {
-    io::fatal_stop(io::place(input_unit),
-                   "expected a displacement step other than 0 that is finite in Bohr, found " +
-                       std::string(run.dx == 0.0 ? "0" : "an infinite one"));
+    io::fatal_stop(here(), "expected a displacement step other than 0 that is finite in Bohr, ",
+                   "found ", run.dx == 0.0 ? "0" : "an infinite one");
   }
   if (!std::isnan(run.control_dx) && run.control_dx != step) {
-    io::warn(io::place(input_unit), "the step is " + io::shown(step) + " Angstrom, and not dx = " +
-                                        io::shown(run.control_dx) + " of the control file");
+    io::warn(here(), io::joined("the step is ", step, " Angstrom, and not dx = ", run.control_dx,
+                                " of the control file"));
   }
 }
 
 void find_job_section() {
   const std::int64_t before = io::position(input_unit);
   io::Line line;
-  if (!flib::search_word(input_unit, 1, 15, section_marker, line)) {
-    io::fatal_stop({job_list_name}, "no line holds '" + std::string(section_marker) +
-                                        "' in columns 1-15 after line " +
-                                        std::to_string(io::line_number(input_unit, before)));
-  }
+  if (flib::search_word(input_unit, 1, 15, section_marker, line)) return;
+  io::fatal_stop({job_list_name}, "no line holds '", section_marker,
+                 "' in columns 1-15 after line ", io::line_number(input_unit, before));
 }
 
 void read_operations(RunData& run) {
@@ -70,26 +72,23 @@ void read_operations(RunData& run) {
   count.skip_words(3, {"the number of operations"});
   count.integer(run.nop, {"the number of operations"});
   if (run.nop < 0) {
-    io::fatal_stop(io::place(input_unit), "expected a number of operations of 0 or more, found " +
-                                              std::to_string(run.nop));
+    io::fatal_stop(here(), "expected a number of operations of 0 or more, found ", run.nop);
   }
   io::pass_over_lines(input_unit, 1, "a line before the operations");
-  std::vector<double> rows;
+  std::vector<std::array<double, 9>> matrices;  // by columns
   for (int k = 1; k <= run.nop; ++k) {
     io::pass_over_lines(input_unit, 1, "the caption of operation " + std::to_string(k));
-    for (int j = 1; j <= 3; ++j) {
-      io::FreeForm row(input_unit);
-      for (int i = 1; i <= 3; ++i) {
-        row.finite_real(rows.emplace_back(), {"a matrix element of operation", k});
+    auto& matrix = matrices.emplace_back();
+    for (std::size_t row = 0; row < 3; ++row) {
+      io::FreeForm items(input_unit);
+      for (std::size_t i = row; i < 9; i += 3) {
+        items.finite_real(matrix[i], {"a matrix element of operation", k});
       }
     }
   }
   run.op = {"op", {3, 3, run.nop}};
-  std::size_t next = 0;
   for (int k = 1; k <= run.nop; ++k) {
-    for (int j = 1; j <= 3; ++j) {
-      for (int i = 1; i <= 3; ++i) run.op(j, i, k) = rows[next++];
-    }
+    std::copy_n(matrices[static_cast<std::size_t>(k - 1)].data(), 9, run.op.column(1, k));
   }
 }
 
@@ -107,9 +106,9 @@ void read_atom_table(RunData& run) {
     run.atom_line.push_back(io::line_number(input_unit));
   }
   run.atom_m = {"atom_m", {run.natom, run.nop}};
-  std::size_t next = 0;
+  auto image = images.begin();
   for (int a = 1; a <= run.natom; ++a) {
-    for (int k = 1; k <= run.nop; ++k) run.atom_m(a, k) = images[next++];
+    for (int k = 1; k <= run.nop; ++k) run.atom_m(a, k) = *image++;
   }
 }
 
@@ -127,70 +126,67 @@ void read_jobs(RunData& run) {
     if (!has_job || !has_operation) job.missing = row.missing_value();
     job.list_line = io::line_number(input_unit);
     if (i == run.n6 && !job.is_calc) row.warn_of_open_end({"the operation of job", i});
-    const std::string base(io::trimmed(io::without_leading_blanks(name.padded())));
+    const std::string_view base = io::trimmed(io::without_leading_blanks(name.padded()));
     if (base.size() > longest_name && (i == 0 || job.is_calc)) {
-      io::fatal_stop(io::place(input_unit), "expected a job name of at most " +
-                                                std::to_string(longest_name) +
-                                                " characters, found " + io::quoted(base));
+      io::fatal_stop(here(), "expected a job name of at most ", longest_name, " characters, found ",
+                     io::quoted(base));
     }
-    job.log_name = "coord-" + base + ".log";
-    job.sgn_name = "coord-" + base + ".sgn";
-    if (i == 0) run.com_name = "coord-" + base + ".com";
+    job.log_name = io::joined("coord-", base, ".log");
+    job.sgn_name = io::joined("coord-", base, ".sgn");
+    if (i == 0) run.com_name = io::joined("coord-", base, ".com");
   }
 }
 
-std::string range_text(int first, int last) {
-  return std::to_string(first) + ".." + std::to_string(last);
-}
+std::string range_text(int first, int last) { return io::joined(first, "..", last); }
 
 // What is wrong with the line of a derived job; empty when nothing is.
 std::string fault_of(const RunData& run, int i) {
   const Job& job = run.jobs[static_cast<std::size_t>(i)];
   if (job.missing != nullptr) {
     // A slash in a name that is not quoted ends the line before its flag.
-    return "expected T, or a source job and an operation, for job " + std::to_string(i) +
-           ", found " + job.missing;
+    return io::joined("expected T, or a source job and an operation, for job ", i, ", found ",
+                      job.missing);
   }
-  const std::string which = " for the derived job " + std::to_string(i) + ", found ";
+  const std::string which = io::joined(" for the derived job ", i, ", found ");
   if (job.iops < 1 || job.iops > run.nop) {
-    return "expected an operation within " + range_text(1, run.nop) + which +
-           std::to_string(job.iops);
+    return io::joined("expected an operation within ", range_text(1, run.nop), which, job.iops);
   }
   if (job.calc_m < 0 || job.calc_m > run.n6) {
-    return "expected a source job within " + range_text(0, run.n6) + which +
-           std::to_string(job.calc_m);
+    return io::joined("expected a source job within ", range_text(0, run.n6), which, job.calc_m);
   }
   return {};
 }
 
-void check_sources(const RunData& run, std::vector<char>& operation_used) {
+// Gives the operations that derived jobs use, true at the number of each.
+std::vector<bool> check_sources(const RunData& run) {
+  std::vector<bool> is_used(static_cast<std::size_t>(run.nop) + 1);
   FaultList faults{"jobs"};
   for (int i = 1; i <= run.n6; ++i) {
     const Job& job = run.jobs[static_cast<std::size_t>(i)];
     if (job.is_calc) continue;
-    const std::string fault = fault_of(run, i);
-    if (!fault.empty()) {
-      add_fault_at(job.list_line, fault, faults);
-      continue;
+    std::string fault = fault_of(run, i);
+    if (fault.empty()) {
+      is_used[static_cast<std::size_t>(job.iops)] = true;
+    } else {
+      add_fault_at(job.list_line, std::move(fault), faults);
     }
-    operation_used[static_cast<std::size_t>(job.iops)] = 1;
   }
   stop_at_faults(faults);
+  return is_used;
 }
 
-void check_images(const RunData& run, const std::vector<char>& operation_used) {
+void check_images(const RunData& run, const std::vector<bool>& is_used) {
   FaultList faults{"images"};
   for (int a = 1; a <= run.natom; ++a) {
     for (int k = 1; k <= run.nop; ++k) {
       const int image = run.atom_m(a, k);
-      if (operation_used[static_cast<std::size_t>(k)] == 0 || (image >= 1 && image <= run.natom)) {
-        continue;
-      }
-      add_fault_at(run.atom_line[static_cast<std::size_t>(a - 1)],
-                   "expected an atom within " + range_text(1, run.natom) +
-                       " as the image of atom " + std::to_string(a) + " under operation " +
-                       std::to_string(k) + ", found " + std::to_string(image),
-                   faults);
+      const bool is_atom = image >= 1 && image <= run.natom;
+      if (is_atom || !is_used[static_cast<std::size_t>(k)]) continue;
+      add_fault_at(
+          run.atom_line[static_cast<std::size_t>(a - 1)],
+          io::joined("expected an atom within ", range_text(1, run.natom), " as the image of atom ",
+                     a, " under operation ", k, ", found ", image),
+          faults);
     }
   }
   stop_at_faults(faults);
@@ -205,49 +201,35 @@ void warn_of_equal_names(const RunData& run) {
     const auto [found, is_new] = job_of_name.emplace(job.sgn_name.content(), i);
     if (is_new) continue;
     const Job& other = run.jobs[static_cast<std::size_t>(found->second)];
-    io::warn({job_list_name, job.list_line}, "job " + std::to_string(i) + " has the name of job " +
-                                                 std::to_string(found->second) + " in line " +
-                                                 std::to_string(other.list_line) + ": both read " +
-                                                 io::printable(job.sgn_name.content()));
+    io::warn({job_list_name, job.list_line},
+             io::joined("job ", i, " has the name of job ", found->second, " in line ",
+                        other.list_line, ": both read ", io::printable(job.sgn_name.content())));
   }
 }
 
-// Derived jobs whose source holds no forces at the moment when they are derived: the reference, a
-// job derived later, or one that was derived from such a source itself.
-std::vector<char> find_zeros(const RunData& run) {
-  std::vector<char> is_zero(run.jobs.size());
+// Warns of derived jobs whose source holds no forces at the moment when they are derived: the
+// reference, a job derived later, or one that was derived from such a source itself.
+void warn_of_zeros(const RunData& run) {
+  std::vector<bool> is_zero(run.jobs.size());
+  const Job* first_derived = nullptr;
+  int derived = 0;
   for (std::size_t i = 1; i < run.jobs.size(); ++i) {
     const Job& job = run.jobs[i];
     if (job.is_calc) continue;
+    if (derived++ == 0) first_derived = &job;
     const auto source = static_cast<std::size_t>(job.calc_m);
     const bool later = source >= i && !run.jobs[source].is_calc;
-    is_zero[i] = source == 0 || later || is_zero[source] != 0;
+    is_zero[i] = source == 0 || later || is_zero[source];
+    if (!is_zero[i]) continue;
+    io::warn({job_list_name, job.list_line},
+             io::joined("the forces of job ", i, " are zero: its source, job ", source,
+                        ", holds none when it is derived"));
   }
-  return is_zero;
-}
-
-void warn_of_zeros(const RunData& run) {
-  const std::vector<char> is_zero = find_zeros(run);
-  const Job* first_derived = nullptr;
-  int derived = 0;
-  for (int i = 1; i <= run.n6; ++i) {
-    const Job& job = run.jobs[static_cast<std::size_t>(i)];
-    if (job.is_calc) continue;
-    ++derived;
-    if (first_derived == nullptr) first_derived = &job;
-    if (is_zero[static_cast<std::size_t>(i)] != 0) {
-      io::warn({job_list_name, job.list_line},
-               "the forces of job " + std::to_string(i) + " are zero: its source, job " +
-                   std::to_string(job.calc_m) + ", holds none when it is derived");
-    }
-  }
-  if (derived > 0 && !run.symm) {
-    io::warn({job_list_name, first_derived->list_line},
-             "symm is false, but " + std::to_string(derived) +
-                 (derived == 1 ? " job is" : " jobs are") +
-                 " derived: transition dipoles from symmetry are zero and the derivatives rest on "
-                 "them");
-  }
+  if (derived == 0 || run.symm) return;
+  io::warn({job_list_name, first_derived->list_line},
+           io::joined("symm is false, but ", derived, derived == 1 ? " job is" : " jobs are",
+                      " derived: transition dipoles from symmetry are zero and the derivatives "
+                      "rest on them"));
 }
 
 }  // namespace
@@ -260,9 +242,7 @@ void read_job_list(RunData& run) {
   read_atom_table(run);
   read_jobs(run);
   io::close(input_unit);
-  std::vector<char> operation_used(static_cast<std::size_t>(run.nop) + 1);
-  check_sources(run, operation_used);
-  check_images(run, operation_used);
+  check_images(run, check_sources(run));
   warn_of_equal_names(run);
   warn_of_zeros(run);
 }

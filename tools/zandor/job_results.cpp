@@ -38,9 +38,8 @@ void check_sign_header(const RunData& run) {
   get_sgn_param(true, name.padded(), natom, nbasis, nbsuse, mi, ma, mci, nfc, nfv, tden_maxloc,
                 tden_maxval);
   if (natom != run.natom) {
-    io::fatal_stop({name.content(), line_of_natom(name.content())},
-                   "expected natom = " + std::to_string(run.natom) + " as in " + job_list_name +
-                       ", found " + std::to_string(natom));
+    io::fatal_stop({name.content(), line_of_natom(name.content())}, "expected natom = ", run.natom,
+                   " as in ", job_list_name, ", found ", natom);
   }
 }
 
@@ -51,15 +50,7 @@ void read_geometry_and_masses(RunData& run) {
     io::FreeForm row(input_unit);
     row.skip_words(1, {"the geometry of atom", a});
     const auto place = static_cast<std::size_t>(a - 1);
-    row.text(run.symbol[place], {"the symbol of atom", a});
-    row.optional_integer(run.nat[place], {"the atomic number of atom", a});
-    row.finite_real(run.mass(a), {"the mass of atom", a});
-    if (!(run.mass(a) > 0.0)) {
-      io::fatal_stop(io::place(input_unit), "expected a mass above 0 for atom " +
-                                                std::to_string(a) + ", found " +
-                                                io::shown(run.mass(a)));
-    }
-    for (int k = 1; k <= 3; ++k) row.finite_real(run.xa(k, a), {"the geometry of atom", a});
+    read_atom(row, a, run.symbol[place], run.nat[place], run.mass(a), run.xa.column(a));
     if (a == run.natom) row.warn_of_open_end({"the geometry of atom", a});
   }
 }
@@ -69,19 +60,11 @@ void read_geometry_and_masses(RunData& run) {
 void look_at_forces(RunData& run) {
   io::Line line;
   if (!flib::search_word_free(input_unit, forces_header, line)) return;
-  double largest = 0.0;
-  const auto stop = io::collect([&] {
-    for (int a = 1; a <= run.natom; ++a) {
-      io::FreeForm row(input_unit);
-      row.skip_words(1, {"the force on atom", a});
-      for (int k = 0; k < 3; ++k) {
-        double force = 0.0;
-        row.finite_real(force, {"the force on atom", a});
-        largest = std::max(largest, std::fabs(force));
-      }
-    }
-  });
-  if (!stop) run.reference_force = largest;
+  std::vector<double> forces(static_cast<std::size_t>(run.n3));
+  if (io::collect([&] { read_forces(run.natom, forces.data()); })) return;
+  for (const double force : forces) {
+    run.reference_force = std::max(run.reference_force, std::fabs(force));
+  }
 }
 
 void read_reference_blocks(RunData& run) {

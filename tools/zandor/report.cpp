@@ -134,8 +134,8 @@ void write_results(const RunData& run) {
   write_animations(run);
   write_report(run);
   if (const long long count = io::overfull_fields(); count > 0) {
-    io::warn({}, std::to_string(count) + " numbers are too wide for the columns of the results, " +
-                     "where asterisks stand for them");
+    io::warn({}, io::joined(count, " numbers are too wide for the columns of the results, where ",
+                            "asterisks stand for them"));
   }
   io::put_results_in_place();
 }

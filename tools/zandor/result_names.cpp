@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 
 namespace zandor {
@@ -17,14 +19,16 @@ bool same_file(const Status& a, const Status& b) {
 }
 
 // Whether a name leads to a file that may have another name too.
-bool leads_elsewhere(const char* name, Status& status) {
-  Status link{};
+bool leads_elsewhere(const char* name) {
+  Status link{}, status{};
   if (::lstat(name, &link) != 0 || ::stat(name, &status) != 0) return false;
   return S_ISREG(status.st_mode) && (S_ISLNK(link.st_mode) || status.st_nlink > 1);
 }
 
-[[noreturn]] void stop_at(const char* name, const std::string& found) {
-  io::fatal_stop({name}, "expected a file for the results alone, found a link to " + found);
+std::vector<std::string> other_results(const std::string& result) {
+  std::vector<std::string> others(std::begin(result_names), std::end(result_names));
+  std::erase(others, result);
+  return others;
 }
 
 }  // namespace
@@ -44,31 +48,26 @@ std::vector<std::string> input_names(const RunData& run) {
 std::string input_behind(const std::string& name, const std::vector<std::string>& inputs) {
   Status status{}, of_input{};
   const bool exists = ::stat(name.c_str(), &status) == 0;
-  for (const std::string& input : inputs) {
-    if (name == input) return input;
-    if (!exists || ::stat(input.c_str(), &of_input) != 0) continue;
-    if (same_file(status, of_input)) return input;
-  }
-  return {};
+  const auto found = std::find_if(inputs.begin(), inputs.end(), [&](const std::string& input) {
+    return name == input ||
+           (exists && ::stat(input.c_str(), &of_input) == 0 && same_file(status, of_input));
+  });
+  return found == inputs.end() ? "" : *found;
 }
 
 void check_result_names(const RunData& run) {
+  const std::string control(run.control_name.content());
   for (const char* const result : result_names) {
-    const std::string control(run.control_name.content());
     if (!input_behind(result, {control}).empty()) {
-      io::fatal_stop({result}, "expected a name for a result alone, found the control file " +
-                                   io::printable(control));
+      io::fatal_stop({result}, "expected a name for a result alone, found the control file ",
+                     io::printable(control));
     }
-    Status status{};
-    if (!leads_elsewhere(result, status)) continue;
+    if (!leads_elsewhere(result)) continue;
     const std::string input = input_behind(result, input_names(run));
-    if (!input.empty()) stop_at(result, "the input " + io::printable(input));
-    for (const char* const other : result_names) {
-      Status of_other{};
-      if (other != result && ::stat(other, &of_other) == 0 && same_file(status, of_other)) {
-        stop_at(result, std::string("the result ") + other);
-      }
-    }
+    const std::string other = input_behind(result, other_results(result));
+    if (input.empty() && other.empty()) continue;
+    io::fatal_stop({result}, "expected a file for the results alone, found a link to the ",
+                   input.empty() ? "result " + other : "input " + io::printable(input));
   }
 }
 

@@ -17,7 +17,7 @@ inline constexpr const char* report_name = "zandor-es.out";
 // read.
 std::vector<std::string> input_names(const RunData& run);
 
-// Of these files the first that has this name, or to which it leads; empty where there is none.
+// The first input that is the same file as `name`; empty if none.
 std::string input_behind(const std::string& name, const std::vector<std::string>& inputs);
 
 // Stops when the name of a result is that of the control file, or leads through a link to an input

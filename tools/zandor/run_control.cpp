@@ -55,12 +55,11 @@ io::Line control_file_name(int argc, const char* const* argv) {
   io::Line name;
   if (argc > 1) name = argv[1];
   if (name.content().empty()) {
-    io::fatal_stop("no control file given (usage: " + std::string(io::program_name) +
-                   " CONTROLFILE)");
+    io::fatal_stop({}, "no control file given (usage: ", io::program_name, " CONTROLFILE)");
   }
   if (argc > 2) {
-    io::warn({}, "expected one argument, found " + std::to_string(argc - 1) +
-                     ": only the first is read (see zandor_gather --help)");
+    io::warn({}, io::joined("expected one argument, found ", argc - 1,
+                            ": only the first is read (see zandor_gather --help)"));
   }
   return name;
 }
@@ -75,12 +74,12 @@ void read_control_file(const io::Line& name, RunData& run) {
       {"disp_mode", &disp_mode}, {"disp_a", &run.disp_a},   {"disp_sign", &run.disp_sign},
   };
   run.control_name = name;
-  io::open_existing(input_unit, name.content(), "see " + std::string(io::program_name) + " --help");
+  io::open_existing(input_unit, name.content(), io::joined("see ", io::program_name, " --help"));
   io::read_control_group(input_unit, keys);
   io::close(input_unit);
   if (run.disp_a == 0.0 || !std::isfinite(run.disp_a)) {
     io::warn({name.content()},
-             "disp_a is " + io::shown(run.disp_a) + ": the animations hold NaN for displacements");
+             io::joined("disp_a is ", run.disp_a, ": the animations hold NaN for displacements"));
   }
   run.disp_a /= flib::angstrom_per_bohr;
 }

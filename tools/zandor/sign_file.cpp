@@ -1,8 +1,6 @@
 #include "zandor/sign_file.hpp"
 
 #include <algorithm>
-#include <cmath>
-#include <type_traits>
 
 #include "flib/search_word.hpp"
 #include "io/free_form.hpp"
@@ -19,30 +17,10 @@ void go_back_to(std::int64_t position) {
   while (io::position(input_unit) > position) io::step_back(input_unit);
 }
 
-// The first item behind those that are read, as a person sees it: up to a blank. Where quotes,
-// commas or repeat counts stand before it, as free-form reading takes it. Empty where there is
-// none.
-std::string item_behind(const io::FreeForm& row, int items_read) {
-  const std::string_view rest = row.rest();
-  const std::size_t begin = rest.find_first_not_of(" \t");
-  if (begin == rest.npos) return {};
-  const std::string record(row.record());
-  const std::size_t special = record.find_first_of(",/'\"*");
-  if (begin > 0 && special >= record.size() - rest.size() + begin) {
-    if (rest[begin] == '/') return {};
-    return std::string(rest.substr(begin, rest.find_first_of(" \t", begin) - begin));
-  }
-  io::FreeForm items(input_unit, record);
-  io::Line item;
-  for (int k = 0; k <= items_read; ++k) items.text_or_blank(item);
-  return std::string(item.content());
-}
-
 // Looks at the rows of a block while they are read: whether they hold more, and their numbers.
 class RowWatch {
  public:
-  RowWatch(int items_read, BlockRows& rows, std::vector<long long>& lines)
-      : items_read_(items_read), rows_(rows), lines_(lines) {}
+  RowWatch(BlockRows& rows, std::vector<long long>& lines) : rows_(rows), lines_(lines) {}
 
   void look_at_number(std::string_view word, int atom) {
     int number = 0;
@@ -53,9 +31,11 @@ class RowWatch {
   void look_behind(io::FreeForm& row, int atom) {
     line_ += row.records();
     lines_.push_back(line_);
-    if (row.records() > 1) return;
-    const std::string extra = item_behind(row, items_read_);
-    if (!extra.empty()) add(rows_.extra, line_, atom, extra);
+    const std::string_view rest = row.rest();
+    if (row.records() > 1 || rest.find_first_not_of(" \t") == rest.npos) return;
+    // What is left begins with the separator behind the last item that was read.
+    const io::Line extra = io::item_of(input_unit, "x" + std::string(rest), 2);
+    if (!extra.content().empty()) add(rows_.extra, line_, atom, extra.content());
   }
   void pass_over_line() { lines_.push_back(++line_); }
 
@@ -64,7 +44,6 @@ class RowWatch {
     if (odd.count++ == 0) odd = {line, 1, atom, std::string(found)};
   }
 
-  int items_read_;
   BlockRows& rows_;
   std::vector<long long>& lines_;
   long long line_ = io::line_number(input_unit);
@@ -98,40 +77,30 @@ bool pass_over(const std::string& text) {
   return false;
 }
 
-void read_geometry_row(io::FreeForm& row, int a, Atoms& atoms, RowWatch& watch) {
-  const io::Subject subject{"the geometry of atom", a};
-  const auto place = static_cast<std::size_t>(a - 1);
-  row.skip_words(1, subject);
-  watch.look_at_number(row.word(), a);
-  atoms.symbols[place] = std::string_view{};
-  row.text(atoms.symbols[place], subject);
-  io::Line number;
-  row.text(number, subject);
-  atoms.numbers[place] = 0;
-  io::parse_integer(number.content(), atoms.numbers[place]);
-  row.finite_real(atoms.masses[place], subject);
-  for (std::size_t k = 0; k < 3; ++k) row.finite_real(atoms.x[3 * place + k], subject);
-}
-
 void read_geometry(int natom, const SignFile* reference, SignFile& file) {
   io::pass_over_lines(input_unit, 1, "the caption of the geometry");
   const auto count = static_cast<std::size_t>(natom);
-  const bool known = reference != nullptr && reference->geometry;
   Atoms atoms;
-  if (known) atoms = *reference->geometry;
+  if (reference != nullptr && reference->geometry) atoms = *reference->geometry;
+  const bool known = !atoms.symbols.empty();
   atoms.symbols.resize(count);
   atoms.numbers.resize(count);
   atoms.masses.resize(count);
   atoms.x.resize(3 * count);
   atoms.lines.clear();
-  RowWatch watch(7, file.geometry_rows, atoms.lines);
-  for (int a = 1; a <= natom; ++a) {
-    if (known && pass_over(reference->geometry_texts[static_cast<std::size_t>(a - 1)])) {
+  RowWatch watch(file.geometry_rows, atoms.lines);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (known && pass_over(reference->geometry_texts[i])) {
       watch.pass_over_line();
       continue;
     }
+    const int a = static_cast<int>(i) + 1;
     io::FreeForm row(input_unit);
-    read_geometry_row(row, a, atoms, watch);
+    row.skip_words(1, {"the geometry of atom", a});
+    watch.look_at_number(row.word(), a);
+    atoms.symbols[i] = std::string_view{};
+    atoms.numbers[i] = 0;
+    read_atom(row, a, atoms.symbols[i], atoms.numbers[i], atoms.masses[i], &atoms.x[3 * i]);
     const std::string_view record = row.record();
     watch.look_behind(row, a);
     if (reference != nullptr) continue;
@@ -151,52 +120,37 @@ void look_at_geometry(int natom, const SignFile* reference, SignFile& file) {
   if (file.geometry_stop || file.geometry_rows.extra.count > 0) go_back_to(begin);
 }
 
-// The keyword of a header line: what stands before its first separator, without blanks and quotes.
-std::string keyword_of(std::string_view record) {
-  std::string keyword;
-  for (const char c : record) {
-    if (c == '=' || c == ',' || keyword.size() > 20) return keyword;
-    if (c != ' ' && c != '\t' && c != '"' && c != '\'') keyword += c;
-  }
-  return {};
-}
-
-// The next value of a header line; what it should be goes to the header when it is not.
-template <class Value>
-std::optional<Value> next_value(io::FreeForm& items, bool (*parse)(std::string_view, Value&),
-                                std::size_t place, SignHeader& header) {
-  io::Line text;
-  items.text_or_blank(text);
-  Value value{};
-  if (parse(text.content(), value) && std::isfinite(static_cast<double>(value))) return value;
-  header.malformed.push_back(
-      {header.lines[place], "expected " + std::string(header.names[place]) +
-                                (std::is_integral_v<Value> ? " (integer)" : " (finite number)") +
-                                ", found " + io::quoted(text.content())});
-  return std::nullopt;
-}
-
+// Takes the values of a header line: a keyword, whose blanks and quotes do not count, an equals
+// sign and integers or a real.
 void read_header_line(std::string_view record, SignHeader& header) {
-  const std::string keyword = keyword_of(record);
+  const std::size_t equals = record.find('=');
+  if (equals == record.npos) return;
+  std::string keyword(record.substr(0, equals));
+  std::erase_if(keyword, [](char c) { return std::string_view(" \t\"'").find(c) < 4; });
   const auto found = std::find(header.names.begin(), header.names.end(), keyword);
-  if (found == header.names.end() || record.find('=') == record.npos) return;
+  if (found == header.names.end()) return;
   const auto place = static_cast<std::size_t>(found - header.names.begin());
   if (header.lines[place] > 0) return;
   header.lines[place] = io::line_number(input_unit);
-  const std::string copy(record);
-  io::FreeForm items(input_unit, copy);
-  io::Line word;
-  for (int k = 0; k < 2; ++k) items.text_or_blank(word);
-  if (place < header.size_count) {
-    header.sizes[place] = next_value<int>(items, io::parse_integer, place, header);
-  } else if (place == header.size_count) {
-    const auto row = next_value<int>(items, io::parse_integer, place, header);
-    const auto column =
-        row ? next_value<int>(items, io::parse_integer, place, header) : std::nullopt;
-    if (row && column) header.tden_maxloc = {*row, *column};
-  } else {
-    header.tden_maxval = next_value<double>(items, io::parse_real, place, header);
-  }
+  const std::string line(record);
+  const auto stop = io::collect([&] {
+    const io::Subject subject{keyword};
+    io::FreeForm items(input_unit, line);
+    std::array<int, 2> integers{};
+    double real = 0.0;
+    items.skip_words(2, subject);
+    if (place <= header.size_count) items.integer(integers[0], subject);
+    if (place < header.size_count) {
+      header.sizes[place] = integers[0];
+    } else if (place == header.size_count) {
+      items.integer(integers[1], subject);
+      header.tden_maxloc = integers;
+    } else {
+      items.finite_real(real, subject);
+      header.tden_maxval = real;
+    }
+  });
+  if (stop) header.malformed.push_back({stop->line, stop->message});
 }
 
 // Looks at the lines before the next one that holds `header`, and stays before it. False, and where
@@ -224,15 +178,14 @@ bool look_up_to(const char* header, int natom, const SignFile* reference, SignFi
 // digit, and gives its number. A negative charge is not taken for one, deliberately.
 long long pass_over_input_head() {
   io::Line line;
-  do {
-    if (io::read_line(input_unit, line) != io::read_ok) {
-      io::fatal_stop(io::next_place(input_unit),
-                     "expected a line that begins with a digit (charge and multiplicity), found "
-                     "the end of the file (a negative charge is written without its sign)");
-    }
+  while (io::read_line(input_unit, line) == io::read_ok) {
     const std::string_view text = io::without_leading_blanks(line.padded());
     if (!text.empty() && io::is_digit(text.front())) return io::line_number(input_unit);
-  } while (true);
+  }
+  io::fatal_stop(
+      io::next_place(input_unit),
+      "expected a line that begins with a digit (charge and multiplicity), found the end "
+      "of the file (a negative charge is written without its sign)");
 }
 
 }  // namespace
@@ -242,14 +195,27 @@ void find_block(const char* header, int job) {
   io::Line line;
   if (!flib::search_word_free(input_unit, header, line)) {
     if (io::position(input_unit) == 0) {
-      io::fatal_stop({io::name(input_unit)}, "expected the results of job " + std::to_string(job) +
-                                                 ", found an empty file");
+      io::fatal_stop({io::name(input_unit)}, "expected the results of job ", job,
+                     ", found an empty file");
     }
-    io::fatal_stop({io::name(input_unit)}, "no line holds '" + std::string(header) +
-                                               "' after line " +
-                                               std::to_string(io::line_number(input_unit, before)) +
-                                               " (job " + std::to_string(job) + ")");
+    io::fatal_stop({io::name(input_unit)}, "no line holds '", header, "' after line ",
+                   io::line_number(input_unit, before), " (job ", job, ")");
   }
+}
+
+void read_atom(io::FreeForm& row, int a, io::Text<2>& symbol, int& number, double& mass,
+               double* x) {
+  row.text(symbol, {"the symbol of atom", a});
+  row.optional_integer(number, {"the atomic number of atom", a});
+  row.finite_real(mass, {"the mass of atom", a});
+  if (!(mass > 0.0)) {
+    io::fatal_stop(io::place(input_unit), "expected a mass above 0 for atom ", a, ", found ", mass);
+  }
+  for (int k = 0; k < 3; ++k) row.finite_real(x[k], {"the geometry of atom", a});
+}
+
+void read_forces(int natom, double* forces) {
+  read_atom_vectors(natom, forces, "the force on atom", {}, nullptr);
 }
 
 void read_dipole(int job, double* dipole) {
@@ -276,7 +242,7 @@ void read_sign_file(std::string_view name, int job, int natom, double* dipole, d
   find_block(forces_header, job);
   if (file != nullptr) {
     file->forces_line = io::line_number(input_unit);
-    watch.emplace(4, file->force_rows, file->force_lines);
+    watch.emplace(file->force_rows, file->force_lines);
   }
   read_atom_vectors(natom, forces, "the force on atom", {}, watch ? &*watch : nullptr);
   io::close(input_unit);
@@ -288,7 +254,7 @@ void read_input_file(std::string_view name, int natom, double* x, ReferenceInput
   ReferenceInput ignored;
   ReferenceInput& found = input != nullptr ? *input : ignored;
   BlockRows rows;
-  RowWatch watch(4, rows, found.lines);
+  RowWatch watch(rows, found.lines);
   read_atom_vectors(natom, x, "the coordinates of atom",
                     "line " + std::to_string(head) + " was taken for charge and multiplicity",
                     &watch, &found.words);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "io/fatal.hpp"
+#include "io/free_form.hpp"
 #include "io/text.hpp"
 
 namespace zandor {
@@ -89,6 +90,14 @@ void read_sign_file(std::string_view name, int job, int natom, double* dipole, d
 
 // The dipole behind the next header of its block.
 void read_dipole(int job, double* dipole);
+
+// The rest of a row of the geometry behind its first word: symbol, atomic number, mass (amu) and
+// coordinates (Angstrom). A symbol or number that is left out keeps its value; anything else that
+// is missing, malformed or out of range is a fatal stop.
+void read_atom(io::FreeForm& row, int a, io::Text<2>& symbol, int& number, double& mass, double* x);
+
+// The forces, from the next line on.
+void read_forces(int natom, double* forces);
 
 // What the reference's input holds besides the coordinates.
 struct ReferenceInput {

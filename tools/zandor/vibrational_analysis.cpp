@@ -56,13 +56,10 @@ Asymmetry symmetrise_and_negate(double* hess, std::ptrdiff_t n) {
 
 // "between coordinates 5 and 9 (jobs 9, 10, 17, 18)": where the numbers of an element come from.
 std::string origin_of_element(std::ptrdiff_t i, std::ptrdiff_t j) {
-  const auto jobs = [](std::ptrdiff_t ih) {
-    return std::to_string(2 * ih - 1) + ", " + std::to_string(2 * ih);
-  };
-  const std::ptrdiff_t low = std::min(i, j);
-  const std::ptrdiff_t high = std::max(i, j);
-  return "between coordinates " + std::to_string(low) + " and " + std::to_string(high) + " (jobs " +
-         jobs(low) + (low < high ? ", " + jobs(high) : "") + ")";
+  const auto [low, high] = std::minmax(i, j);
+  const auto jobs = [](std::ptrdiff_t ih) { return io::joined(2 * ih - 1, ", ", 2 * ih); };
+  return io::joined("between coordinates ", low, " and ", high, " (jobs ", jobs(low),
+                    low < high ? ", " + jobs(high) : "", ")");
 }
 
 // Forces of one energy surface give differences that are symmetric but for the step and the digits
@@ -71,11 +68,9 @@ std::string origin_of_element(std::ptrdiff_t i, std::ptrdiff_t j) {
 void warn_of_asymmetry(const Asymmetry& worst) {
   constexpr double largest_expected = 1e-3;
   if (worst.difference <= largest_expected) return;
-  char text[32];
-  const auto end =
-      std::to_chars(text, text + sizeof text, worst.difference, std::chars_format::scientific, 1);
-  io::warn({}, "the force differences are not symmetric: " + std::string(text, end.ptr) +
-                   " Hartree/Bohr**2 " + origin_of_element(worst.i, worst.j));
+  io::warn({}, io::joined("the force differences are not symmetric: ",
+                          io::rounded(worst.difference, std::chars_format::scientific, 1),
+                          " Hartree/Bohr**2 ", origin_of_element(worst.i, worst.j)));
 }
 
 void require_finite(const flib::ArrayView<const double, 2>& matrix, int n3, const char* what) {
@@ -83,8 +78,8 @@ void require_finite(const flib::ArrayView<const double, 2>& matrix, int n3, cons
     const double* const column = matrix.column(i);
     for (int j = 1; j <= n3; ++j) {
       if (std::isfinite(column[j - 1])) continue;
-      io::fatal_stop("expected finite " + std::string(what) + ", found " +
-                     io::shown(column[j - 1]) + " " + origin_of_element(i, j));
+      io::fatal_stop({}, "expected finite ", what, ", found ", column[j - 1], " ",
+                     origin_of_element(i, j));
     }
   }
 }
@@ -100,16 +95,15 @@ void diagonalise(const Matrix& matrix, int n3, const Vector& eval, const Vector&
   int ier = 0;
   flib::tql2e(n3, n3, eval.data(), wk.data(), c.data(), ier);
   if (ier != 0) {
-    io::fatal_stop("expected every " + std::string(what) +
-                   " eigenvalue to converge, found number " + std::to_string(ier) +
+    io::fatal_stop({}, "expected every ", what, " eigenvalue to converge, found number ", ier,
                    " not converged after 30 iterations");
   }
   shift_diagonal(matrix, n3, -diagonal_shift);
   for (int i = 1; i <= n3; ++i) {
     eval(i) -= diagonal_shift;
     if (!std::isfinite(eval(i))) {
-      io::fatal_stop("expected finite " + std::string(what) + " eigenvalues, found " +
-                     io::shown(eval(i)) + " for number " + std::to_string(i));
+      io::fatal_stop({}, "expected finite ", what, " eigenvalues, found ", eval(i), " for number ",
+                     i);
     }
   }
 }

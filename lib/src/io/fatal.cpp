@@ -107,6 +107,11 @@ std::string shown(double value) {
   return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
+std::string rounded(double value, std::chars_format format, int digits) {
+  char text[400];  // a double has up to 309 digits before the point
+  return {text, std::to_chars(text, text + sizeof text, value, format, digits).ptr};
+}
+
 void fatal_stop(std::string_view message) { fatal_stop({}, message); }
 
 void silent_stop(int status) { throw Stop{status, {}, 0, {}}; }

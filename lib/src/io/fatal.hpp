@@ -1,6 +1,7 @@
 // The fatal stop, and the messages and lines that a program shows while it runs.
 #pragma once
 
+#include <charconv>
 #include <functional>
 #include <source_location>
 #include <string>
@@ -38,6 +39,11 @@ std::string quoted(std::string_view text);
 
 // A number as messages show it: the fewest digits that give it back, NaN, Infinity or -Infinity.
 std::string shown(double value);
+
+// A finite number with so many digits: those that count or, in another format, those behind the
+// point.
+std::string rounded(double value, std::chars_format format = std::chars_format::general,
+                    int digits = 3);
 
 // The parts of a text in a row: texts as they stand, numbers as messages show them.
 template <class... Parts>
