@@ -10,7 +10,6 @@
 
 #include "flib/ddiag.hpp"
 #include "flib/kernels.hpp"
-#include "flib/plain_ddiag.hpp"
 #include "flib/projtrm_rot.hpp"
 #include "flib/search_word.hpp"
 #include "flib/units_of_measure.hpp"
@@ -18,7 +17,8 @@
 #include "io/free_form.hpp"
 #include "io/text.hpp"
 #include "io/units.hpp"
-#include "molecule.hpp"
+#include "models/molecule.hpp"
+#include "models/plain_ddiag.hpp"
 #include "peers.hpp"
 
 const char* const io::program_name = "zandor_bench";
@@ -32,10 +32,10 @@ const std::vector<double>& matrix_of(int n) {
   static std::vector<double> matrix;
   static int made = 0;
   if (made != n) {
-    matrix = bench::make_molecule(n / 3).k;
+    matrix = models::make_molecule(n / 3).k;
     const auto order = static_cast<std::size_t>(n);
     for (double& element : matrix) {
-      element /= bench::carbon_mass * flib::electron_masses_per_amu;
+      element /= models::carbon_mass * flib::electron_masses_per_amu;
     }
     for (std::size_t i = 0; i < order; ++i) matrix[i * order + i] += 100000.0;
     made = n;
@@ -80,8 +80,8 @@ bool solve_plainly(int n, const std::vector<double>& a) {
 
 void project(benchmark::State& state) {
   const int n = static_cast<int>(state.range(0));
-  const bench::Molecule m = bench::make_molecule(n / 3);
-  const std::vector<double> mass(static_cast<std::size_t>(n / 3), bench::carbon_mass);
+  const models::Molecule m = models::make_molecule(n / 3);
+  const std::vector<double> mass(static_cast<std::size_t>(n / 3), models::carbon_mass);
   std::vector<double> hess = m.k;
   int info = 0;
   for (auto _ : state) flib::projtrm_rot(n / 3, m.x.data(), mass.data(), hess.data(), info);

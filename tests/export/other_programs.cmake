@@ -1,9 +1,5 @@
 # What zandor_export writes, in the hands of the programs that it is written for. Where one of them
 # is missing, its test is skipped and says what it needs.
-if(NOT TARGET make_jobs)
-  add_executable(make_jobs EXCLUDE_FROM_ALL ${PROJECT_SOURCE_DIR}/bench/make_jobs.cpp)
-  target_link_libraries(make_jobs PRIVATE flib zandor_options)
-endif()
 add_dependencies(export_tests make_jobs)
 
 # Debian's Python packages are found by Debian's Python.

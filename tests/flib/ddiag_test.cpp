@@ -10,7 +10,7 @@
 
 #include "flib/all_kernels.hpp"
 #include "flib/array.hpp"
-#include "flib/plain_ddiag.hpp"
+#include "models/plain_ddiag.hpp"
 
 namespace {
 

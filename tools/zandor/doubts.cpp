@@ -6,9 +6,8 @@
 #include "flib/com.hpp"
 #include "flib/ddiag.hpp"
 #include "flib/formtrm1.hpp"
-#include "flib/sprod.hpp"
 #include "flib/units_of_measure.hpp"
-#include "flib/vscal.hpp"
+#include "flib/vectors.hpp"
 
 namespace zandor {
 

@@ -1,4 +1,4 @@
-// What a run can tell of its results and they do not show.
+// Warnings of results that are doubtful although every file could be read.
 #pragma once
 
 #include "zandor/run_data.hpp"

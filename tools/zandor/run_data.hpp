@@ -59,10 +59,10 @@ struct RunData {
   std::vector<int> nat;             // atomic number of atom a at [a - 1]
   flib::Array<double, 1> mass;      // natom, electron masses
   flib::Array<double, 1> sqtmass;   // n3: square root of the mass of the coordinate's atom
-  // The geometry twice, 3 x natom; the two may be turned against each other.
-  flib::Array<double, 2> x;  // of the input, Bohr: the projection's and the animations'
-  flib::Array<double, 2>
-      xa;  // of the sign file, Angstrom: the one in which forces and dipoles stand
+  // The geometry twice, 3 x natom; the two may be turned against each other. x is that of the
+  // input, in Bohr, for the projection and the animations; xa that of the sign file, in Angstrom,
+  // in whose axes forces and dipoles stand.
+  flib::Array<double, 2> x, xa;
   std::array<double, 3> dipole0{};  // transition dipole
   double reference_force = 0.0;     // largest |force| in its sign file, Hartree/Bohr; 0: none there
   bool layered = false;             // its output tells of an ONIOM job

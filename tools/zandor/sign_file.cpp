@@ -126,7 +126,8 @@ void read_header_line(std::string_view record, SignHeader& header) {
   const std::size_t equals = record.find('=');
   if (equals == record.npos) return;
   std::string keyword(record.substr(0, equals));
-  std::erase_if(keyword, [](char c) { return std::string_view(" \t\"'").find(c) < 4; });
+  std::erase_if(
+      keyword, [](char c) { return std::string_view(" \t\"'").find(c) != std::string_view::npos; });
   const auto found = std::find(header.names.begin(), header.names.end(), keyword);
   if (found == header.names.end()) return;
   const auto place = static_cast<std::size_t>(found - header.names.begin());

@@ -1,5 +1,5 @@
-// The reader of sign files and of the reference's input. Callers that ask for it get, from the same
-// pass over the file, what it holds beyond the numbers of the run, and what is odd in it.
+// The reader of sign files and of the reference's input. On request it also gives, from the same
+// pass over the file, what the file holds beyond the numbers of the run, and what is odd in it.
 #pragma once
 
 #include <array>
@@ -77,14 +77,15 @@ struct SignFile {
   std::vector<std::string> geometry_texts;
 };
 
-// Moves to the next line that holds the header of a block. That there is none is a fatal stop,
-// which names the job.
+// Moves to the next line that holds the header of a block. If there is none, it is a fatal stop
+// that names the job.
 void find_block(const char* header, int job);
 
 // Opens, reads and closes the sign file of a job: the first dipole (3, atomic units) and the first
-// forces behind it (3 x natom, Hartree/Bohr). What is missing or malformed is a fatal stop, as is a
-// number that is not finite. `file`, if given, gets the rest as far as the reading came; then job 0
-// needs no forces. Lines of the geometry that are those of `reference` are not taken apart again.
+// forces behind it (3 x natom, Hartree/Bohr). A number that is missing, malformed or not finite is
+// a fatal stop. With `file`, the rest of the sign file goes there as far as it could be read, and
+// job 0 needs no forces. Lines of the geometry that equal those of `reference` are not parsed
+// again.
 void read_sign_file(std::string_view name, int job, int natom, double* dipole, double* forces,
                     SignFile* file = nullptr, const SignFile* reference = nullptr);
 

@@ -139,8 +139,8 @@ void accumulate(const Kernels& kernels, Index nm, Index n, double* d, double* z)
   }
 }
 
-// The same, one reflection and column at a time. A column must not meet the reflections of the
-// steps before its own, which batches let happen where they change nothing; with NaN they would.
+// The same for matrices with a NaN, one reflection and column at a time. Batches also take columns
+// through reflections of earlier steps than their own, which changes nothing unless there is a NaN.
 void accumulate_one_by_one(Index nm, Index n, double* d, double* z) {
   for (Index i = 0; i < n; ++i) {
     double* const u = z + i * nm;

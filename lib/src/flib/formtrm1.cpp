@@ -4,8 +4,7 @@
 #include <cmath>
 
 #include "flib/array.hpp"
-#include "flib/sprod.hpp"
-#include "flib/vscal.hpp"
+#include "flib/vectors.hpp"
 
 namespace flib {
 

@@ -3,8 +3,6 @@
 #include <limits>
 #include <string>
 
-#include "flib/del_space.hpp"
-#include "flib/is_number.hpp"
 #include "flib/string.hpp"
 #include "io/fatal.hpp"
 #include "io/free_form.hpp"
@@ -49,8 +47,8 @@ std::string without_blanks(std::string_view text) {
   return result;
 }
 
-// The search over the loaded text of the file does not see the padding of a line, in which a
-// keyword that ends in a blank also matches, and sees line ends, which are no part of a line.
+// Whether a keyword must be compared line by line. The loaded text of a file lacks the padding of a
+// line, which matches blanks at the end of a keyword, and has line ends, which no line holds.
 bool needs_single_lines(std::string_view word) {
   return word.empty() || word.back() == ' ' || word.find_first_of("\r\n") != std::string_view::npos;
 }

@@ -93,7 +93,7 @@ Token GroupTokens::next() {
     fatal_stop(next_place(fid_), "expected a closing quote for the text in line ", token.line,
                ", found the end of the file");
   }
-  // A word would lie in a record that the look ahead may leave.
+  // A word lies in the record, which reading ahead may replace.
   if (token.item.kind != Item::Kind::quoted) token.item.quoted = token.item.word;
   const bool ending =
       token.item.kind == Item::Kind::word && equal_in_any_case(token.item.quoted, group_ending);
@@ -103,7 +103,7 @@ Token GroupTokens::next() {
 
 template <class... Parts>
 void GroupTokens::stop(const Token& token, const Parts&... parts) const {
-  // What stands before the end may be wrong already: it is an error only where it is come to.
+  // The end of the file is an error only when it is reached: what stands before it may be wrong.
   if (token.kind == Token::Kind::ended) {
     fatal_stop(next_place(fid_), "expected '/' to close the group opened in line ", opening_line_,
                ", found the end of the file");

@@ -29,12 +29,12 @@ struct Stop {
   std::string message;  // empty where everything has been printed already
 };
 
-// `text` with every byte written as \xNN that belongs to no letter, digit, blank or sign of UTF-8:
-// control characters, invalid bytes, what is not seen and what turns the direction of writing. So
-// it stays on one line. ASCII characters in `besides` are written so, too.
+// Writes `text` so that it stays on one line: control characters, bytes that are no UTF-8, and
+// characters that cannot be seen or that turn the direction of writing become \xNN, byte by byte.
+// So do the ASCII characters in `besides`.
 std::string printable(std::string_view text, std::string_view besides = {});
 
-// `text` as messages quote what was found: printable, cut to 40 characters, in single quotes.
+// Quotes what was found: printable, cut to 40 characters, in single quotes.
 std::string quoted(std::string_view text);
 
 // A number as messages show it: the fewest digits that give it back, NaN, Infinity or -Infinity.

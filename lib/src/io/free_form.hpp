@@ -51,8 +51,8 @@ class FreeForm {
   // Takes text items and drops them.
   void skip_words(int count, const Subject& subject);
 
-  // Takes a text item, but takes a text that is not there, breaks off or is malformed for blank,
-  // and so everything behind it.
+  // Takes a text item. One that is missing, breaks off or is malformed becomes blank, and so does
+  // everything behind it.
   void text_or_blank(std::span<char> value);
 
   // The text of the item taken last, valid until the next one; how many records have been read, the

@@ -47,11 +47,15 @@ class InputFile {
   // matches either case. The status is that of the last read.
   int read_line_holding(std::string_view word, bool any_case, std::span<char> line);
 
-  // See io/units.hpp.
+  // For free-form reads in a row: notes that one of them goes on to a further record because the
+  // one read last held too few items, and gives the number of the record with which the first such
+  // read began; 0 for none. Any other way of reading begins anew.
   void note_continuation() {
     if (continued_ < 0) continued_ = next_;
   }
   long long read_began() { return continued_ < 0 ? 0 : line_number(continued_); }
+
+  // Whether the record read last is the last of its file and lacks its line end.
   bool last_record_is_open() const { return last_record_open_; }
 
   const std::string& name() const { return name_; }

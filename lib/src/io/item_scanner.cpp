@@ -69,7 +69,7 @@ std::size_t repeat_prefix(std::string_view text) {
 
 bool RecordCursor::next_record() {
   position_ = 0;
-  if (!buffered_ && records_ > 0) note_continuation(fid_);
+  if (!buffered_ && records_ > 0) input(fid_).note_continuation();
   if (buffered_ || read_record(fid_, record_) != read_ok) {
     record_ = {};
     return false;
@@ -82,10 +82,10 @@ Place RecordCursor::here() const { return place(fid_); }
 
 Place RecordCursor::behind_end() const { return buffered_ ? place(fid_) : next_place(fid_); }
 
-long long RecordCursor::began() const { return buffered_ ? 0 : read_began(fid_); }
+long long RecordCursor::began() const { return buffered_ ? 0 : input(fid_).read_began(); }
 
 bool RecordCursor::at_open_end() const {
-  return !buffered_ && at_end() && last_record_is_open(fid_);
+  return !buffered_ && at_end() && input(fid_).last_record_is_open();
 }
 
 bool ends_word(char c, Grammar grammar) {

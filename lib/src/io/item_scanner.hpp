@@ -21,7 +21,7 @@ class RecordCursor {
   RecordCursor(int fid, std::string_view buffer) : fid_(fid), buffered_(true), record_(buffer) {}
 
   // Goes on to the next record; false at the end of the file or of the buffer. The unit remembers
-  // where a read that needed more than one record began (io::read_began).
+  // where a read that needed more than one record began (InputFile::read_began).
   bool next_record();
   // How many records it has read, and the one that it is on.
   int records() const { return records_; }

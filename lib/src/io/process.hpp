@@ -1,4 +1,4 @@
-// What a program's main() and whoever goes on behind a fatal stop use.
+// For the main() of a program, and for code that goes on after a fatal stop.
 #pragma once
 
 #include <functional>

@@ -18,15 +18,17 @@ class Replacement {
   // What was not put in place disappears, and what stood there before it.
   ~Replacement();
 
-  // Opens a file to write what `name` is to hold. The result is 0 or the error number: a name that
-  // cannot be written is found out here. How the content gets to its place:
-  //   - It is written to an anonymous file in the folder of its destination, or to one with a
-  //     hidden name where the file system has none, which takes the place of the old file and its
-  //     permission bits. Links are followed: the file to which they lead is replaced.
-  //   - A name that leads to no regular file (a device, a pipe that somebody reads), and a file
-  //     that can be written in a folder that takes no new one, or none with the old one's bits, are
-  //     written when all is complete; until then the content is kept in memory, and such a file's
-  //     old content while it is written.
+  // Opens a file to write what `name` is to hold. The result is 0 or the error number of a name
+  // that cannot be written. The content reaches its place in one of three ways:
+  //   - rename: It is written to an anonymous file in the folder of its destination (to a file with
+  //     a hidden name if the file system has no anonymous ones), which then takes the place and the
+  //     permission bits of the old file. Links are followed: the file to which they lead is
+  //     replaced.
+  //   - write_through: The name leads to a device or to a pipe that somebody reads. The content is
+  //     kept in memory and written when it is complete.
+  //   - write_in_place: The file can be written, but its folder takes no new file, or none with the
+  //     old one's permission bits. The content is kept in memory, and so is the old content while
+  //     the file is written.
   int begin(const std::string& name);
 
   // The descriptor to write to.

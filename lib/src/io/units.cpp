@@ -39,18 +39,6 @@ Table& table() {
   return units;
 }
 
-InputFile& input(int fid) {
-  auto& inputs = table().inputs;
-  const auto found = inputs.find(fid);
-  if (found != inputs.end()) return *found->second.file;
-  if (fid != standard_input) {
-    fatal_stop({joined("unit ", fid)}, "expected an open file, found none");
-  }
-  auto& opened = inputs[fid] = {std::make_unique<InputFile>(), 0};
-  opened.file->attach(STDIN_FILENO, "standard input");
-  return *opened.file;
-}
-
 int connect_input(int fid, std::string_view name) {
   // A name with a NUL byte would reach the system cut short and open some other file.
   if (name.find('\0') != std::string_view::npos) return ENOENT;
@@ -183,15 +171,21 @@ std::int64_t position(int fid) { return input(fid).position(); }
 
 long long line_number(int fid, std::int64_t position) { return input(fid).line_number(position); }
 
-void note_continuation(int fid) { input(fid).note_continuation(); }
-
-long long read_began(int fid) { return input(fid).read_began(); }
-
-bool last_record_is_open(int fid) { return input(fid).last_record_is_open(); }
-
 Place place(int fid) { return {name(fid), line_number(fid)}; }
 
 Place next_place(int fid) { return {name(fid), line_number(fid) + 1}; }
+
+InputFile& input(int fid) {
+  auto& inputs = table().inputs;
+  const auto found = inputs.find(fid);
+  if (found != inputs.end()) return *found->second.file;
+  if (fid != standard_input) {
+    fatal_stop({joined("unit ", fid)}, "expected an open file, found none");
+  }
+  auto& opened = inputs[fid] = {std::make_unique<InputFile>(), 0};
+  opened.file->attach(STDIN_FILENO, "standard input");
+  return *opened.file;
+}
 
 OutputFile& output(int fid) {
   const auto found = table().outputs.find(fid);

@@ -86,21 +86,13 @@ long long line_number(int fid);
 std::int64_t position(int fid);
 long long line_number(int fid, std::int64_t position);
 
-// For free-form reads in a row: notes that one of them goes on to a further record because the one
-// read last held too few items, and gives the number of the record with which the first such read
-// began; 0 for none. Any other way of reading begins anew.
-void note_continuation(int fid);
-long long read_began(int fid);
-
-// Whether the record read last is the last of its file and lacks its line end.
-bool last_record_is_open(int fid);
-
 // File name and number of the record read last, for messages.
 Place place(int fid);
 // The same with the record behind it: where a file ended too early.
 Place next_place(int fid);
 
-// The file behind a unit that is open for writing.
+// The file behind a unit that is open for reading, and for writing.
+InputFile& input(int fid);
 OutputFile& output(int fid);
 
 }  // namespace io

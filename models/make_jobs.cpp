@@ -11,7 +11,7 @@
 #include "io/process.hpp"
 #include "io/text.hpp"
 #include "io/units.hpp"
-#include "molecule.hpp"
+#include "models/molecule.hpp"
 
 const char* const io::program_name = "make_jobs";
 
@@ -20,7 +20,7 @@ namespace {
 constexpr int unit = 10;
 constexpr double step = 0.005;  // Angstrom
 
-using bench::Molecule;
+using models::Molecule;
 
 std::string job_name(int job) { return job == 0 ? "ref" : "d" + std::to_string(job); }
 
@@ -107,7 +107,7 @@ int make_jobs(int argc, char** argv) {
   if (!error) std::filesystem::current_path(argv[2], error);
   if (error)
     io::fatal_stop({argv[2]}, "expected a directory to write to, found: " + error.message());
-  const Molecule molecule = bench::make_molecule(natom);
+  const Molecule molecule = models::make_molecule(natom);
   write_control_and_list(molecule);
   write_reference(molecule);
   for (int job = 0; job <= 6 * natom; ++job) write_sign_file(molecule, job);

@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-namespace bench {
+namespace models {
 
 constexpr double carbon_mass = 12.0;  // atomic mass units
 
@@ -54,4 +54,4 @@ inline Molecule make_molecule(int natom) {
   return m;
 }
 
-}  // namespace bench
+}  // namespace models
