@@ -120,14 +120,15 @@ void look_at_geometry(int natom, const SignFile* reference, SignFile& file) {
   if (file.geometry_stop || file.geometry_rows.extra.count > 0) go_back_to(begin);
 }
 
-// Takes the values of a header line: a keyword, whose blanks and quotes do not count, an equals
-// sign and integers or a real.
+// Takes the values of a header line: a keyword, in which separators and quotes do not count, an
+// equals sign and integers or a real.
 void read_header_line(std::string_view record, SignHeader& header) {
   const std::size_t equals = record.find('=');
   if (equals == record.npos) return;
   std::string keyword(record.substr(0, equals));
-  std::erase_if(
-      keyword, [](char c) { return std::string_view(" \t\"'").find(c) != std::string_view::npos; });
+  std::erase_if(keyword, [](char c) {
+    return std::string_view(" \t\"',").find(c) != std::string_view::npos;
+  });
   const auto found = std::find(header.names.begin(), header.names.end(), keyword);
   if (found == header.names.end()) return;
   const auto place = static_cast<std::size_t>(found - header.names.begin());
