@@ -293,7 +293,7 @@ TEST(Checks, read_headers_and_rows_in_every_spelling) {
     EXPECT_EQ(file.geometry->numbers, (std::vector{6, 1, 1})) << i;
     EXPECT_EQ(file.geometry->x[3], -0.849242921) << i;
   }
-  EXPECT_EQ(jobs.reference_forces[8], -0.0003166377);
+  EXPECT_EQ(jobs.forces(0)(8), -0.0003166377);
   EXPECT_EQ(jobs.list.jobs[4], 4);
   EXPECT_EQ(jobs.list.jobs[2], std::nullopt);
 }

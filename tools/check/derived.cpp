@@ -97,8 +97,8 @@ void pass_on_list_warnings(const JobData& jobs, Report& report) {
   for (const Fault& warning : jobs.list.warnings) {
     for (int i = 1; i <= jobs.run.n6; ++i) {
       if (jobs.job(i).is_calc || jobs.job(i).list_line != warning.line) continue;
-      report.add(jobs.source(i) == 0 ? Severity::error : Severity::warning, warning.place(),
-                 warning.text, i);
+      report.add(jobs.source(i) == 0 ? Severity::error : Severity::warning,
+                 {warning.file, warning.line}, warning.message, i);
     }
   }
 }

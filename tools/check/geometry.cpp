@@ -36,7 +36,9 @@ Displacement displacement_of(const JobData& jobs, int i, double tolerance) {
 
 double step(const JobData& jobs) { return jobs.run.dx * flib::angstrom_per_bohr; }
 
-double expected_move(const JobData& jobs, int i) { return step_sign(jobs.run, i) * step(jobs); }
+double expected_move(const JobData& jobs, int i) {
+  return analysis::step_sign(jobs.run, i) * step(jobs);
+}
 
 // The step that most jobs hold over the one of the job list, with its sign; 1 where no step is the
 // same in nine tenths of the jobs.
@@ -84,8 +86,9 @@ std::string fitting_job(const JobData& jobs, const Displacement& d, double expec
                         double tolerance) {
   if (std::fabs(std::fabs(d.moved) - std::fabs(expected)) > tolerance) return {};
   const int first = 2 * d.coordinate - 1;
-  const bool first_fits =
-      d.moved * expected * step_sign(jobs.run, first) * step_sign(jobs.run, d.job) > 0.0;
+  const bool first_fits = d.moved * expected * analysis::step_sign(jobs.run, first) *
+                              analysis::step_sign(jobs.run, d.job) >
+                          0.0;
   return ": it would fit " + job_text(jobs, first_fits ? first : first + 1);
 }
 

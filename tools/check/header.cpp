@@ -166,8 +166,8 @@ void check_header(const JobData& jobs, const Thresholds& limits, Report& report)
   for (std::size_t k = 0; k < comparisons.size(); ++k) comparisons[k].place = k;
   std::vector<int> without;
   double largest = not_known;
-  for (int i = 1; i <= jobs.run.n6; ++i) {
-    if (!jobs.job(i).is_calc || jobs.reading(i).fault) continue;
+  for (const int i : jobs.computed) {
+    if (jobs.reading(i).failed) continue;
     const SignHeader& header = jobs.sign_file(i).header;
     if (!has_any(header)) without.push_back(i);
     for (Comparison& comparison : comparisons) {

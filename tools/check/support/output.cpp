@@ -31,9 +31,9 @@ std::optional<double> headline(const Report& report, std::string_view check) {
 }
 
 int jobs_read(const JobData& jobs) {
-  int read = jobs.reference_faults.empty() ? 1 : 0;
-  for (int i = 1; i <= jobs.run.n6; ++i) read += jobs.job(i).is_calc && jobs.usable(i) ? 1 : 0;
-  return read;
+  const auto read = std::count_if(jobs.computed.begin(), jobs.computed.end(),
+                                  [&](int i) { return jobs.usable(i); });
+  return static_cast<int>(read) + (jobs.reading(0).faults.empty() ? 1 : 0);
 }
 
 std::string shown_or_unknown(const std::optional<double>& value, const char* unit) {

@@ -18,9 +18,9 @@ ProjectedModes project_modes(const JobData& jobs) {
   }
   const Eigen::VectorXd root =
       mass.cwiseInverse().cwiseSqrt().replicate(1, 3).reshaped<Eigen::RowMajor>();
-  const Eigen::Map<const Eigen::MatrixXd> h(raw.h.data(), run.n3, run.n3);
   ProjectedModes modes;
-  modes.force_constants = root.asDiagonal() * (h + h.transpose()) * (root / 2.0).asDiagonal();
+  modes.force_constants =
+      root.asDiagonal() * (raw.h + raw.h.transpose()) * (root / 2.0).asDiagonal();
   int info = 0;
   flib::projtrm_rot(run.natom, run.x.data(), run.mass.data(), modes.force_constants.data(), info);
   const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(modes.force_constants,

@@ -1,6 +1,7 @@
 // What the checks say: findings, and the figures behind them.
 #pragma once
 
+#include <Eigen/Dense>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -57,8 +58,8 @@ struct Report {
   void figure(std::string name, double value) {
     figures.push_back({check, std::move(name), {value}, false});
   }
-  void figure(std::string name, std::vector<double> values) {
-    figures.push_back({check, std::move(name), std::move(values), true});
+  void figure(std::string name, const Eigen::VectorXd& values) {
+    figures.push_back({check, std::move(name), {values.begin(), values.end()}, true});
   }
 };
 
