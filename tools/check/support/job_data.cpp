@@ -238,7 +238,7 @@ std::string job_text(const JobData& jobs, int i) {
 
 io::Place place_of(const JobData& jobs, int i) {
   if (i == 0 || jobs.job(i).is_calc) return {jobs.sign_name(i)};
-  return {zandor::job_list_name, jobs.job(i).list_line};
+  return list_line(jobs, i);
 }
 
 io::Place forces_place(const JobData& jobs, int i) {

@@ -101,9 +101,12 @@ io::Place place_of(const JobData& jobs, int i);
 // The same with the line of its forces block.
 io::Place forces_place(const JobData& jobs, int i);
 
-// A line of the sign file of a job, and the list as a whole.
+// A line of the sign file of a job, its line in the list, and the list as a whole.
 inline io::Place sign_line(const JobData& jobs, int i, long long line) {
   return {jobs.sign_name(i), line};
+}
+inline io::Place list_line(const JobData& jobs, int i) {
+  return {zandor::job_list_name, jobs.job(i).list_line};
 }
 inline constexpr io::Place whole_list{zandor::job_list_name};
 
