@@ -294,8 +294,8 @@ TEST(Checks, read_headers_and_rows_in_every_spelling) {
     EXPECT_EQ(file.geometry->x[3], -0.849242921) << i;
   }
   EXPECT_EQ(jobs.forces(0)(8), -0.0003166377);
-  EXPECT_EQ(jobs.list.jobs[4], 4);
-  EXPECT_EQ(jobs.list.jobs[2], std::nullopt);
+  EXPECT_EQ(jobs.job(4).number, 4);
+  EXPECT_EQ(jobs.job(2).number, std::nullopt);
 }
 
 }  // namespace

@@ -42,10 +42,7 @@ Dipoles dipoles_of(const Report& report) {
       })) {
     return Dipoles::misfit;
   }
-  const auto figure = std::find_if(report.figures.begin(), report.figures.end(),
-                                   [&](const Figure& f) { return f.check == name; });
-  const bool is_known = figure != report.figures.end() && !std::isnan(figure->values.front());
-  return is_known ? Dipoles::fit : Dipoles::not_looked_at;
+  return std::isnan(report.headline(name)) ? Dipoles::not_looked_at : Dipoles::fit;
 }
 
 // What it means that value k of a job is not the reference's.

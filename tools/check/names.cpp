@@ -18,7 +18,7 @@ std::map<int, int> first_with_same_file(const JobData& jobs) {
   return found;
 }
 
-bool is_out_of_order(const JobData& jobs, int i) { return at(jobs.list.jobs, i).value_or(i) != i; }
+bool is_out_of_order(const JobData& jobs, int i) { return jobs.job(i).number.value_or(i) != i; }
 
 }  // namespace
 
@@ -50,7 +50,7 @@ void check_names(const JobData& jobs, const Thresholds&, Report& report) {
   const int first = unordered.front();
   report.add(Severity::error, list_line(jobs, first),
              "expected job " + std::to_string(first) + ", found the number " +
-                 std::to_string(*at(jobs.list.jobs, first)) +
+                 std::to_string(*jobs.job(first).number) +
                  ": jobs count in the order of the lines (" +
                  counted(std::ssize(unordered), "line") + " out of order)");
 }

@@ -8,10 +8,7 @@
 #include "check/support/report.hpp"
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/units_of_measure.hpp"
-#include "io/free_form.hpp"
 #include "io/process.hpp"
-#include "io/units.hpp"
-#include "io/values.hpp"
 #include "zandor/job_list.hpp"
 #include "zandor/job_results.hpp"
 #include "zandor/run_control.hpp"
@@ -19,8 +16,6 @@
 namespace check {
 
 namespace {
-
-using zandor::input_unit;
 
 auto keep_in(std::vector<Fault>& faults) {
   return [&faults](const io::Place& place, std::string_view message) {
@@ -41,31 +36,6 @@ std::vector<Fault> faults_of(const std::function<void()>& body,
   return faults;
 }
 
-// The first item of the record behind line `before`, or of a later one if that is blank.
-std::optional<int> number_behind(long long before) {
-  std::string_view record;
-  while (io::line_number(input_unit) < before) {
-    if (io::read_record(input_unit, record) != io::read_ok) return std::nullopt;
-  }
-  io::FreeForm row(input_unit);
-  io::Line word;
-  int number = 0;
-  row.text_or_blank(word);
-  if (!io::parse_integer(word.content(), number)) return std::nullopt;
-  return number;
-}
-
-// The numbers in front of the jobs, which the run passes over.
-void read_list_numbers(JobData& jobs) {
-  io::open_existing(input_unit, zandor::job_list_name);
-  long long before = jobs.job(0).list_line - 1;
-  for (int i = 0; i <= jobs.run.n6; ++i) {
-    jobs.list.jobs.push_back(number_behind(before));
-    before = jobs.job(i).list_line;
-  }
-  io::close(input_unit);
-}
-
 void read_control_and_list(const std::string& control_file, JobData& jobs) {
   zandor::RunData& run = jobs.run;
   {
@@ -76,7 +46,6 @@ void read_control_and_list(const std::string& control_file, JobData& jobs) {
   zandor::allocate_run_arrays(run);
   jobs.list.symbols = run.symbol;
   jobs.list.numbers = run.nat;
-  read_list_numbers(jobs);
   for (int i = 0; i <= run.n6; ++i) {
     jobs.sources.push_back(analysis::computed_source(run, i));
     if (i > 0 && jobs.job(i).is_calc) jobs.computed.push_back(i);

@@ -32,10 +32,9 @@ using Fault = io::Stop;  // why something could not be read, with file and line
 
 // The job list, before the reference's sign file has its say.
 struct JobList {
-  std::vector<io::Text<2>> symbols;      // symbol of atom a at [a - 1]
-  std::vector<int> numbers;              // its atomic number
-  std::vector<std::optional<int>> jobs;  // 0..n6: the number that stands before job i
-  std::vector<Fault> warnings;           // what the readers of control file and list warn of
+  std::vector<io::Text<2>> symbols;  // symbol of atom a at [a - 1]
+  std::vector<int> numbers;          // its atomic number
+  std::vector<Fault> warnings;       // what the readers of control file and list warn of
 };
 
 // What came of reading the files of a job; nothing for derived jobs.

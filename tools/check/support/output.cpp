@@ -4,7 +4,6 @@
 #include <cmath>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <set>
 
 #include "options/array_indices.hpp"
@@ -20,32 +19,21 @@ long long count_of(const Report& report, Severity severity) {
                        [&](const Finding& f) { return f.severity == severity; });
 }
 
-// The first figure of a check, its headline.
-std::optional<double> headline(const Report& report, std::string_view check) {
-  for (const Figure& figure : report.figures) {
-    if (figure.check != check) continue;
-    if (std::isnan(figure.values.front())) break;
-    return figure.values.front();
-  }
-  return std::nullopt;
-}
-
 int jobs_read(const JobData& jobs) {
   const auto read = std::count_if(jobs.computed.begin(), jobs.computed.end(),
                                   [&](int i) { return jobs.usable(i); });
   return static_cast<int>(read) + (jobs.reading(0).faults.empty() ? 1 : 0);
 }
 
-std::string shown_or_unknown(const std::optional<double>& value, const char* unit) {
-  return value ? rounded(*value) + " " + unit : "not known";
+std::string shown_or_unknown(double value, const char* unit) {
+  return std::isnan(value) ? "not known" : rounded(value) + " " + unit;
 }
 
 std::set<int> jobs_to_rerun(const Report& report) {
   std::set<int> rerun;
   for (const Finding& finding : report.findings) {
-    if (finding.severity != Severity::note) {
-      rerun.insert(finding.rerun.begin(), finding.rerun.end());
-    }
+    if (finding.severity == Severity::note) continue;
+    rerun.insert(finding.rerun.begin(), finding.rerun.end());
   }
   return rerun;
 }
@@ -55,9 +43,7 @@ std::vector<std::string> names_to_rerun(const JobData& jobs, const Report& repor
   std::vector<std::string> names;
   for (const int job : jobs_to_rerun(report)) {
     std::string name = base_name(jobs.job(job));
-    if (std::find(names.begin(), names.end(), name) == names.end()) {
-      names.push_back(std::move(name));
-    }
+    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
   }
   return names;
 }
@@ -88,34 +74,26 @@ std::vector<Finding> summed_up(const JobData& jobs, const Report& report) {
 }
 
 Json finding_record(const JobData& jobs, const Finding& finding) {
-  Json record;
-  record["severity"] = name_of(finding.severity);
-  record["check"] = finding.check;
-  record["file"] = finding.file;
+  Json record = {
+      {"severity", name_of(finding.severity)}, {"check", finding.check}, {"file", finding.file}};
   if (finding.line > 0) record["line"] = finding.line;
   record["text"] = finding.text;
   if (finding.job >= 0) {
     record["job"] = finding.job;
     record["name"] = base_name(jobs.job(finding.job));
   }
-  Json rerun = Json::array();
-  for (const int job : finding.rerun) rerun.push_back(base_name(jobs.job(job)));
-  record["rerun"] = std::move(rerun);
+  record["rerun"] = Json::array();
+  for (const int job : finding.rerun) record["rerun"].push_back(base_name(jobs.job(job)));
   return record;
 }
 
 Json summary_record(const JobData& jobs, const Report& report) {
-  const auto number = [](const std::optional<double>& value) {
-    return value ? Json(*value) : Json();
-  };
-  Json record;
-  record["jobs_read"] = jobs_read(jobs);
-  record["errors"] = count_of(report, Severity::error);
-  record["warnings"] = count_of(report, Severity::warning);
-  record["notes"] = count_of(report, Severity::note);
-  record["worst_asymmetry"] = number(headline(report, "asymmetry"));
-  record["sum_rule_residual"] = number(headline(report, "dipole-sum"));
-  return record;
+  return {{"jobs_read", jobs_read(jobs)},
+          {"errors", count_of(report, Severity::error)},
+          {"warnings", count_of(report, Severity::warning)},
+          {"notes", count_of(report, Severity::note)},
+          {"worst_asymmetry", report.headline("asymmetry")},
+          {"sum_rule_residual", report.headline("dipole-sum")}};
 }
 
 Json threshold_records(const Thresholds& limits) {
@@ -170,8 +148,8 @@ void print_text(const JobData& jobs, const Report& report) {
   io::print_line(counted(jobs_read(jobs), "job") + " read, " +
                  counted(count_of(report, Severity::error), "error") + ", " +
                  counted(count_of(report, Severity::warning), "warning") + "; worst asymmetry " +
-                 shown_or_unknown(headline(report, "asymmetry"), "Hartree/Bohr**2") +
-                 ", sum-rule residual " + shown_or_unknown(headline(report, "dipole-sum"), "au"));
+                 shown_or_unknown(report.headline("asymmetry"), "Hartree/Bohr**2") +
+                 ", sum-rule residual " + shown_or_unknown(report.headline("dipole-sum"), "au"));
 }
 
 void print_list(const JobData& jobs, const Report& report) {

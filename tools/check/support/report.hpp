@@ -53,6 +53,8 @@ struct Report {
   void note(const io::Place& place, std::string text, int job = -1) {
     add(Severity::note, place, std::move(text), job);
   }
+  // The first figure of a check; not_known where it has none yet.
+  double headline(std::string_view of_check) const;
   // Whether a check other than the one at work says more of the job than a note.
   bool blames(int job) const;
   void figure(std::string name, double value) {
