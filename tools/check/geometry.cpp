@@ -38,29 +38,36 @@ double expected_move(const JobData& jobs, int i) {
   return analysis::step_sign(jobs.run, i) * step(jobs);
 }
 
-// The step that most jobs hold over the one of the job list, with its sign; 1 where no step is the
-// same in nine tenths of the jobs.
+// The part of the jobs that must share what is said of all: of the six that symmetry leaves of
+// ammonia one may be bad.
+constexpr double most = 0.8;
+
+// The step that most jobs hold over the one of the job list, with its sign; 1 where there is none.
 double common_factor(const JobData& jobs, const std::vector<Displacement>& all, double tolerance) {
   std::vector<double> factors;
   for (const Displacement& d : all) {
     if (d.coordinate == (d.job + 1) / 2)
       factors.push_back(d.distance() / expected_move(jobs, d.job));
   }
-  if (factors.size() < 2 || 10 * factors.size() < 8 * all.size()) return 1.0;
+  const double enough = most * static_cast<double>(all.size());
+  if (factors.size() < 2 || static_cast<double>(factors.size()) < enough) return 1.0;
   const double middle = analysis::median(factors);
   const auto near = std::count_if(factors.begin(), factors.end(), [&](double factor) {
     return std::fabs(factor - middle) * std::fabs(step(jobs)) <= tolerance;
   });
-  const bool common = 10 * near >= 9 * std::ssize(factors);
-  return common && std::fabs(middle - 1.0) * std::fabs(step(jobs)) > tolerance ? middle : 1.0;
+  return static_cast<double>(near) >= enough &&
+                 std::fabs(middle - 1.0) * std::fabs(step(jobs)) > tolerance
+             ? middle
+             : 1.0;
 }
 
 std::string unit_hint(double factor) {
+  constexpr double near = 1e-3;  // 1: a step is written with four digits
   const double size = std::fabs(factor);
-  if (std::fabs(size - flib::angstrom_per_bohr) < 1e-3) {
+  if (std::fabs(size - flib::angstrom_per_bohr) < near) {
     return " (0.529...: the list gives it in Bohr, Angstrom is wanted)";
   }
-  if (std::fabs(size * flib::angstrom_per_bohr - 1.0) < 1e-3) {
+  if (std::fabs(size * flib::angstrom_per_bohr - 1.0) < near) {
     return " (1.89: the jobs took the Angstrom step for Bohr)";
   }
   return {};
@@ -106,14 +113,17 @@ std::string complaint(const JobData& jobs, const Displacement& d, const Eigen::M
          " Angstrom" + wanted + fitting_job(jobs, d, distance, tolerance);
 }
 
-// Sign files that repeat the reference's block, all but a tenth of them, say nothing, unless the
-// forces repeat, too. Takes the repeated ones out.
+// Where most sign files repeat the reference's block, they say nothing, unless the forces repeat,
+// too. Takes the repeated ones out.
 bool report_repeated_blocks(const JobData& jobs, std::vector<Displacement>& all, Report& report) {
   std::vector<int> repeated;
   for (const Displacement& d : all) {
     if (d.coordinate == 0) repeated.push_back(d.job);
   }
-  if (repeated.size() < 2 || 10 * repeated.size() < 9 * all.size()) return false;
+  if (repeated.size() < 2 ||
+      static_cast<double>(repeated.size()) < most * static_cast<double>(all.size())) {
+    return false;
+  }
   const bool forces_differ = std::any_of(repeated.begin(), repeated.end(), [&](int i) {
     return jobs.forces(i) != jobs.forces(repeated.front());
   });

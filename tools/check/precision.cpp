@@ -87,7 +87,7 @@ void report_shifts(const JobData& jobs, const Thresholds& limits, Report& report
   double largest = 0.0;
   int mode = 0, above = 0;
   for (int k = 0; k < n3; ++k) {
-    if (rigid(k) > 0.5) continue;
+    if (rigid(k) > 0.5) continue;  // more rigid motion than vibration
     const double change = deviations * u.col(k).norm() * u.col(k).cwiseProduct(rounding).norm();
     const double shift = frequency_shift(modes.eigenvalues(k), change);
     above += shift > limits.rounding_note ? 1 : 0;
