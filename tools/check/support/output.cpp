@@ -96,51 +96,10 @@ Json summary_record(const JobData& jobs, const Report& report) {
           {"sum_rule_residual", report.headline("dipole-sum")}};
 }
 
-Json threshold_records(const Thresholds& limits) {
-  Json records = Json::array();
-  for (const ThresholdName& name : threshold_names()) {
-    records.push_back({{"name", name.name}, {"value", limits.*name.value}, {"unit", name.unit}});
-  }
-  return records;
-}
-
-Json figure_record(const Figure& figure) {
-  return {{"check", figure.check},
-          {"name", figure.name},
-          {"value", figure.is_list ? Json(figure.values) : Json(figure.values[0])}};
-}
-
-// Lines of one value of the document, all but the first `depth` blanks further to the right.
-std::string value_text(const Json& value, std::size_t depth) {
-  std::string text = value.dump(1, ' ', false, Json::error_handler_t::replace);
-  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += depth) {
-    text.insert(++at, depth, ' ');
-  }
-  return text;
-}
-
-void print_member(const std::string& key, const Json& value, const char* end = ",") {
-  io::print_line(" \"" + key + "\": " + value_text(value, 1) + end);
-}
-
-// The records of a list one by one, since there may be many.
-template <class Items, class RecordOf>
-void print_records(const std::string& key, const Items& items, const RecordOf& record_of) {
-  if (items.empty()) return print_member(key, Json::array());
-  io::print_line(" \"" + key + "\": [");
-  for (const auto& item : items) {
-    io::print_line("  " + value_text(record_of(item), 2) + (&item == &items.back() ? "" : ","));
-  }
-  io::print_line(" ],");
-}
-
 }  // namespace
 
 int exit_status(const Report& report) {
-  return std::any_of(report.findings.begin(), report.findings.end(),
-                     [](const Finding& f) { return f.severity != Severity::note; })
-             ? 1
-             : 0;
+  return count_of(report, Severity::note) < std::ssize(report.findings) ? 1 : 0;
 }
 
 void print_text(const JobData& jobs, const Report& report) {
@@ -161,18 +120,28 @@ void print_numbers(const Report& report) { options::print_array_indices(jobs_to_
 void print_json(const std::string& control_file, const JobData& jobs, const Thresholds& limits,
                 const Report& report) {
   // The library ends the process when memory ends while it holds a value: that there is enough for
-  // the largest one, a number per job, is found out before.
-  ::operator delete(::operator new((std::size_t{1} << 20) + 400 * jobs.run.jobs.size()));
-  io::print_line("{");
-  print_member("program", io::program_name);
-  print_member("control_file", control_file);
-  print_member("summary", summary_record(jobs, report));
-  print_records("findings", report.findings,
-                [&](const Finding& finding) { return finding_record(jobs, finding); });
-  print_records("figures", report.figures, figure_record);
-  print_member("thresholds", threshold_records(limits));
-  print_member("rerun", names_to_rerun(jobs, report), "");
-  io::print_line("}");
+  // all of them and their text is found out before.
+  constexpr std::size_t at_least = 1 << 20, of_finding = 4000, of_job = 400;  // bytes
+  ::operator delete(::operator new(at_least + of_finding * report.findings.size() +
+                                   of_job * jobs.run.jobs.size()));
+  Json findings = Json::array(), figures = findings, thresholds = findings;
+  for (const Finding& finding : report.findings) findings.push_back(finding_record(jobs, finding));
+  for (const Figure& figure : report.figures) {
+    figures.push_back({{"check", figure.check},
+                       {"name", figure.name},
+                       {"value", figure.is_list ? Json(figure.values) : Json(figure.values[0])}});
+  }
+  for (const ThresholdName& name : threshold_names()) {
+    thresholds.push_back({{"name", name.name}, {"value", limits.*name.value}, {"unit", name.unit}});
+  }
+  const Json document = {{"program", io::program_name},
+                         {"control_file", control_file},
+                         {"summary", summary_record(jobs, report)},
+                         {"findings", std::move(findings)},
+                         {"figures", std::move(figures)},
+                         {"thresholds", std::move(thresholds)},
+                         {"rerun", names_to_rerun(jobs, report)}};
+  io::print_line(document.dump(1, ' ', false, Json::error_handler_t::replace));
 }
 
 }  // namespace check
