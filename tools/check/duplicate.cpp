@@ -67,12 +67,8 @@ void check_duplicate(const JobData& jobs, const Thresholds&, Report& report) {
         .first->second;
   };
   first_with_forces_of(0);
-  int repeated = 0, missing = 0;
-  for (const int i : jobs.computed) {
-    if (!jobs.usable(i)) {
-      ++missing;
-      continue;
-    }
+  int repeated = 0;
+  for (const int i : jobs.read) {
     const int known = first_with_forces_of(i);
     if (known == i) continue;
     ++repeated;
@@ -83,7 +79,7 @@ void check_duplicate(const JobData& jobs, const Thresholds&, Report& report) {
     }
   }
   report.figure("jobs whose forces repeat others", repeated);
-  if (missing > 0) {
+  if (const auto missing = std::ssize(jobs.computed) - std::ssize(jobs.read); missing > 0) {
     report.note(whole_list,
                 "not looked at: " + counted(missing, "job") + " without forces that can be used");
   }

@@ -144,8 +144,7 @@ bool report_repeated_blocks(const JobData& jobs, std::vector<Displacement>& all,
 std::vector<Displacement> displacements(const JobData& jobs, double tolerance, Report& report) {
   std::vector<Displacement> all;
   std::vector<int> without;
-  for (const int i : jobs.computed) {
-    if (!jobs.usable(i)) continue;
+  for (const int i : jobs.read) {
     if (jobs.sign_file(i).geometry) {
       all.push_back(displacement_of(jobs, i, tolerance));
     } else {

@@ -90,15 +90,14 @@ void note_harmless(const JobData& jobs, const std::vector<int>& harmless, std::s
 }
 
 // Value k in all jobs that have it.
-void compare_value(const JobData& jobs, const std::vector<int>& looked_at, std::size_t k,
-                   double limit, Report& report) {
+void compare_value(const JobData& jobs, std::size_t k, double limit, Report& report) {
   const auto text_of = [&](int i) { return value_text(jobs.sign_file(i).header, k); };
   const std::string expected = text_of(0);
   if (expected.empty()) return;
   int compared = 0;
   std::vector<int> harmless;
   std::vector<std::pair<int, std::string>> different;  // job, and what it means
-  for (const int i : looked_at) {
+  for (const int i : jobs.read) {
     if (text_of(i).empty()) continue;
     ++compared;
     const Meaning meaning = meaning_of(jobs, i, k, limit, report);
@@ -139,10 +138,9 @@ bool has_any(const SignHeader& header) {
 
 void check_header(const JobData& jobs, const Thresholds& limits, Report& report) {
   const SignHeader& reference = jobs.sign_file(0).header;
-  std::vector<int> looked_at = jobs.computed, without;
-  std::erase_if(looked_at, [&](int i) { return jobs.reading(i).failed; });
+  std::vector<int> without;
   double largest = not_known;
-  for (const int i : looked_at) {
+  for (const int i : jobs.read) {
     const SignHeader& header = jobs.sign_file(i).header;
     if (!has_any(header)) without.push_back(i);
     if (header.tden_maxloc == reference.tden_maxloc) {
@@ -150,7 +148,7 @@ void check_header(const JobData& jobs, const Thresholds& limits, Report& report)
     }
   }
   for (std::size_t k = 0; k < SignHeader::names.size(); ++k) {
-    compare_value(jobs, looked_at, k, limits.header_change, report);
+    compare_value(jobs, k, limits.header_change, report);
   }
   report.figure("largest relative change of tden_maxval (1)", largest);
   if (!has_any(reference)) {

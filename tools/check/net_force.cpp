@@ -163,8 +163,8 @@ double net_force_allowed(const JobData& jobs, double rounding, const Thresholds&
 
 std::vector<int> jobs_with_net_force(const JobData& jobs, const Thresholds& limits) {
   std::vector<int> found;
-  for (const int i : jobs.computed) {
-    if (jobs.layered || !jobs.usable(i)) continue;
+  if (jobs.layered) return found;
+  for (const int i : jobs.read) {
     const double excess = distance_from_usual(jobs.context.sums, i) / std::fabs(2.0 * jobs.run.dx);
     if (excess > net_force_allowed(jobs, rounding_of_sums(jobs, i, i), limits)) found.push_back(i);
   }

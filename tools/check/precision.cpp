@@ -44,14 +44,12 @@ bool is_coarser(const JobData& jobs, int i, int usual) {
 }
 
 void check_jobs(const JobData& jobs, const Thresholds& limits, Report& report) {
-  std::vector<int> ranked = jobs.computed;
-  std::erase_if(ranked, [&](int i) { return !jobs.usable(i); });
-  if (ranked.empty()) return;
-  const std::vector<int> computed = ranked;
+  if (jobs.read.empty()) return;
+  std::vector<int> ranked = jobs.read;
   const auto middle = ranked.begin() + std::ssize(ranked) / 2;
   std::nth_element(ranked.begin(), middle, ranked.end(),
                    [&](int a, int b) { return jobs.rounding(a) < jobs.rounding(b); });
-  for (const int i : computed) {
+  for (const int i : jobs.read) {
     if (!is_coarser(jobs, i, *middle)) continue;
     const double effect = jobs.rounding(i) / std::fabs(2.0 * jobs.run.dx);
     const bool matters = effect > limits.net_force;

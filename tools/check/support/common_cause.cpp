@@ -61,19 +61,19 @@ Asymmetry median_asymmetry(const JobData& jobs) {
 double share_along_line(const JobData& jobs) {
   constexpr double kept = 0.05;  // 0.016 and 0.012 in a Pi and an E state
   constexpr double dark = 1e-3;  // au
+  constexpr double most = 0.75, few = 4.0;
   const zandor::RunData& run = jobs.run;
   const double length = Eigen::Map<const Eigen::Vector3d>(run.dipole0.data()).norm();
   Eigen::Matrix3d sum = Eigen::Matrix3d::Zero();
-  int all = 0, as_long = 0;
-  for (const int i : jobs.computed) {
-    if (!jobs.usable(i)) continue;
+  int as_long = 0;
+  for (const int i : jobs.read) {
     const Eigen::Map<const Eigen::Vector3d> dipole(run.tdip.column(i));
-    ++all;
     if (std::fabs(dipole.norm() - length) > kept * length) continue;
     ++as_long;
     sum += dipole.normalized() * dipole.normalized().transpose();
   }
-  if (length < dark || all < 4 || 4 * as_long < 3 * all) return not_known;
+  const auto all = static_cast<double>(jobs.read.size());
+  if (length < dark || all < few || as_long < most * all) return not_known;
   const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(sum / as_long);
   return solver.eigenvalues()(2);
 }

@@ -153,6 +153,7 @@ void read_computed(JobData& jobs, int i) {
     reading.faults = {{2, std::string(place.file), place.line, complaint}};
   }
   reading.failed = !reading.faults.empty();
+  if (!reading.failed) jobs.read.push_back(i);
   if (!is_read) reading.sign_file.geometry_stop.reset();  // one fault is enough of what is cut
   const std::vector<Fault> besides = faults_besides(jobs, i);
   reading.faults.insert(reading.faults.end(), besides.begin(), besides.end());
@@ -187,10 +188,7 @@ void read_job_data(const std::string& control_file, JobData& jobs) {
   jobs.context.wrong_images.resize(run.jobs.size());
   read_reference_files(jobs);
   for (const int i : jobs.computed) read_computed(jobs, i);
-  if (std::any_of(jobs.computed.begin(), jobs.computed.end(),
-                  [&](int i) { return !jobs.reading(i).failed; })) {
-    zandor::derive_symmetry_jobs(run);
-  }
+  if (!jobs.read.empty()) zandor::derive_symmetry_jobs(run);
 }
 
 std::string coordinate_text(const JobData& jobs, int ih) {

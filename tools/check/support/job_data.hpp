@@ -61,6 +61,7 @@ struct JobData {
   std::vector<JobReading> readings;
   std::vector<int> sources;   // the computed job behind each job: itself if computed; 0: none
   std::vector<int> computed;  // those of 1..n6 with a sign file of their own
+  std::vector<int> read;      // those of them that can be used
 
   Context context;  // what run_checks forms of it
 

@@ -19,10 +19,8 @@ long long count_of(const Report& report, Severity severity) {
                        [&](const Finding& f) { return f.severity == severity; });
 }
 
-int jobs_read(const JobData& jobs) {
-  const auto read = std::count_if(jobs.computed.begin(), jobs.computed.end(),
-                                  [&](int i) { return jobs.usable(i); });
-  return static_cast<int>(read) + (jobs.reading(0).faults.empty() ? 1 : 0);
+std::ptrdiff_t jobs_read(const JobData& jobs) {
+  return std::ssize(jobs.read) + (jobs.reading(0).faults.empty() ? 1 : 0);
 }
 
 std::string shown_or_unknown(double value, const char* unit) {
