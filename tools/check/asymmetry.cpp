@@ -7,6 +7,7 @@
 // count from 0.
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
 
@@ -72,6 +73,7 @@ struct Search {
       asymmetry.row(k).setZero();
       asymmetry.col(k).setZero();
     }
+    std::erase_if(groups, [&](const Group& g) { return common(g.columns, columns).empty(); });
   }
   // What print rounding allows.
   double allowed(int i, int j) const {
@@ -97,69 +99,68 @@ Element worst_element(const Search& search, const Columns& of) {
   return worst;
 }
 
-// The largest even part among the columns of a group.
-double even_part(const JobData& jobs, const Group& group) {
-  double largest = -1.0;
-  for (const int k : group.columns) largest = std::max(largest, even_deviation(jobs, k));
-  return largest;
-}
+// A group that may be to blame.
+struct Suspect {
+  Group group;
+  double rest = 0.0;  // the sum of the squares of all asymmetries that is left without it
+  double even = 0.0;  // the largest even part among its columns
+};
+using Suspects = std::vector<Suspect>;
 
-// The sum of the squares that is left without each group; infinite where the group has no column
-// in the game.
-std::vector<double> rests_without(const Search& search, double& total) {
+Suspects suspects_among(const Search& search, double& total) {
   const Eigen::MatrixXd squares = search.asymmetry.cwiseAbs2();
   const Eigen::VectorXd sums = squares.colwise().sum();
   total = sums.sum();
-  std::vector<double> rests;
+  Suspects all;
   for (const Group& group : search.groups) {
     const Columns& columns = group.columns;
     const double share = 2.0 * sums(columns).sum() - squares(columns, columns).sum();
-    rests.push_back(common(columns, search.columns).empty()
-                        ? std::numeric_limits<double>::infinity()
-                        : std::max(total - share, 0.0));
+    all.push_back({group, std::max(total - share, 0.0)});
+    for (const int k : columns) {
+      all.back().even = std::max(all.back().even, even_deviation(search.jobs, k));
+    }
   }
-  return rests;
+  return all;
 }
 
-// The groups that may be to blame, the likeliest first.
-using Suspects = std::vector<Group>;
-
-// The group without which least is left. Of those that leave nearly as little, one with a net
-// force; then one whose two jobs differ much more from the reference than steps in opposite
-// directions do, else the smallest. Where nothing but size decides, the others without which hardly
-// anything is left are suspects, too.
+// The likeliest first: the group without which least is left. Of those that leave nearly as little,
+// one with a net force; then one whose two jobs differ much more from the reference than steps in
+// opposite directions do, else the smallest. Where nothing but size decides, the others without
+// which hardly anything is left are suspects, too.
 Suspects find_suspects(const Search& search) {
   constexpr double nearly = 1.5;
   constexpr double much_more = 4.0;
   constexpr double hardly = 0.02;  // of the sum of all squares
   double total = 0.0;
-  const std::vector<double> rests = rests_without(search, total);
-  const double least = *std::min_element(rests.begin(), rests.end());
-  std::vector<std::size_t> alike, with_net_force;
-  for (std::size_t k = 0; k < rests.size(); ++k) {
-    if (rests[k] > nearly * least + search.limits.asymmetry * search.limits.asymmetry) continue;
-    alike.push_back(k);
-    if (!common(search.groups[k].jobs, search.marked).empty()) with_net_force.push_back(k);
+  Suspects alike = suspects_among(search, total);
+  const double least =
+      std::min_element(alike.begin(), alike.end(), [](const Suspect& a, const Suspect& b) {
+        return a.rest < b.rest;
+      })->rest;
+  std::erase_if(alike, [&](const Suspect& suspect) {
+    return suspect.rest > nearly * least + search.limits.asymmetry * search.limits.asymmetry;
+  });
+  const auto has_net_force = [&](const Suspect& suspect) {
+    return !common(suspect.group.jobs, search.marked).empty();
+  };
+  const auto with_net_force = std::count_if(alike.begin(), alike.end(), has_net_force);
+  bool by_size = with_net_force == 0 || with_net_force == std::ssize(alike);
+  if (with_net_force > 0) std::erase_if(alike, std::not_fn(has_net_force));
+  for (std::size_t k = 1; k < alike.size(); ++k) {
+    Suspect& best = alike.front();
+    const bool smaller = alike[k].group.columns.size() < best.group.columns.size();
+    const bool differs_more = alike[k].even > much_more * best.even;
+    if (!differs_more && !(smaller && best.even <= much_more * alike[k].even)) continue;
+    by_size = by_size && !differs_more;
+    std::swap(best, alike[k]);
   }
-  bool by_size = with_net_force.empty() || with_net_force.size() == alike.size();
-  if (!with_net_force.empty()) alike = with_net_force;
-  std::size_t found = alike.front();
-  double best_even = std::max(even_part(search.jobs, search.groups[found]), 0.0);
-  for (const std::size_t k : alike) {
-    const Group& group = search.groups[k];
-    const double even = even_part(search.jobs, group);
-    const bool smaller = group.columns.size() < search.groups[found].columns.size();
-    if (even > much_more * best_even || (smaller && best_even <= much_more * even)) {
-      by_size = by_size && even <= much_more * best_even;
-      found = k;
-      best_even = std::max(even, 0.0);
-    }
-  }
-  Suspects suspects = {search.groups[found]};
-  for (const std::size_t k : alike) {
-    if (by_size && k != found && rests[k] < hardly * total) suspects.push_back(search.groups[k]);
-  }
-  return suspects;
+  const auto others = alike.begin() + 1;
+  alike.erase(std::remove_if(others, alike.end(),
+                             [&](const Suspect& suspect) {
+                               return !by_size || suspect.rest >= hardly * total;
+                             }),
+              alike.end());
+  return alike;
 }
 
 // The jobs of a group that are to blame: those with a net force, or the one that stands out.
@@ -173,15 +174,14 @@ std::vector<int> jobs_to_blame(const Search& search, const Group& group, const C
 Suspects narrow_down(const Search& search, const Suspects& suspects) {
   if (suspects.size() < 2) return suspects;
   Columns rest = search.columns;
-  for (const Group& group : suspects) rest = difference(rest, group.columns);
+  for (const Suspect& suspect : suspects) rest = difference(rest, suspect.group.columns);
   for (const Columns& compared : {rest, search.columns}) {
-    Suspects standing;
-    for (const Group& group : suspects) {
-      const Columns others = difference(compared, group.columns);
-      if (group.jobs.size() > 1 && single_out(search.jobs, group.jobs, others).size() == 1) {
-        standing.push_back(group);
-      }
-    }
+    Suspects standing = suspects;
+    std::erase_if(standing, [&](const Suspect& suspect) {
+      const auto& [jobs, columns] = suspect.group;
+      return jobs.size() < 2 ||
+             single_out(search.jobs, jobs, difference(compared, columns)).size() > 1;
+    });
     if (standing.size() == 1) return standing;
   }
   return suspects;
@@ -199,7 +199,7 @@ std::string names_of_columns(const JobData& jobs, const Columns& columns) {
 void blame(const Search& search, const Suspects& suspects, const Element& worst, double typical,
            Report& report) {
   const JobData& jobs = search.jobs;
-  const Group& group = suspects.front();
+  const Group& group = suspects.front().group;
   std::vector<int> blamed = jobs_to_blame(search, group, search.without(group));
   const int first = blamed.front();
   std::string text =
@@ -211,7 +211,8 @@ void blame(const Search& search, const Suspects& suspects, const Element& worst,
     text += "; this job or " + analysis::job_names(jobs.run, {blamed.begin() + 1, blamed.end()});
   }
   for (std::size_t k = 1; k < suspects.size(); ++k) {
-    const std::vector<int> more = jobs_to_blame(search, suspects[k], search.without(suspects[k]));
+    const Group& other = suspects[k].group;
+    const std::vector<int> more = jobs_to_blame(search, other, search.without(other));
     text += "; nearly as much is explained by " + analysis::job_names(jobs.run, more);
     blamed.insert(blamed.end(), more.begin(), more.end());
   }
@@ -272,14 +273,14 @@ void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& repo
   search.marked = jobs_with_net_force(jobs, search.limits);
   while (search.columns.size() >= 2) {
     const Suspects suspects = narrow_down(search, find_suspects(search));
-    const Element worst = worst_element(search, suspects.front().columns);
+    const Element worst = worst_element(search, suspects.front().group.columns);
     std::vector<double> others;
-    const Columns rest = search.without(suspects.front());
+    const Columns rest = search.without(suspects.front().group);
     for (const int k : rest) others.push_back(search.asymmetry(rest, k).maxCoeff());
     const double typical = analysis::median(std::move(others));
     if (worst.i < 0 || !is_trouble(search, worst, typical)) return;
     blame(search, suspects, worst, typical, report);
-    for (const Group& group : suspects) search.remove(group);
+    for (const Suspect& suspect : suspects) search.remove(suspect.group);
   }
 }
 
