@@ -169,8 +169,8 @@ std::vector<int> jobs_to_blame(const Search& search, const Group& group, const C
   return single_out(search.jobs, blamed.empty() ? group.jobs : blamed, others);
 }
 
-// Of several suspects the only one of which one job stands out: in the columns of none of them, or
-// else in those of the others. All, the likeliest first, where it is not the only one.
+// Keeps the suspect of which one job stands out, if it is the only one: in the columns of no
+// suspect, or else in those of the other suspects, too.
 Suspects narrow_down(const Search& search, const Suspects& suspects) {
   if (suspects.size() < 2) return suspects;
   Columns rest = search.columns;

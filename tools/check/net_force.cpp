@@ -47,7 +47,7 @@ double distance_from_usual(const NetForces& sums, int job) {
   return (sums.of_job.col(job) - sums.usual).cwiseAbs().maxCoeff();
 }
 
-// Of the two jobs of a column the one that is further from the usual, or both; by their sources.
+// The job of a column that is further from the usual by a factor, or both; by their sources.
 std::vector<int> suspects(const JobData& jobs, int column) {
   constexpr double further = 2.0;
   const int a = jobs.source(2 * column + 1), b = jobs.source(2 * column + 2);

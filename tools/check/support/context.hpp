@@ -11,9 +11,10 @@ namespace check {
 
 // Force constants as the jobs give them, before they are made symmetric.
 struct RawForceConstants {
-  Eigen::MatrixXd h;         // n3 x n3, Hartree/Bohr**2: h(j, i) = -dF(j)/dx(i), true step
+  // n3 x n3, Hartree/Bohr**2: h(j, i) = -dF(j)/dx(i), true step. Empty where there are no columns.
+  Eigen::MatrixXd h;
   Eigen::VectorXd rounding;  // n3: what print rounding may change in an element of a column
-  std::vector<int> columns;  // those of h both of whose jobs can be used, from 0; else h is 0
+  std::vector<int> columns;  // from 0, those both of whose jobs can be used; the others of h are 0
 
   // |h(i,j) - h(j,i)| among the columns, elsewhere 0.
   Eigen::MatrixXd asymmetry() const;

@@ -40,9 +40,10 @@ std::map<int, Eigen::Matrix3d> own_force_constants(const JobData& jobs) {
 
 RawForceConstants difference_forces(const JobData& jobs) {
   const zandor::RunData& run = jobs.run;
-  RawForceConstants raw{Eigen::MatrixXd::Zero(run.n3, run.n3), Eigen::VectorXd::Zero(run.n3), {}};
+  RawForceConstants raw{{}, Eigen::VectorXd::Zero(run.n3), {}};
   for (int k = 0; k < run.n3; ++k) {
     if (!jobs.usable_column(k + 1)) continue;
+    if (raw.columns.empty()) raw.h.setZero(run.n3, run.n3);  // a list without files needs no memory
     const analysis::StepJobs pair = analysis::step_jobs(run, k + 1);
     raw.h.col(k) = (jobs.forces(pair.minus) - jobs.forces(pair.plus)) / (2.0 * run.dx);
     raw.rounding(k) =

@@ -19,8 +19,9 @@ std::map<int, Eigen::Matrix3d> own_force_constants(const JobData& jobs);
 // reference forces.
 double even_deviation(const JobData& jobs, int column);
 
-// Of these computed jobs the one whose forces are further by a factor of 2 and more than those of
-// the others from what the given columns say, else all; all, too, where nothing can be compared.
+// Finds the one of several computed jobs whose forces are further from what the given columns say
+// than those of the others, by a factor of 2 and more. All jobs where there is none, or where
+// nothing can be compared.
 std::vector<int> single_out(const JobData& jobs, const std::vector<int>& suspects,
                             const std::vector<int>& columns);
 
