@@ -56,12 +56,12 @@ Asymmetry median_asymmetry(const JobData& jobs) {
 }
 
 // How much of the transition dipoles, each taken with length 1, lies along the line that most of
-// them share. Not known where they are not of the length of the reference's, within 5 % in
-// three of four, or that is dark.
+// them share. Not known where most are not of the length of the reference's, or that is dark.
 double share_along_line(const JobData& jobs) {
   constexpr double kept = 0.05;  // 0.016 and 0.012 in a Pi and an E state
   constexpr double dark = 1e-3;  // au
-  constexpr double most = 0.75, few = 4.0;
+  constexpr double most = 0.75;  // of the jobs
+  constexpr double few = 4.0;    // jobs, of which symmetry may turn every dipole by itself
   const zandor::RunData& run = jobs.run;
   const double length = Eigen::Map<const Eigen::Vector3d>(run.dipole0.data()).norm();
   Eigen::Matrix3d sum = Eigen::Matrix3d::Zero();
