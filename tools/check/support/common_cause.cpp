@@ -61,7 +61,7 @@ double share_along_line(const JobData& jobs) {
   constexpr double kept = 0.05;  // 0.016 and 0.012 in a Pi and an E state
   constexpr double dark = 1e-3;  // au
   constexpr double most = 0.75;  // of the jobs
-  constexpr double few = 4.0;    // jobs, of which symmetry may turn every dipole by itself
+  constexpr double few = 4.0;    // fewer jobs tell nothing
   const zandor::RunData& run = jobs.run;
   const double length = Eigen::Map<const Eigen::Vector3d>(run.dipole0.data()).norm();
   Eigen::Matrix3d sum = Eigen::Matrix3d::Zero();
