@@ -103,7 +103,6 @@ Element worst_element(const Search& search, const Columns& of) {
 struct Suspect {
   Group group;
   double rest = 0.0;  // the sum of the squares of all asymmetries that is left without it
-  double even = 0.0;  // the largest even part among its columns
 };
 using Suspects = std::vector<Suspect>;
 
@@ -116,46 +115,33 @@ Suspects suspects_among(const Search& search, double& total) {
     const Columns& columns = group.columns;
     const double share = 2.0 * sums(columns).sum() - squares(columns, columns).sum();
     all.push_back({group, std::max(total - share, 0.0)});
-    for (const int k : columns) {
-      all.back().even = std::max(all.back().even, even_deviation(search.jobs, k));
-    }
   }
   return all;
 }
 
-// The likeliest first: the group without which least is left. Of those that leave nearly as little,
-// one with a net force; then one whose two jobs differ much more from the reference than steps in
-// opposite directions do, else the smallest. Where nothing but size decides, the others without
-// which hardly anything is left are suspects, too.
+// The likeliest first: the group without which least is left. Of those that leave as little, but
+// for what is no trouble, one with a net force; else the smallest. Where nothing but size decides,
+// the others are suspects, too, if hardly anything is left without them.
 Suspects find_suspects(const Search& search) {
   constexpr double nearly = 1.5;
-  constexpr double much_more = 4.0;
   constexpr double hardly = 0.02;  // of the sum of all squares
   double total = 0.0;
   Suspects alike = suspects_among(search, total);
-  const double least =
-      std::min_element(alike.begin(), alike.end(), [](const Suspect& a, const Suspect& b) {
-        return a.rest < b.rest;
-      })->rest;
-  std::erase_if(alike, [&](const Suspect& suspect) {
-    return suspect.rest > nearly * least + search.limits.asymmetry * search.limits.asymmetry;
-  });
+  const auto least =
+      std::min_element(alike.begin(), alike.end(),
+                       [](const Suspect& a, const Suspect& b) { return a.rest < b.rest; });
+  const double most = nearly * least->rest + search.limits.asymmetry * search.limits.asymmetry;
+  std::erase_if(alike, [&](const Suspect& suspect) { return suspect.rest > most; });
   const auto has_net_force = [&](const Suspect& suspect) {
     return !common(suspect.group.jobs, search.marked).empty();
   };
-  const auto with_net_force = std::count_if(alike.begin(), alike.end(), has_net_force);
-  bool by_size = with_net_force == 0 || with_net_force == std::ssize(alike);
-  if (with_net_force > 0) std::erase_if(alike, std::not_fn(has_net_force));
-  for (std::size_t k = 1; k < alike.size(); ++k) {
-    Suspect& best = alike.front();
-    const bool smaller = alike[k].group.columns.size() < best.group.columns.size();
-    const bool differs_more = alike[k].even > much_more * best.even;
-    if (!differs_more && !(smaller && best.even <= much_more * alike[k].even)) continue;
-    by_size = by_size && !differs_more;
-    std::swap(best, alike[k]);
-  }
-  const auto others = alike.begin() + 1;
-  alike.erase(std::remove_if(others, alike.end(),
+  const auto marked = std::count_if(alike.begin(), alike.end(), has_net_force);
+  const bool by_size = marked == 0 || marked == std::ssize(alike);
+  if (marked > 0) std::erase_if(alike, std::not_fn(has_net_force));
+  std::stable_sort(alike.begin(), alike.end(), [](const Suspect& a, const Suspect& b) {
+    return a.group.columns.size() < b.group.columns.size();
+  });
+  alike.erase(std::remove_if(alike.begin() + 1, alike.end(),
                              [&](const Suspect& suspect) {
                                return !by_size || suspect.rest >= hardly * total;
                              }),

@@ -53,13 +53,6 @@ RawForceConstants difference_forces(const JobData& jobs) {
   return raw;
 }
 
-double even_deviation(const JobData& jobs, int column) {
-  const auto reference = jobs.forces(0);
-  if (reference.size() == 0) return -1.0;
-  const auto mean = (jobs.forces(2 * column + 1) + jobs.forces(2 * column + 2)) / 2.0;
-  return (mean - reference).norm() / std::fabs(jobs.run.dx);
-}
-
 std::vector<int> single_out(const JobData& jobs, const std::vector<int>& suspects,
                             const std::vector<int>& columns) {
   constexpr double stands_out = 2.0;

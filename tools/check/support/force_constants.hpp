@@ -14,11 +14,6 @@ RawForceConstants difference_forces(const JobData& jobs);
 // is moved itself.
 std::map<int, Eigen::Matrix3d> own_force_constants(const JobData& jobs);
 
-// How far the mean of the two jobs of a column (from 0) is from the reference's forces, over the
-// step: small where both hold the same step in opposite directions. Negative where there are no
-// reference forces.
-double even_deviation(const JobData& jobs, int column);
-
 // Finds the one of several computed jobs whose forces are further from what the given columns say
 // than those of the others, by a factor of 2 and more. All jobs where there is none, or where
 // nothing can be compared.
