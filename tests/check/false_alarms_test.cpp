@@ -148,8 +148,8 @@ TEST(FalseAlarms, what_most_jobs_have_in_common_is_said_once) {
 TEST(FalseAlarms, none_on_atoms_and_linear_molecules) {
   for (const int natom : {1, 2, 3}) {
     const support::TempFolder temp;
-    model_molecule::Model model{Eigen::Matrix3Xd::Zero(3, natom),
-                                Eigen::MatrixXd::Zero(natom, natom)};
+    model_molecule::Model model{
+        Eigen::Matrix3Xd::Zero(3, natom), Eigen::MatrixXd::Zero(natom, natom), {}};
     for (int a = 0; a < natom; ++a) {
       model.x(2, a) = 1.1 * a + 0.1 * a * a;
       for (int b = 0; b < a; ++b) model.charges(a, b) = 0.1 * (a + b);

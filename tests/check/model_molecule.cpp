@@ -23,28 +23,9 @@ void print_row(std::ostringstream& out, int width, int decimals, const Vector& v
   out << "\n";
 }
 
-void write_sign_file(const Model& model, const Printing& printing, int job) {
-  Eigen::Matrix3Xd x = model.x;
-  const int ih = (job - 1) / 2;
-  const bool positive = (job % 2 == 0) == (printing.disp_sign == 1);
-  if (job > 0) x(ih % 3, ih / 3) += positive ? printing.step : -printing.step;
-  const Values values = values_at(model, x);
-  std::ostringstream out;
-  out << " natom = " << x.cols() << "\n nmo = 30\n mi = 8\n ma = 22\n mci = 2\n NFC = 0\n NFV = 0\n"
-      << " tden_maxloc = 9 8\n tden_maxval = 0.7\n\n"
-      << " Center  Atomic  Atomic    Atomic            Coordinates (Angstroms)\n caption\n";
-  for (Eigen::Index a = 0; a < x.cols(); ++a) {
-    out << a + 1 << (a % 2 == 0 ? " C 6 12.000000" : " H 1 1.007825");
-    print_row(out, 14, 8, x.col(a));
-  }
-  out << "\n Ground to excited state transition electric dipole moments (Au)\n S0->S1 1";
-  print_row(out, 12, printing.dipole_decimals, values.dipole);
-  out << "\n Center Atomic Forces (Hartrees/Bohr)\n";
-  for (Eigen::Index a = 0; a < x.cols(); ++a) {
-    out << a + 1;
-    print_row(out, 16, printing.force_decimals, values.forces.col(a));
-  }
-  support::write_file("coord-" + name(job) + ".sgn", out.str() + " end\n");
+std::string label(const Model& model, Eigen::Index a) {
+  if (!model.labels.empty()) return model.labels[static_cast<std::size_t>(a)];
+  return a % 2 == 0 ? "C 6 12.000000" : "H 1 1.007825";
 }
 
 void write_job_list(const Model& model, const Printing& printing) {
@@ -52,7 +33,7 @@ void write_job_list(const Model& model, const Printing& printing) {
   out << " Number of atoms " << model.x.cols() << "\n Number of files 0\n step " << printing.step
       << "\nBegin_zand_info\n operations\n Number of operations 0\n -\n -\n atoms\n";
   for (Eigen::Index a = 0; a < model.x.cols(); ++a) {
-    out << a + 1 << (a % 2 == 0 ? " C 6\n" : " H 1\n");
+    out << a + 1 << " " << label(model, a).substr(0, 3) << "\n";
   }
   out << "\n jobs\n number name computed\n";
   for (int job = 0; job <= 6 * model.x.cols(); ++job) {
@@ -61,7 +42,10 @@ void write_job_list(const Model& model, const Printing& printing) {
   support::write_file("files.out", out.str());
 }
 
-}  // namespace
+struct Values {
+  Eigen::Matrix3Xd forces;  // Hartree/Bohr
+  Eigen::Vector3d dipole;   // atomic units
+};
 
 Values values_at(const Model& model, const Eigen::Matrix3Xd& x) {
   Values values{Eigen::Matrix3Xd::Zero(3, x.cols()), Eigen::Vector3d::Zero()};
@@ -80,13 +64,38 @@ Values values_at(const Model& model, const Eigen::Matrix3Xd& x) {
   return values;
 }
 
+}  // namespace
+
+std::string sign_file(const Model& model, const Printing& printing, int job) {
+  Eigen::Matrix3Xd x = model.x;
+  const bool positive = (job % 2 == 0) == (printing.disp_sign == 1);
+  if (job > 0) x((job - 1) / 2) += positive ? printing.step : -printing.step;
+  const Values values = values_at(model, x);
+  std::ostringstream out;
+  out << " natom = " << x.cols() << "\n nmo = 30\n mi = 8\n ma = 22\n mci = 2\n NFC = 0\n NFV = 0\n"
+      << " tden_maxloc = 9 8\n tden_maxval = 0.7\n\n"
+      << " Center  Atomic  Atomic    Atomic            Coordinates (Angstroms)\n caption\n";
+  for (Eigen::Index a = 0; a < x.cols(); ++a) {
+    out << a + 1 << " " << label(model, a);
+    print_row(out, 16, 10, x.col(a));
+  }
+  out << "\n Ground to excited state transition electric dipole moments (Au)\n S0->S1 1";
+  print_row(out, 12, printing.dipole_decimals, values.dipole);
+  out << "\n Center Atomic Forces (Hartrees/Bohr)\n";
+  for (Eigen::Index a = 0; a < x.cols(); ++a) {
+    out << a + 1;
+    print_row(out, 18, printing.force_decimals, values.forces.col(a));
+  }
+  return out.str() + " end\n";
+}
+
 Model random_model(unsigned seed) {
   std::mt19937 random(seed);
   const auto uniform = [&random](double low, double high) {
     return low + (high - low) * static_cast<double>(random()) / 4294967295.0;
   };
   const auto natom = static_cast<Eigen::Index>(3 + seed % 6);
-  Model model{Eigen::Matrix3Xd(3, natom), Eigen::MatrixXd(natom, natom)};
+  Model model{Eigen::Matrix3Xd(3, natom), Eigen::MatrixXd(natom, natom), {}};
   for (Eigen::Index a = 0; a < natom; ++a) {
     bool is_apart = false;
     while (!is_apart) {
@@ -103,11 +112,13 @@ void write_jobs(const Model& model, const Printing& printing) {
   support::write_file("control.inp", "&control symm=.false. disp_sign=" +
                                          std::to_string(printing.disp_sign) + " /\n");
   write_job_list(model, printing);
-  for (int job = 0; job <= 6 * model.x.cols(); ++job) write_sign_file(model, printing, job);
+  for (int job = 0; job <= 6 * model.x.cols(); ++job) {
+    support::write_file("coord-" + name(job) + ".sgn", sign_file(model, printing, job));
+  }
   std::ostringstream com;
   com << "# td\n\nmodel\n\n0 1\n";
   for (Eigen::Index a = 0; a < model.x.cols(); ++a) {
-    com << (a % 2 == 0 ? "C" : "H");
+    com << label(model, a).front();
     print_row(com, 14, 8, model.x.col(a));
   }
   support::write_file("coord-ref.com", com.str());

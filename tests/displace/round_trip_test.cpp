@@ -143,47 +143,22 @@ displace::Request request_of(const Molecule& molecule, Axes axes) {
   return request;
 }
 
-model_molecule::Model model_of(const Molecule& molecule, const Eigen::Matrix3Xd& x) {
-  model_molecule::Model model{x, Eigen::MatrixXd::Zero(x.cols(), x.cols())};
-  for (Eigen::Index a = 0; a < x.cols(); ++a) {
-    for (Eigen::Index b = 0; b < a; ++b) {
-      model.charges(a, b) = 0.02 * (molecule.numbers[static_cast<std::size_t>(a)] -
-                                    molecule.numbers[static_cast<std::size_t>(b)]);
+model_molecule::Model model_of(const Molecule& molecule, const displace::Plan& plan,
+                               const Eigen::VectorXd& masses) {
+  const int natom = plan.run.natom;
+  model_molecule::Model model{Eigen::Map<const Eigen::Matrix3Xd>(plan.run.xa.data(), 3, natom),
+                              Eigen::MatrixXd::Zero(natom, natom),
+                              {}};
+  for (int a = 0; a < natom; ++a) {
+    const auto place = static_cast<std::size_t>(a);
+    model.labels.push_back(std::string(plan.run.symbol[place].content()) + " " +
+                           std::to_string(plan.run.nat[place]) + " " + std::to_string(masses(a)));
+    for (std::size_t b = 0; b < place; ++b) {
+      model.charges(a, static_cast<int>(b)) =
+          0.02 * (molecule.numbers[place] - molecule.numbers[b]);
     }
   }
   return model;
-}
-
-std::string row(const Eigen::Vector3d& v, int decimals) {
-  char text[100];
-  std::snprintf(text, sizeof text, " %.*f %.*f %.*f\n", decimals, v(0), decimals, v(1), decimals,
-                v(2));
-  return text;
-}
-
-void write_sign_file(const displace::Plan& plan, const model_molecule::Model& model,
-                     const Eigen::VectorXd& masses, int job) {
-  Eigen::Matrix3Xd x = model.x;
-  if (job > 0) x((job - 1) / 2 % 3, (job - 1) / 6) += (job % 2 == 0 ? 1.0 : -1.0) * plan.step;
-  const model_molecule::Values values = model_molecule::values_at(model, x);
-  std::string text =
-      " natom = " + std::to_string(x.cols()) +
-      "\n nmo = 30\n mi = 8\n ma = 22\n mci = 2\n NFC = 0\n NFV = 0\n tden_maxloc = 9 8\n"
-      " tden_maxval = 0.7\n Center  Atomic  Atomic    Atomic            Coordinates "
-      "(Angstroms)\n caption\n";
-  for (Eigen::Index a = 0; a < x.cols(); ++a) {
-    const auto place = static_cast<std::size_t>(a);
-    text += std::to_string(a + 1) + " " + std::string(plan.run.symbol[place].content()) + " " +
-            std::to_string(plan.run.nat[place]) + " " + std::to_string(masses(a)) +
-            row(x.col(a), 10);
-  }
-  text += " Ground to excited state transition electric dipole moments (Au)\n S0->S1 1" +
-          row(values.dipole, 8) + " Center Atomic Forces (Hartrees/Bohr)\n";
-  for (Eigen::Index a = 0; a < x.cols(); ++a) {
-    text += std::to_string(a + 1) + row(values.forces.col(a), 14);
-  }
-  support::write_file("coord-" + plan.names[static_cast<std::size_t>(job)] + ".sgn",
-                      text + " end\n");
 }
 
 // The projected frequencies of a directory that is written, gathered and checked.
@@ -193,10 +168,11 @@ std::vector<double> frequencies(const displace::Plan& plan, const Molecule& mole
   displace::write_folder("jobs", displace::contents_of(plan, {".inp", "{{geometry}}\n", false}),
                          false);
   std::filesystem::current_path("jobs");
-  Eigen::Matrix3Xd x(3, plan.run.natom);
-  std::copy_n(plan.run.xa.data(), plan.run.xa.size(), x.data());
-  const model_molecule::Model model = model_of(molecule, x);
-  for (const int job : displace::jobs_to_run(plan.run)) write_sign_file(plan, model, masses, job);
+  const model_molecule::Model model = model_of(molecule, plan, masses);
+  for (const int job : displace::jobs_to_run(plan.run)) {
+    support::write_file("coord-" + plan.names[static_cast<std::size_t>(job)] + ".sgn",
+                        model_molecule::sign_file(model, {plan.step, 14, 8}, job));
+  }
   support::write_file("coord-" + plan.names[0] + ".log", " Entering Gaussian System, Link 0=g16\n");
   const zandor::RunData run = analysis::load_job_directory("control.inp");
   check::JobData jobs;

@@ -3,14 +3,16 @@
 //
 // A bad job spoils a column, and with it one element of every other column. The jobs are therefore
 // taken together with all columns that rest on them (a symmetry job rests on its source), and that
-// group is blamed without which least asymmetry is left. Without it the search goes on.
+// group is blamed without which least asymmetry is left. Without it the search goes on. Columns
+// count from 0.
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
+#include <functional>
 #include <limits>
 #include <map>
-#include <numeric>
 
+#include "analysis/median.hpp"
+#include "analysis/prepared_dipoles.hpp"
 #include "check/checks.hpp"
 #include "check/support/force_constants.hpp"
 #include "check/support/net_force.hpp"
@@ -19,274 +21,185 @@ namespace check {
 
 namespace {
 
+using Columns = std::vector<int>;  // ascending
+
 // Computed jobs on which the same columns rest.
 struct Group {
   std::vector<int> jobs;
-  std::vector<int> columns;
+  Columns columns;
 };
 
-std::vector<Group> group_jobs(const JobData& jobs, const RawForceConstants& raw) {
-  std::map<int, std::vector<int>> columns_of;
-  for (const int ih : raw.columns) {
-    for (const int job : {2 * ih - 1, 2 * ih}) {
-      std::vector<int>& columns = columns_of[jobs.source(job)];
-      if (columns.empty() || columns.back() != ih) columns.push_back(ih);
+std::vector<Group> group_jobs(const JobData& jobs) {
+  std::map<int, Columns> columns_of;
+  for (const int k : jobs.context.raw.columns) {
+    for (const int job : {2 * k + 1, 2 * k + 2}) {
+      Columns& columns = columns_of[jobs.source(job)];
+      if (columns.empty() || columns.back() != k) columns.push_back(k);
     }
   }
-  std::map<std::vector<int>, std::vector<int>> jobs_of;
+  std::map<Columns, std::vector<int>> jobs_of;
   for (const auto& [job, columns] : columns_of) jobs_of[columns].push_back(job);
   std::vector<Group> groups;
-  groups.reserve(jobs_of.size());
   for (const auto& [columns, sources] : jobs_of) groups.push_back({sources, columns});
   return groups;
 }
 
-// The columns still in the game, and the asymmetry among them.
-class Columns {
- public:
-  explicit Columns(const RawForceConstants& raw)
-      : raw_(raw), active_(raw.columns), order_(raw.rounding.size()) {
-    asymmetry_.resize(order_ * order_);
-    for (const int i : active_) {
-      for (const int j : active_) {
-        if (j <= i) place(i, j) = place(j, i) = std::fabs(raw.h(i, j) - raw.h(j, i));
-      }
-    }
-  }
+Columns difference(const Columns& all, const Columns& columns) {
+  Columns rest;
+  std::set_difference(all.begin(), all.end(), columns.begin(), columns.end(),
+                      std::back_inserter(rest));
+  return rest;
+}
 
-  double asymmetry(int i, int j) const {
-    return asymmetry_[static_cast<std::size_t>(i - 1) * order_ + static_cast<std::size_t>(j - 1)];
+std::vector<int> common(const std::vector<int>& a, const std::vector<int>& b) {
+  std::vector<int> both;
+  std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(both));
+  return both;
+}
+
+// What the search has to look at.
+struct Search {
+  const JobData& jobs;
+  std::vector<Group> groups;
+  std::vector<int> marked;  // jobs with a net force of their own
+  Thresholds limits;
+  Columns columns;            // those still in the game
+  Eigen::MatrixXd asymmetry;  // n3 x n3: |h(i,j) - h(j,i)| among them, else 0
+
+  Columns without(const Group& group) const { return difference(columns, group.columns); }
+  void remove(const Group& group) {
+    columns = without(group);
+    for (const int k : group.columns) {
+      asymmetry.row(k).setZero();
+      asymmetry.col(k).setZero();
+    }
+    std::erase_if(groups, [&](const Group& g) { return common(g.columns, columns).empty(); });
   }
   // What print rounding allows.
   double allowed(int i, int j) const {
-    return raw_.rounding[static_cast<std::size_t>(i - 1)] +
-           raw_.rounding[static_cast<std::size_t>(j - 1)];
+    return jobs.context.raw.rounding(i) + jobs.context.raw.rounding(j);
   }
-  const std::vector<int>& active() const { return active_; }
-  bool is_active(int ih) const { return std::binary_search(active_.begin(), active_.end(), ih); }
-  void remove(const std::vector<int>& columns) { active_ = without(columns); }
-
-  std::vector<int> without(const std::vector<int>& columns) const {
-    std::vector<int> rest;
-    std::set_difference(active_.begin(), active_.end(), columns.begin(), columns.end(),
-                        std::back_inserter(rest));
-    return rest;
-  }
-
-  // Sum of the squares in each active column, at [ih - 1].
-  std::vector<double> squares() const {
-    std::vector<double> sums(raw_.rounding.size(), 0.0);
-    for (const int i : active_) {
-      for (const int j : active_) sums[static_cast<std::size_t>(i - 1)] += square(i, j);
-    }
-    return sums;
-  }
-  double square(int i, int j) const { return asymmetry(i, j) * asymmetry(i, j); }
-
-  // The largest element in each of the columns, among themselves; ascending.
-  std::vector<double> largest_by_column(const std::vector<int>& columns) const {
-    std::vector<double> largest;
-    for (const int i : columns) {
-      double value = 0.0;
-      for (const int j : columns) value = std::max(value, asymmetry(i, j));
-      largest.push_back(value);
-    }
-    std::sort(largest.begin(), largest.end());
-    return largest;
-  }
-
- private:
-  double& place(int i, int j) {
-    return asymmetry_[static_cast<std::size_t>(i - 1) * order_ + static_cast<std::size_t>(j - 1)];
-  }
-
-  const RawForceConstants& raw_;
-  std::vector<int> active_;
-  std::size_t order_;
-  std::vector<double> asymmetry_;
 };
 
 struct Element {
-  int i = 0, j = 0;
+  int i = -1, j = -1;
   double asymmetry = 0.0;
   double excess = 0.0;  // above what print rounding allows
 };
 
-// The largest element, above rounding, of the given columns with any active one.
-Element worst_element(const Columns& columns, const std::vector<int>& of) {
+// The largest element, above rounding, of the given columns with any that is in the game.
+Element worst_element(const Search& search, const Columns& of) {
   Element worst;
-  for (const int i : of) {
-    if (!columns.is_active(i)) continue;
-    for (const int j : columns.active()) {
-      const double asymmetry = columns.asymmetry(i, j);
-      const double excess = asymmetry - columns.allowed(i, j);
-      if (worst.i == 0 || excess > worst.excess) worst = {i, j, asymmetry, excess};
+  for (const int i : common(of, search.columns)) {
+    for (const int j : search.columns) {
+      const double excess = search.asymmetry(i, j) - search.allowed(i, j);
+      if (worst.i < 0 || excess > worst.excess) worst = {i, j, search.asymmetry(i, j), excess};
     }
   }
   return worst;
 }
 
-// What is taken out of the sum of the squares with a group.
-double share_of(const Group& group, const Columns& columns, const std::vector<double>& squares) {
-  double share = 0.0;
-  for (const int i : group.columns) {
-    if (!columns.is_active(i)) continue;
-    share += 2.0 * squares[static_cast<std::size_t>(i - 1)];
-    for (const int j : group.columns) {
-      if (columns.is_active(j)) share -= columns.square(i, j);
-    }
+// A group that may be to blame.
+struct Suspect {
+  Group group;
+  double rest = 0.0;  // the sum of the squares of all asymmetries that is left without it
+};
+using Suspects = std::vector<Suspect>;
+
+Suspects suspects_among(const Search& search, double& total) {
+  const Eigen::MatrixXd squares = search.asymmetry.cwiseAbs2();
+  const Eigen::VectorXd sums = squares.colwise().sum();
+  total = sums.sum();
+  Suspects all;
+  for (const Group& group : search.groups) {
+    const Columns& columns = group.columns;
+    const double share = 2.0 * sums(columns).sum() - squares(columns, columns).sum();
+    all.push_back({group, std::max(total - share, 0.0)});
   }
-  return share;
+  return all;
 }
 
-std::vector<int> common_jobs(const std::vector<int>& a, const std::vector<int>& b) {
-  std::vector<int> common;
-  std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(common));
-  return common;
-}
-
-// The largest even part among the columns of a group.
-double even_part(const JobData& jobs, const Group& group) {
-  double largest = -1.0;
-  for (const int ih : group.columns) largest = std::max(largest, even_deviation(jobs, ih));
-  return largest;
-}
-
-// What is left without each group that is still in the game: the sum of the squares among the
-// others.
-std::vector<double> rests_without(const std::vector<Group>& groups, const Columns& columns) {
-  const std::vector<double> squares = columns.squares();
-  const double total = std::accumulate(squares.begin(), squares.end(), 0.0);
-  std::vector<double> rests;
-  rests.reserve(groups.size());
-  for (const Group& group : groups) {
-    if (columns.without(group.columns).size() == columns.active().size()) {
-      rests.push_back(std::numeric_limits<double>::infinity());
-      continue;
-    }
-    rests.push_back(std::max(total - share_of(group, columns, squares), 0.0));
-  }
-  return rests;
-}
-
-// Those of the groups whose jobs have a net force of their own; all where none has.
-std::vector<std::size_t> with_net_force(const std::vector<Group>& groups,
-                                        const std::vector<std::size_t>& places,
-                                        const std::vector<int>& marked) {
-  std::vector<std::size_t> found;
-  for (const std::size_t k : places) {
-    if (!common_jobs(groups[k].jobs, marked).empty()) found.push_back(k);
-  }
-  return found.empty() ? places : found;
-}
-
-// The groups that may be to blame, the likeliest first.
-using Suspects = std::vector<std::size_t>;
-
-// The group without which least is left. Of those that leave nearly as little, one with a net force
-// (marked: the jobs that have one); then one whose two jobs differ much more from the reference
-// than steps in opposite directions do, else the smallest. Where nothing but size decides, the
-// others without which hardly anything is left are suspects, too.
-Suspects find_suspects(const JobData& jobs, const std::vector<Group>& groups,
-                       const Columns& columns, const std::vector<int>& marked,
-                       const Thresholds& limits) {
+// The likeliest first: the group without which least is left. Of those that leave as little, but
+// for what is no trouble, one with a net force; else the smallest. Where nothing but size decides,
+// the others are suspects, too, if hardly anything is left without them.
+Suspects find_suspects(const Search& search) {
   constexpr double nearly = 1.5;
-  constexpr double much_more = 4.0;
   constexpr double hardly = 0.02;  // of the sum of all squares
-  const std::vector<double> rests = rests_without(groups, columns);
-  const double least = *std::min_element(rests.begin(), rests.end());
-  Suspects alike;
-  for (std::size_t k = 0; k < groups.size(); ++k) {
-    if (rests[k] <= nearly * least + limits.asymmetry * limits.asymmetry) alike.push_back(k);
-  }
-  const std::size_t before = alike.size();
-  alike = with_net_force(groups, alike, marked);
-  Suspects found = {alike.front()};
-  double best_even = std::max(even_part(jobs, groups[found[0]]), 0.0);
-  bool by_size = alike.size() == before;
-  for (const std::size_t k : alike) {
-    const double even = even_part(jobs, groups[k]);
-    const bool smaller = groups[k].columns.size() < groups[found[0]].columns.size();
-    if (even > much_more * best_even || (smaller && best_even <= much_more * even)) {
-      by_size = by_size && even <= much_more * best_even;
-      found[0] = k;
-      best_even = std::max(even, 0.0);
-    }
-  }
-  const std::vector<double> squares = columns.squares();
-  const double total = std::accumulate(squares.begin(), squares.end(), 0.0);
-  for (const std::size_t k : alike) {
-    if (by_size && k != found[0] && rests[k] < hardly * total) found.push_back(k);
-  }
-  return found;
-}
-
-double median(const std::vector<double>& ascending) {
-  return ascending.empty() ? 0.0 : ascending[ascending.size() / 2];
-}
-
-std::string names_of_columns(const JobData& jobs, const std::vector<int>& columns) {
-  std::string names;
-  for (std::size_t k = 0; k < columns.size() && k < 4; ++k) {
-    names += (k > 0 ? ", " : "") + coordinate_text(jobs, columns[k]);
-  }
-  return names + (columns.size() > 4 ? ", ..." : "");
+  double total = 0.0;
+  Suspects alike = suspects_among(search, total);
+  const auto least =
+      std::min_element(alike.begin(), alike.end(),
+                       [](const Suspect& a, const Suspect& b) { return a.rest < b.rest; });
+  const double most = nearly * least->rest + search.limits.asymmetry * search.limits.asymmetry;
+  std::erase_if(alike, [&](const Suspect& suspect) { return suspect.rest > most; });
+  const auto has_net_force = [&](const Suspect& suspect) {
+    return !common(suspect.group.jobs, search.marked).empty();
+  };
+  const auto marked = std::count_if(alike.begin(), alike.end(), has_net_force);
+  const bool by_size = marked == 0 || marked == std::ssize(alike);
+  if (marked > 0) std::erase_if(alike, std::not_fn(has_net_force));
+  std::stable_sort(alike.begin(), alike.end(), [](const Suspect& a, const Suspect& b) {
+    return a.group.columns.size() < b.group.columns.size();
+  });
+  alike.erase(std::remove_if(alike.begin() + 1, alike.end(),
+                             [&](const Suspect& suspect) {
+                               return !by_size || suspect.rest >= hardly * total;
+                             }),
+              alike.end());
+  return alike;
 }
 
 // The jobs of a group that are to blame: those with a net force, or the one that stands out.
-std::vector<int> jobs_to_blame(const JobData& jobs, const Group& group,
-                               const std::vector<int>& marked, const std::vector<int>& others) {
-  std::vector<int> blamed = common_jobs(group.jobs, marked);
-  if (blamed.empty()) blamed = group.jobs;
-  return blamed.size() > 1 ? single_out(jobs, jobs.context.raw, blamed, others) : blamed;
+std::vector<int> jobs_to_blame(const Search& search, const Group& group, const Columns& others) {
+  const std::vector<int> blamed = common(group.jobs, search.marked);
+  return single_out(search.jobs, blamed.empty() ? group.jobs : blamed, others);
 }
 
-// Of several suspects the only one of which one job stands out: in the columns of none of them, or
-// else in those of the others. All, the likeliest first, where it is not the only one.
-Suspects narrow_down(const JobData& jobs, const std::vector<Group>& groups,
-                     const Suspects& suspects, const Columns& columns) {
+// Keeps the suspect of which one job stands out, if it is the only one: in the columns of no
+// suspect, or else in those of the other suspects, too.
+Suspects narrow_down(const Search& search, const Suspects& suspects) {
   if (suspects.size() < 2) return suspects;
-  Columns rest = columns;
-  for (const std::size_t k : suspects) rest.remove(groups[k].columns);
-  for (const Columns* const compared : std::initializer_list<const Columns*>{&rest, &columns}) {
-    Suspects standing;
-    for (const std::size_t k : suspects) {
-      const Group& group = groups[k];
-      const std::vector<int> others = compared->without(group.columns);
-      if (group.jobs.size() > 1 && jobs_to_blame(jobs, group, {}, others).size() == 1) {
-        standing.push_back(k);
-      }
-    }
+  Columns rest = search.columns;
+  for (const Suspect& suspect : suspects) rest = difference(rest, suspect.group.columns);
+  for (const Columns& compared : {rest, search.columns}) {
+    Suspects standing = suspects;
+    std::erase_if(standing, [&](const Suspect& suspect) {
+      const auto& [jobs, columns] = suspect.group;
+      return jobs.size() < 2 ||
+             single_out(search.jobs, jobs, difference(compared, columns)).size() > 1;
+    });
     if (standing.size() == 1) return standing;
   }
   return suspects;
 }
 
-std::string joined_names(const JobData& jobs, const std::vector<int>& of, std::size_t first) {
+std::string names_of_columns(const JobData& jobs, const Columns& columns) {
+  constexpr std::size_t most = 4;
   std::string names;
-  for (std::size_t k = first; k < of.size(); ++k) {
-    names += (k > first ? ", " : "") + std::string(jobs.job(of[k]).sgn_name.content());
+  for (std::size_t k = 0; k < std::min(columns.size(), most); ++k) {
+    names += (k > 0 ? ", " : "") + coordinate_text(jobs, columns[k] + 1);
   }
-  return names;
+  return names + (columns.size() > most ? ", ..." : "");
 }
 
-void blame(const JobData& jobs, const std::vector<Group>& groups, const Suspects& suspects,
-           const Columns& columns, const std::vector<int>& marked, const Element& worst,
-           double typical, Report& report) {
-  const Group& group = groups[suspects.front()];
-  std::vector<int> blamed = jobs_to_blame(jobs, group, marked, columns.without(group.columns));
+void blame(const Search& search, const Suspects& suspects, const Element& worst, double typical,
+           Report& report) {
+  const JobData& jobs = search.jobs;
+  const Group& group = suspects.front().group;
+  std::vector<int> blamed = jobs_to_blame(search, group, search.without(group));
   const int first = blamed.front();
-  std::string text = "the forces do not fit those of the other jobs: h(i,j) - h(j,i) is " +
-                     rounded(worst.asymmetry) + " Hartree/Bohr**2 for " +
-                     coordinate_text(jobs, worst.i) + " and " + coordinate_text(jobs, worst.j) +
-                     ", " + rounded(typical) + " in the median of the other columns; columns of " +
-                     names_of_columns(jobs, group.columns);
-  if (blamed.size() > 1) text += "; this job or " + joined_names(jobs, blamed, 1);
+  std::string text =
+      "the forces do not fit those of the other jobs: h(i,j) - h(j,i) is " +
+      rounded(worst.asymmetry) + " Hartree/Bohr**2 for " + coordinate_text(jobs, worst.i + 1) +
+      " and " + coordinate_text(jobs, worst.j + 1) + ", " + rounded(typical) +
+      " in the median of the other columns; columns of " + names_of_columns(jobs, group.columns);
+  if (blamed.size() > 1) {
+    text += "; this job or " + analysis::job_names(jobs.run, {blamed.begin() + 1, blamed.end()});
+  }
   for (std::size_t k = 1; k < suspects.size(); ++k) {
-    const Group& other = groups[suspects[k]];
-    const std::vector<int> more =
-        jobs_to_blame(jobs, other, marked, columns.without(other.columns));
-    text += "; nearly as much is explained by " + joined_names(jobs, more, 0);
+    const Group& other = suspects[k].group;
+    const std::vector<int> more = jobs_to_blame(search, other, search.without(other));
+    text += "; nearly as much is explained by " + analysis::job_names(jobs.run, more);
     blamed.insert(blamed.end(), more.begin(), more.end());
   }
   report.add(Severity::warning, forces_place(jobs, first), std::move(text), first,
@@ -295,10 +208,11 @@ void blame(const JobData& jobs, const std::vector<Group>& groups, const Suspects
 
 // `typical` measures nothing where it is zero, which symmetry makes it, or where columns are
 // missing that may be the ones with which the worst is to be compared.
-bool is_trouble(const Element& worst, double typical, double allowed, const Thresholds& limits) {
-  const bool stands_out = typical > 0.0 && worst.asymmetry > limits.asymmetry_ratio * typical &&
-                          worst.asymmetry > limits.asymmetry_ratio * allowed;
-  return worst.excess > limits.asymmetry || stands_out;
+bool is_trouble(const Search& search, const Element& worst, double typical) {
+  const double times = search.limits.asymmetry_ratio;
+  return worst.excess > search.limits.asymmetry ||
+         (typical > 0.0 && worst.asymmetry > times * typical &&
+          worst.asymmetry > times * search.allowed(worst.i, worst.j));
 }
 
 // Jobs that are all a little off differ much in how far: the furthest of 21 columns by 75 times the
@@ -312,52 +226,47 @@ Thresholds limits_for(const JobData& jobs, bool all_columns, Thresholds limits) 
   return limits;
 }
 
-void add_figures(const Columns& columns, const Element& worst, int n3, Report& report) {
+void add_figures(const Search& search, Report& report) {
+  const Element worst = worst_element(search, search.columns);
   report.figure("largest |h(i,j) - h(j,i)| (Hartree/Bohr**2)", worst.asymmetry);
   report.figure("what print rounding allows there (Hartree/Bohr**2)",
-                columns.allowed(worst.i, worst.j));
-  std::vector<double> largest(static_cast<std::size_t>(n3), not_known);
-  for (const int i : columns.active()) {
-    for (const int j : columns.active()) {
-      double& value = largest[static_cast<std::size_t>(i - 1)];
-      value = std::fmax(value, columns.asymmetry(i, j));
-    }
-  }
-  std::vector<double> ranked(columns.active().begin(), columns.active().end());
-  std::stable_sort(ranked.begin(), ranked.end(), [&](double i, double j) {
-    return largest[static_cast<std::size_t>(i) - 1] > largest[static_cast<std::size_t>(j) - 1];
-  });
-  report.figure("largest of each coordinate (Hartree/Bohr**2)", std::move(largest));
-  report.figure("coordinates by it, the largest first", std::move(ranked));
+                search.allowed(worst.i, worst.j));
+  Eigen::VectorXd largest = Eigen::VectorXd::Constant(search.jobs.run.n3, not_known);
+  for (const int k : search.columns) largest(k) = search.asymmetry.col(k).maxCoeff();
+  Columns ranked = search.columns;
+  std::stable_sort(ranked.begin(), ranked.end(),
+                   [&](int i, int j) { return largest(i) > largest(j); });
+  report.figure("largest of each coordinate (Hartree/Bohr**2)", largest);
+  report.figure(
+      "coordinates by it, the largest first",
+      Eigen::Map<Eigen::VectorXi>(ranked.data(), std::ssize(ranked)).array().cast<double>() + 1.0);
 }
 
 }  // namespace
 
-void check_asymmetry(const JobData& jobs, const Thresholds& all_limits, Report& report) {
+void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& report) {
   const RawForceConstants& raw = jobs.context.raw;
-  Columns columns(raw);
-  const int missing = jobs.run.n3 - static_cast<int>(raw.columns.size());
-  if (missing > 0) {
-    report.note({zandor::job_list_name},
-                missing_columns(missing) + "; the others are not held against their median");
+  const bool all_columns = std::ssize(raw.columns) == jobs.run.n3;
+  if (!all_columns) {
+    report.note(whole_list,
+                missing_columns(jobs) + "; the others are not held against their median");
   }
   if (raw.columns.size() < 2) return;
-  add_figures(columns, worst_element(columns, raw.columns), jobs.run.n3, report);
+  Search search{jobs,        group_jobs(jobs), {}, limits_for(jobs, all_columns, limits),
+                raw.columns, raw.asymmetry()};
+  add_figures(search, report);
   if (jobs.context.common_cause.forbids_comparison()) return;
-  const Thresholds limits = limits_for(jobs, missing == 0, all_limits);
-  const std::vector<Group> groups = group_jobs(jobs, raw);
-  const std::vector<int> marked = jobs_with_net_force(jobs, limits);
-  while (columns.active().size() >= 2) {
-    const Suspects suspects =
-        narrow_down(jobs, groups, find_suspects(jobs, groups, columns, marked, limits), columns);
-    const Group& group = groups[suspects.front()];
-    const Element worst = worst_element(columns, group.columns);
-    const double typical = median(columns.largest_by_column(columns.without(group.columns)));
-    if (worst.i == 0 || !is_trouble(worst, typical, columns.allowed(worst.i, worst.j), limits)) {
-      return;
-    }
-    blame(jobs, groups, suspects, columns, marked, worst, typical, report);
-    for (const std::size_t k : suspects) columns.remove(groups[k].columns);
+  search.marked = jobs_with_net_force(jobs, search.limits);
+  while (search.columns.size() >= 2) {
+    const Suspects suspects = narrow_down(search, find_suspects(search));
+    const Element worst = worst_element(search, suspects.front().group.columns);
+    std::vector<double> others;
+    const Columns rest = search.without(suspects.front().group);
+    for (const int k : rest) others.push_back(search.asymmetry(rest, k).maxCoeff());
+    const double typical = analysis::median(std::move(others));
+    if (worst.i < 0 || !is_trouble(search, worst, typical)) return;
+    blame(search, suspects, worst, typical, report);
+    for (const Suspect& suspect : suspects) search.remove(suspect.group);
   }
 }
 

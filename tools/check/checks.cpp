@@ -34,7 +34,8 @@ constexpr NamedCheck list[] = {
     {"noise", check_noise, true, true},
 };
 
-// What reads a file that the list gives wrongly is mended in the list, unless the file is bad.
+// Jobs that the list gives wrongly are mended in the list, and are not run again unless their file
+// is bad.
 void drop_wrong_names(const JobData& jobs, Report& report) {
   const std::vector<char> wrong = listed_wrongly(jobs);
   for (Finding& finding : report.findings) {
@@ -43,7 +44,7 @@ void drop_wrong_names(const JobData& jobs, Report& report) {
   }
 }
 
-// `usable` looks at the wrong images.
+// The order counts: `usable` looks at the wrong images, and each figure at those before it.
 void build_context(JobData& jobs, const Thresholds& limits, bool with_modes) {
   jobs.context.wrong_images = find_wrong_images(jobs, limits);
   jobs.context.raw = difference_forces(jobs);

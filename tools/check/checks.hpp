@@ -34,11 +34,11 @@ Check check_dipole_sum;
 Check check_frame;
 Check check_noise;
 
-// Of the jobs 0..n6 those whose source or operation is wrong, and those derived from them. The
+// Marks the jobs, of 0..n6, whose source or operation is wrong, and those derived from them. The
 // other checks take them for not read.
 std::vector<char> find_wrong_images(const JobData& jobs, const Thresholds& limits);
 
-// Of the jobs 0..n6 those that share a sign file with another, or stand behind another's number.
+// Marks the jobs, of 0..n6, that share a sign file with another or stand behind another's number.
 std::vector<char> listed_wrongly(const JobData& jobs);
 
 // The list of them all.

@@ -6,27 +6,25 @@ namespace check {
 
 namespace {
 
-std::string more_lines(const OddLines& odd) {
-  return odd.count == 1 ? "" : " (and " + counted(odd.count - 1, "more line") + " of the block)";
+void report_odd(const OddLines& odd, const std::string& says, const char* means,
+                std::string_view file, int job, Report& report) {
+  if (odd.count == 0) return;
+  report.add(
+      Severity::warning, {file, odd.first},
+      says + io::quoted(odd.found) + means +
+          (odd.count == 1 ? "" : " (and " + counted(odd.count - 1, "more line") + " of the block)"),
+      job);
 }
 
-void report_rows(const BlockRows& rows, const char* what, int read, std::string_view file, int job,
-                 Report& report) {
-  if (rows.extra.count > 0) {
-    report.add(Severity::warning, {file, rows.extra.first},
-               std::string(what) + " of atom " + std::to_string(rows.extra.atom) +
-                   ": more items than the " + std::to_string(read) +
-                   " that are read, the first of them " + io::quoted(rows.extra.found) +
-                   "; a column too many shifts the numbers" + more_lines(rows.extra),
-               job);
-  }
-  if (rows.unordered.count > 0) {
-    report.add(Severity::warning, {file, rows.unordered.first},
-               std::string(what) + " of atom " + std::to_string(rows.unordered.atom) +
-                   ": the line is numbered " + io::quoted(rows.unordered.found) +
-                   ", but atoms are read in the order of the lines" + more_lines(rows.unordered),
-               job);
-  }
+void report_rows(const BlockRows& rows, const std::string& what, int read, std::string_view file,
+                 int job, Report& report) {
+  report_odd(rows.extra,
+             what + " of atom " + std::to_string(rows.extra.atom) + ": more items than the " +
+                 std::to_string(read) + " that are read, the first of them ",
+             "; a column too many shifts the numbers", file, job, report);
+  report_odd(rows.unordered,
+             what + " of atom " + std::to_string(rows.unordered.atom) + ": the line is numbered ",
+             ", but atoms are read in the order of the lines", file, job, report);
 }
 
 // Layered inputs name the layer behind the coordinates.
@@ -46,9 +44,8 @@ void check_columns(const JobData& jobs, const Thresholds&, Report& report) {
   }
   for (int i = 0; i <= jobs.run.n6; ++i) {
     const SignFile& file = jobs.sign_file(i);
-    const std::string_view name = jobs.job(i).sgn_name.content();
-    report_rows(file.geometry_rows, "the geometry", 7, name, i, report);
-    report_rows(file.force_rows, "the force", 4, name, i, report);
+    report_rows(file.geometry_rows, "the geometry", 7, jobs.sign_name(i), i, report);
+    report_rows(file.force_rows, "the force", 4, jobs.sign_name(i), i, report);
     for (const BlockRows* rows : {&file.geometry_rows, &file.force_rows}) {
       lines += rows->extra.count + rows->unordered.count;
     }

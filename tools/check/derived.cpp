@@ -4,8 +4,8 @@
 // carry atom atom_m(a) of the reference onto atom a, and the source's displacement onto the job's.
 #include <Eigen/Dense>
 #include <algorithm>
-#include <cmath>
 #include <map>
+#include <set>
 
 #include "analysis/operations.hpp"
 #include "check/checks.hpp"
@@ -16,53 +16,37 @@ namespace {
 
 using analysis::operation;
 
-// Angstrom, from the centre of the atoms: only forces are carried over, so the operation may pass
-// through any point.
-Eigen::Matrix3Xd centred_geometry(const JobData& jobs) {
-  Eigen::Matrix3Xd x =
-      Eigen::Map<const Eigen::Matrix3Xd>(jobs.sign_file(0).geometry->x.data(), 3, jobs.run.natom);
-  x.colwise() -= x.rowwise().mean().eval();
-  return x;
-}
-
 // How far operation k is from carrying the atoms of the table's column onto its rows, and from the
-// reverse: Angstrom.
+// reverse: Angstrom, from the centre of the atoms. Only forces are carried over, so the operation
+// may pass through any point.
 struct Misfit {
   double forward = 0.0;
   double reverse = 0.0;
   int atom = 0;  // where `forward` is
 };
 
-Misfit misfit_of(const zandor::RunData& run, const Eigen::Matrix3Xd& x, int k) {
-  const Eigen::Matrix3d op = operation(run, k);
-  Misfit misfit;
-  for (int a = 1; a <= run.natom; ++a) {
-    const int b = run.atom_m(a, k);
-    const double forward = (op * x.col(b - 1) - x.col(a - 1)).cwiseAbs().maxCoeff();
-    const double reverse = (op * x.col(a - 1) - x.col(b - 1)).cwiseAbs().maxCoeff();
-    if (misfit.atom == 0 || forward > misfit.forward) {
-      misfit.forward = forward;
-      misfit.atom = a;
-    }
-    misfit.reverse = std::max(misfit.reverse, reverse);
-  }
-  return misfit;
+Misfit misfit_of(const JobData& jobs, int k) {
+  const Eigen::Matrix3Xd x = jobs.geometry(0).colwise() - jobs.geometry(0).rowwise().mean();
+  Eigen::Matrix3Xd images(3, x.cols());  // the atoms that the table says are carried onto x
+  for (int a = 1; a <= jobs.run.natom; ++a) images.col(a - 1) = x.col(jobs.run.atom_m(a, k) - 1);
+  Eigen::Index axis = 0, atom = 0;
+  const Eigen::Matrix3d op = operation(jobs.run, k);
+  const double forward = (op * images - x).cwiseAbs().maxCoeff(&axis, &atom);
+  return {forward, (op * x - images).cwiseAbs().maxCoeff(), static_cast<int>(atom) + 1};
 }
 
 // The first atom whose image is taken twice or is of another element, 0 where there is none.
 int wrong_image(const zandor::RunData& run, int k) {
-  std::vector<char> taken(static_cast<std::size_t>(run.natom), 0);
+  std::set<int> taken;
   for (int a = 1; a <= run.natom; ++a) {
-    const auto image = static_cast<std::size_t>(run.atom_m(a, k) - 1);
-    if (taken[image] != 0 || run.nat[image] != run.nat[static_cast<std::size_t>(a - 1)]) return a;
-    taken[image] = 1;
+    const int image = run.atom_m(a, k);
+    if (!taken.insert(image).second || at(run.nat, image - 1) != at(run.nat, a - 1)) return a;
   }
   return 0;
 }
 
 // What is wrong with an operation, in a sentence; empty when nothing is.
-std::string complaint_about(const JobData& jobs, const Eigen::Matrix3Xd& x, int k,
-                            double tolerance) {
+std::string complaint_about(const JobData& jobs, int k, double tolerance) {
   const zandor::RunData& run = jobs.run;
   const double off = analysis::off_orthogonal(operation(run, k));
   if (off > tolerance) return "is not orthogonal: op op^T differs from 1 by " + rounded(off);
@@ -70,7 +54,7 @@ std::string complaint_about(const JobData& jobs, const Eigen::Matrix3Xd& x, int 
     return "has in the atom table an image of atom " + std::to_string(atom) +
            " that is of another element or taken twice: " + std::to_string(run.atom_m(atom, k));
   }
-  const Misfit misfit = misfit_of(run, x, k);
+  const Misfit misfit = misfit_of(jobs, k);
   if (misfit.forward <= tolerance) return {};
   const std::string expected = "does not carry atom " + std::to_string(run.atom_m(misfit.atom, k)) +
                                " onto atom " + std::to_string(misfit.atom) +
@@ -97,66 +81,50 @@ void pass_on_list_warnings(const JobData& jobs, Report& report) {
   for (const Fault& warning : jobs.list.warnings) {
     for (int i = 1; i <= jobs.run.n6; ++i) {
       if (jobs.job(i).is_calc || jobs.job(i).list_line != warning.line) continue;
-      report.add(jobs.source(i) == 0 ? Severity::error : Severity::warning, warning.place(),
-                 warning.text, i);
+      report.add(jobs.source(i) == 0 ? Severity::error : Severity::warning,
+                 {warning.file, warning.line}, warning.message, i);
     }
   }
 }
 
-void report_operation(const JobData& jobs, int k, const std::vector<int>& derived,
-                      const std::string& complaint, Report& report) {
-  const auto more = static_cast<long long>(derived.size()) - 1;
-  report.add(Severity::error, place_of(jobs, derived.front()),
-             "operation " + std::to_string(k) + " of " + job_text(jobs, derived.front()) +
-                 (more > 0 ? " and " + counted(more, "more job") : "") + " " + complaint,
-             derived.front());
-}
-
-void report_source(const JobData& jobs, int i, int expected, Report& report) {
-  report.add(Severity::error, place_of(jobs, i),
-             job_text(jobs, i) + " is not the image of " + job_text(jobs, jobs.job(i).calc_m) +
-                 " under operation " + std::to_string(jobs.job(i).iops) +
-                 (expected > 0 ? ", but of " + job_text(jobs, expected) : ", nor of any job"),
-             i);
-}
-
-// What is wrong with derived jobs goes to the report, if there is one, and to `wrong`.
-void look_at_images(const JobData& jobs, double tolerance, Report* report,
-                    std::vector<char>& wrong) {
-  const Eigen::Matrix3Xd x = centred_geometry(jobs);
+// What is wrong with derived jobs goes to the report, if there is one; the result tells for the
+// jobs 0..n6 whether they have a wrong source or operation.
+std::vector<char> look_at_images(const JobData& jobs, double tolerance, Report* report) {
+  std::vector<char> wrong(jobs.run.jobs.size(), 0);
+  const auto add = [&](int i, const std::string& text) {
+    if (report != nullptr) report->add(Severity::error, list_line(jobs, i), text, i);
+  };
   for (const auto& [k, derived] : jobs_by_operation(jobs)) {
-    const std::string complaint = complaint_about(jobs, x, k, tolerance);
-    if (!complaint.empty() && report != nullptr) {
-      report_operation(jobs, k, derived, complaint, *report);
+    const std::string complaint = complaint_about(jobs, k, tolerance);
+    if (!complaint.empty()) {
+      const auto more = std::ssize(derived) - 1;
+      add(derived.front(),
+          "operation " + std::to_string(k) + " of " + job_text(jobs, derived.front()) +
+              (more > 0 ? " and " + counted(more, "more job") : "") + " " + complaint);
     }
     for (const int i : derived) {
       const int expected =
           complaint.empty() ? analysis::image_source(jobs.run, i, k, tolerance) : 0;
       if (jobs.source(i) == 0 || jobs.job(i).calc_m == expected) continue;
-      wrong[static_cast<std::size_t>(i)] = 1;
-      if (complaint.empty() && report != nullptr) report_source(jobs, i, expected, *report);
+      at(wrong, i) = 1;
+      if (!complaint.empty()) continue;
+      add(i, job_text(jobs, i) + " is not the image of " + job_text(jobs, jobs.job(i).calc_m) +
+                 " under operation " + std::to_string(k) +
+                 (expected > 0 ? ", but of " + job_text(jobs, expected) : ", nor of any job"));
     }
   }
-}
-
-// Jobs derived from wrong ones are wrong, too.
-void pass_on_faults(const JobData& jobs, std::vector<char>& wrong) {
-  for (int i = 1; i <= jobs.run.n6; ++i) {
-    const zandor::Job& job = jobs.job(i);
-    const auto source = static_cast<std::size_t>(job.calc_m);
-    if (!job.is_calc && jobs.source(i) > 0 && wrong[source] != 0) {
-      wrong[static_cast<std::size_t>(i)] = 1;
-    }
-  }
+  return wrong;
 }
 
 }  // namespace
 
 std::vector<char> find_wrong_images(const JobData& jobs, const Thresholds& limits) {
-  std::vector<char> wrong(jobs.run.jobs.size(), 0);
-  if (!jobs.has_geometry()) return wrong;
-  look_at_images(jobs, limits.derived, nullptr, wrong);
-  pass_on_faults(jobs, wrong);
+  if (!jobs.has_geometry()) return std::vector<char>(jobs.run.jobs.size(), 0);
+  std::vector<char> wrong = look_at_images(jobs, limits.derived, nullptr);
+  for (int i = 1; i <= jobs.run.n6; ++i) {  // jobs derived from wrong ones are wrong, too
+    if (jobs.job(i).is_calc || jobs.source(i) == 0) continue;
+    at(wrong, i) |= at(wrong, jobs.job(i).calc_m);
+  }
   return wrong;
 }
 
@@ -168,14 +136,10 @@ void check_derived(const JobData& jobs, const Thresholds& limits, Report& report
     report.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
     return;
   }
-  const Eigen::Matrix3Xd x = centred_geometry(jobs);
   double worst = 0.0;
-  for (const auto& [k, derived] : used) {
-    worst = std::max(worst, misfit_of(jobs.run, x, k).forward);
-  }
+  for (const auto& [k, derived] : used) worst = std::max(worst, misfit_of(jobs, k).forward);
   report.figure("largest misfit of an operation (Angstrom)", worst);
-  std::vector<char> wrong = jobs.context.wrong_images;
-  look_at_images(jobs, limits.derived, &report, wrong);
+  look_at_images(jobs, limits.derived, &report);
 }
 
 }  // namespace check

@@ -1,6 +1,5 @@
 // Two computed jobs with the same forces, or one with the reference's, digit for digit.
 #include <algorithm>
-#include <cmath>
 #include <string_view>
 #include <unordered_map>
 
@@ -11,52 +10,46 @@ namespace check {
 
 namespace {
 
-// The columns other than those of the two jobs.
-std::vector<int> other_columns(const RawForceConstants& raw, int i, int j) {
-  std::vector<int> others;
-  for (const int c : raw.columns) {
-    if (c != (i + 1) / 2 && c != (j + 1) / 2) others.push_back(c);
-  }
+// Whether what a step changes of the forces by other columns, `change` (n3), is no more than print
+// rounding makes of it.
+bool is_rounding(const RawForceConstants& raw, const Eigen::VectorXd& change,
+                 const std::vector<int>& others) {
+  constexpr double roundings = 4.0;
+  return (change(others).array().abs() <= roundings * raw.rounding(others).array()).all();
+}
+
+std::vector<int> columns_without(const RawForceConstants& raw, int i, int j) {
+  std::vector<int> others = raw.columns;
+  std::erase_if(others, [&](int k) { return k == (i - 1) / 2 || k == (j - 1) / 2; });
   return others;
 }
 
-// Whether, by the other columns, the steps of the two jobs change the forces alike, as those of
-// opposite steps of the two atoms of a diatomic do.
-bool same_by_symmetry(const JobData& jobs, const RawForceConstants& raw, int i, int j,
-                      const std::vector<int>& others) {
-  return std::all_of(others.begin(), others.end(), [&](int c) {
-    const double difference = step_sign(jobs.run, i) * raw.h((i + 1) / 2, c) -
-                              step_sign(jobs.run, j) * raw.h((j + 1) / 2, c);
-    return std::fabs(difference) <= 4.0 * raw.rounding[static_cast<std::size_t>(c - 1)];
-  });
-}
-
-// Whether, by the other columns, the step of a job changes no force.
-bool changes_nothing(const RawForceConstants& raw, int i) {
-  const int ih = (i + 1) / 2;
-  return std::all_of(raw.columns.begin(), raw.columns.end(), [&](int c) {
-    return c == ih ||
-           std::fabs(raw.h(ih, c)) <= 4.0 * raw.rounding[static_cast<std::size_t>(c - 1)];
-  });
-}
-
-void report_repeated_reference(const JobData& jobs, const RawForceConstants& raw, int i,
-                               Report& report) {
-  if (raw.columns.size() > 1 && changes_nothing(raw, i)) return;
+// Nothing is said where, by the other columns, the step changes no force.
+void report_repeated_reference(const JobData& jobs, int i, Report& report) {
+  const RawForceConstants& raw = jobs.context.raw;
+  const std::vector<int> others = columns_without(raw, i, i);
+  if (!others.empty() && is_rounding(raw, raw.h.row((i - 1) / 2), others)) return;
   report.add(Severity::error, forces_place(jobs, i),
              "the forces of " + job_text(jobs, i) + " are those of the reference, digit for digit",
              i, {i});
 }
 
-void report_pair(const JobData& jobs, const RawForceConstants& raw, int i, int j, Report& report) {
-  const std::vector<int> others = other_columns(raw, i, j);
-  if (!others.empty() && same_by_symmetry(jobs, raw, i, j, others)) return;
-  const std::vector<int> copies = single_out(jobs, raw, {i, j}, others);
+// Nothing is said where, by the other columns, the two steps change the forces alike, as opposite
+// steps of the two atoms of a diatomic do.
+void report_pair(const JobData& jobs, int i, int j, Report& report) {
+  const RawForceConstants& raw = jobs.context.raw;
+  const std::vector<int> others = columns_without(raw, i, j);
+  const double sign = jobs.step(i) == jobs.step(j) ? 1.0 : -1.0;
+  if (!others.empty() &&
+      is_rounding(raw, raw.h.row((i - 1) / 2) - sign * raw.h.row((j - 1) / 2), others)) {
+    return;
+  }
+  const std::vector<int> copies = single_out(jobs, {i, j}, others);
   const int blamed = copies.size() == 1 ? copies.front() : j;
   const int other = blamed == i ? j : i;
   report.add(Severity::error, forces_place(jobs, blamed),
              "the forces of " + job_text(jobs, blamed) + " are those of " + job_text(jobs, other) +
-                 ", digit for digit (" + std::string(jobs.job(other).sgn_name.content()) +
+                 ", digit for digit (" + std::string(jobs.sign_name(other)) +
                  (copies.size() == 1 ? ")" : "); one of the two is a copy"),
              blamed, copies);
 }
@@ -64,35 +57,30 @@ void report_pair(const JobData& jobs, const RawForceConstants& raw, int i, int j
 }  // namespace
 
 void check_duplicate(const JobData& jobs, const Thresholds&, Report& report) {
-  const zandor::RunData& run = jobs.run;
-  const auto bytes_of = [&](const double* forces) {
-    return std::string_view(reinterpret_cast<const char*>(forces),
-                            sizeof(double) * static_cast<std::size_t>(run.n3));
+  std::unordered_map<std::string_view, int> first;  // by the bytes of the forces
+  const auto first_with_forces_of = [&](int i) {
+    const auto forces = jobs.forces(i);
+    return first
+        .emplace(std::string_view(reinterpret_cast<const char*>(forces.data()),
+                                  sizeof(double) * static_cast<std::size_t>(forces.size())),
+                 i)
+        .first->second;
   };
-  std::unordered_map<std::string_view, int> first;
-  const std::vector<double>& reference = jobs.reference_forces;
-  if (!reference.empty()) first.emplace(bytes_of(reference.data()), 0);
-  const RawForceConstants& raw = jobs.context.raw;
+  first_with_forces_of(0);
   int repeated = 0;
-  int missing = 0;
-  for (int i = 1; i <= run.n6; ++i) {
-    if (!jobs.job(i).is_calc) continue;
-    if (!jobs.usable(i)) {
-      ++missing;
-      continue;
-    }
-    const auto [known, is_new] = first.emplace(bytes_of(run.force.column(1, i)), i);
-    if (is_new) continue;
+  for (const int i : jobs.read) {
+    const int known = first_with_forces_of(i);
+    if (known == i) continue;
     ++repeated;
-    if (known->second == 0) {
-      report_repeated_reference(jobs, raw, i, report);
+    if (known == 0) {
+      report_repeated_reference(jobs, i, report);
     } else {
-      report_pair(jobs, raw, known->second, i, report);
+      report_pair(jobs, known, i, report);
     }
   }
   report.figure("jobs whose forces repeat others", repeated);
-  if (missing > 0) {
-    report.note({zandor::job_list_name},
+  if (const auto missing = std::ssize(jobs.computed) - std::ssize(jobs.read); missing > 0) {
+    report.note(whole_list,
                 "not looked at: " + counted(missing, "job") + " without forces that can be used");
   }
 }

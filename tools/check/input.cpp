@@ -10,16 +10,15 @@ void check_input(const JobData& jobs, const Thresholds& limits, Report& report) 
     report.note(place, "not looked at: the geometry of the input or of the sign file is missing");
     return;
   }
-  const GeometryDifference difference =
-      compare_geometries(jobs.input->x, jobs.sign_file(0).geometry->x, limits.input);
+  const GeometryDifference difference = compare_geometries(
+      Eigen::Map<const Eigen::Matrix3Xd>(jobs.input->x.data(), 3, jobs.run.natom), jobs.geometry(0),
+      limits.input);
   report.figure("largest difference (Angstrom)", difference.largest);
   if (difference.kind == GeometryDifference::Kind::none) return;
-  const auto atom = static_cast<std::size_t>(difference.atom - 1);
   const bool only_shifted = difference.kind == GeometryDifference::Kind::shifted;
   report.add(
-      Severity::warning, {place.file, jobs.input->lines[atom]},
-      "the geometry " + describe(difference) + ", against " +
-          std::string(jobs.job(0).sgn_name.content()) +
+      Severity::warning, {place.file, at(jobs.input->lines, difference.atom - 1)},
+      "the geometry " + describe(difference) + ", against " + std::string(jobs.sign_name(0)) +
           (only_shifted ? ": only a shift, which does no harm"
                         : ": forces and dipoles are taken to belong to the axes of this one"),
       0);

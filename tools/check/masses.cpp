@@ -15,9 +15,9 @@ void check_masses(const JobData& jobs, const Thresholds& limits, Report& report)
   }
   double furthest = not_known;
   std::set<int> unknown;
-  for (std::size_t a = 0; a < geometry->masses.size(); ++a) {
-    const int number = jobs.run.nat[a];
-    const double mass = geometry->masses[a];
+  for (int a = 0; a < jobs.run.natom; ++a) {
+    const int number = at(jobs.run.nat, a);
+    const double mass = at(geometry->masses, a);
     const double nearest = analysis::nearest_isotope(number, mass);
     if (nearest == 0.0) {
       unknown.insert(number);
@@ -27,7 +27,7 @@ void check_masses(const JobData& jobs, const Thresholds& limits, Report& report)
     if (std::fabs(mass - nearest) <= limits.mass) continue;
     const bool average = analysis::is_average_mass(number, mass);
     report.add(average ? Severity::note : Severity::warning,
-               {jobs.job(0).sgn_name.content(), geometry->lines[a]},
+               sign_line(jobs, 0, at(geometry->lines, a)),
                "atom " + std::to_string(a + 1) + " has the mass " + io::shown(mass) + " amu" +
                    (average ? ", the average of its element" : "") +
                    "; the nearest isotope of atomic number " + std::to_string(number) + " has " +

@@ -2,7 +2,6 @@
 // over the atoms of each job vanish, and so do their differences.
 #include "check/support/net_force.hpp"
 
-#include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -17,99 +16,72 @@ namespace check {
 
 namespace {
 
-// Positions from the centre of the atoms, Bohr, and their root mean square length.
-struct Frame {
-  Eigen::Matrix3Xd x;
-  double size = 0.0;
-};
-
-Frame frame_of(const zandor::RunData& run) {
-  Frame frame;
-  frame.x =
-      Eigen::Map<const Eigen::Matrix3Xd>(run.xa.data(), 3, run.natom) / flib::angstrom_per_bohr;
-  frame.x.colwise() -= frame.x.rowwise().mean().eval();
-  frame.size = std::sqrt(frame.x.squaredNorm() / run.natom);
-  return frame;
-}
-
-// At the displaced geometry, where the torque vanishes exactly.
-Sums sums_of(const zandor::RunData& run, const Frame& frame, int job) {
-  const Eigen::Map<const Eigen::Matrix3Xd> forces(run.force.column(1, job), 3, run.natom);
-  Sums sums = Sums::Zero();
-  Eigen::Vector3d torque = Eigen::Vector3d::Zero();
-  for (int a = 0; a < run.natom; ++a) {
-    const Eigen::Vector3d x = frame.x.col(a);
-    const Eigen::Vector3d force = forces.col(a);
-    torque += x.cross(force);
-    sums.head<3>() += force;
+// At the displaced geometry, where the torque vanishes exactly. x: places from the centre of the
+// atoms, Bohr; size: their root mean square length.
+Sums sums_of(const JobData& jobs, int job, const Eigen::Matrix3Xd& x, double size) {
+  const Eigen::Map<const Eigen::Matrix3Xd> forces(jobs.forces(job).data(), 3, x.cols());
+  Eigen::Vector3d force = Eigen::Vector3d::Zero(), torque = Eigen::Vector3d::Zero();
+  for (Eigen::Index a = 0; a < x.cols(); ++a) {
+    force += forces.col(a);
+    torque += x.col(a).cross(forces.col(a));
   }
-  const int ih = (job + 1) / 2;
-  const Eigen::Vector3d moved = step_sign(run, job) * run.dx * Eigen::Vector3d::Unit((ih - 1) % 3);
-  const Eigen::Vector3d force = forces.col((ih - 1) / 3);
-  torque += moved.cross(force);
-  if (frame.size > 0.0) sums.tail<3>() = torque / frame.size;
-  return sums;
-}
-
-template <class Derived>
-double largest(const Eigen::MatrixBase<Derived>& sums) {
-  return sums.cwiseAbs().maxCoeff();
+  const Eigen::Vector3d moved = jobs.step(job) * Eigen::Vector3d::Unit((job - 1) / 2 % 3);
+  torque += moved.cross(forces.col((job - 1) / 6));
+  if (size > 0.0) torque /= size;
+  return (Sums() << force, torque).finished();
 }
 
 // The median of each sum over the jobs: what the sums are when nothing is wrong.
-Sums usual_sums(const std::map<int, Sums>& all) {
-  Sums usual = Sums::Zero();
-  for (int k = 0; k < 6; ++k) {
+Sums usual_sums(const NetForces& sums) {
+  Sums usual;
+  for (int k = 0; k < usual.size(); ++k) {
     std::vector<double> values;
-    for (const auto& [job, sums] : all) {
-      if (std::isfinite(sums(k))) values.push_back(sums(k));
-    }
+    std::copy_if(sums.of_job.row(k).begin(), sums.of_job.row(k).end(), std::back_inserter(values),
+                 [](double value) { return std::isfinite(value); });
     usual(k) = analysis::median(std::move(values));
   }
   return usual;
 }
 
-// Net force and torque of a column above what is allowed there.
-struct Excess {
-  double sum = 0.0;
-  double allowed = 0.0;
-  int ih = 0;
-  bool torque = false;
-};
+double distance_from_usual(const NetForces& sums, int job) {
+  return (sums.of_job.col(job) - sums.usual).cwiseAbs().maxCoeff();
+}
 
-// Of the two jobs of a column the one that is further from the usual, or both; by their sources.
-std::vector<int> suspects(const JobData& jobs, const analysis::StepJobs& pair, double plus,
-                          double minus) {
-  const int a = jobs.source(pair.plus);
-  const int b = jobs.source(pair.minus);
-  if (a == b || plus >= 2.0 * minus) return {a};
-  if (minus >= 2.0 * plus) return {b};
+// The job of a column that is further from the usual by a factor, or both; by their sources.
+std::vector<int> suspects(const JobData& jobs, int column) {
+  constexpr double further = 2.0;
+  const int a = jobs.source(2 * column + 1), b = jobs.source(2 * column + 2);
+  const double of_a = distance_from_usual(jobs.context.sums, 2 * column + 1);
+  const double of_b = distance_from_usual(jobs.context.sums, 2 * column + 2);
+  if (a == b || of_a >= further * of_b) return {a};
+  if (of_b >= further * of_a) return {b};
   return {std::min(a, b), std::max(a, b)};
 }
 
-std::string describe(const JobData& jobs, const Excess& excess) {
-  return std::string("net ") + (excess.torque ? "torque" : "force") + " in the column of " +
-         coordinate_text(jobs, excess.ih) + ": " + rounded(excess.sum) + " Hartree/Bohr**2, ";
+std::string describe(const JobData& jobs, int column) {
+  const NetForces& sums = jobs.context.sums;
+  return std::string("net ") + (sums.torque(column) > sums.force(column) ? "torque" : "force") +
+         " in the column of " + coordinate_text(jobs, column + 1) + ": " +
+         rounded(sums.largest(column)) + " Hartree/Bohr**2, ";
 }
 
 // What print rounding may make of the sums: the worst case, all errors in one direction. A torque
 // sums over two components, with lever arms of about the size.
-double rounding_of_sums(const JobData& jobs, const analysis::StepJobs& pair) {
-  const zandor::RunData& run = jobs.run;
-  const double digits = jobs.rounding(pair.plus) + jobs.rounding(pair.minus);
-  return 2.0 * run.natom * digits / std::fabs(2.0 * run.dx);
+double rounding_of_sums(const JobData& jobs, int job, int other) {
+  const double digits = jobs.rounding(job) + jobs.rounding(other);
+  return 2.0 * jobs.run.natom * digits / std::fabs(2.0 * jobs.run.dx);
 }
 
-void report_excesses(const JobData& jobs, const std::map<std::vector<int>, Excess>& by_jobs,
-                     Report& report) {
-  const Severity severity = jobs.layered ? Severity::note : Severity::warning;
-  for (const auto& [blamed, excess] : by_jobs) {
-    std::string text = describe(jobs, excess) + "at most " + rounded(excess.allowed) + " expected";
-    if (blamed.size() > 1) {
-      text += "; this job or " + std::string(jobs.job(blamed[1]).sgn_name.content());
-    }
-    report.add(severity, forces_place(jobs, blamed.front()), std::move(text), blamed.front(),
-               blamed, excess.sum);
+void report_columns(const JobData& jobs, const std::map<std::vector<int>, int>& columns,
+                    const Thresholds& limits, Report& report) {
+  const NetForces& sums = jobs.context.sums;
+  for (const auto& [blamed, k] : columns) {
+    std::string text = describe(jobs, k) + "at most " +
+                       rounded(net_force_allowed(jobs, sums.rounding(k), limits)) + " expected";
+    if (blamed.size() > 1) text += "; this job or " + std::string(jobs.sign_name(blamed[1]));
+    report.add(jobs.layered ? Severity::note : Severity::warning,
+               forces_place(jobs, blamed.front()), std::move(text), blamed.front(), blamed,
+               sums.largest(k));
   }
 }
 
@@ -128,60 +100,60 @@ const char* meaning_of(CommonCause::Kind kind) {
   }
 }
 
-void report_common_cause(const JobData& jobs, const Excess& worst, Report& report) {
-  const CommonCause& cause = jobs.context.common_cause;
-  const char* const meaning = meaning_of(cause.kind);
-  if (meaning == nullptr) return;
-  report.add(
-      jobs.layered ? Severity::note : Severity::warning, {zandor::job_list_name},
-      describe(jobs, worst) + rounded(cause.net_force) + " in the median column: " + meaning);
-}
-
-void add_figures(std::vector<double> forces, std::vector<double> torques, Report& report) {
-  report.figure("largest net force (Hartree/Bohr**2)", largest_known(forces));
+void add_figures(const JobData& jobs, Report& report) {
+  const NetForces& sums = jobs.context.sums;
+  Eigen::VectorXd torque = sums.torque;
+  if (!jobs.has_geometry()) torque.setConstant(not_known);
+  report.figure("largest net force (Hartree/Bohr**2)",
+                largest_known({sums.force.begin(), sums.force.end()}));
   report.figure("largest net torque over the size of the molecule (Hartree/Bohr**2)",
-                largest_known(torques));
-  report.figure("net force of each coordinate (Hartree/Bohr**2)", std::move(forces));
-  report.figure("net torque of each coordinate (Hartree/Bohr**2)", std::move(torques));
+                largest_known({torque.begin(), torque.end()}));
+  report.figure("net force of each coordinate (Hartree/Bohr**2)", sums.force);
+  report.figure("net torque of each coordinate (Hartree/Bohr**2)", torque);
 }
 
 }  // namespace
 
-AllSums sum_forces(const JobData& jobs) {
-  const Frame frame = frame_of(jobs.run);
-  AllSums all;
-  for (int i = 1; i <= jobs.run.n6; ++i) {
-    if (jobs.usable(i)) all.of_job[i] = sums_of(jobs.run, frame, i);
+NetForces sum_forces(const JobData& jobs) {
+  const zandor::RunData& run = jobs.run;
+  Eigen::Matrix3Xd x =
+      Eigen::Map<const Eigen::Matrix3Xd>(run.xa.data(), 3, run.natom) / flib::angstrom_per_bohr;
+  x.colwise() -= x.rowwise().mean().eval();
+  const double size = std::sqrt(x.squaredNorm() / run.natom);
+  NetForces sums;
+  sums.of_job.setConstant(6, run.n6 + 1, not_known);
+  for (int i = 1; i <= run.n6; ++i) {
+    if (jobs.usable(i)) sums.of_job.col(i) = sums_of(jobs, i, x, size);
   }
-  all.usual = usual_sums(all.of_job);
-  return all;
+  sums.usual = usual_sums(sums);
+  sums.force.setConstant(run.n3, not_known);
+  sums.torque = sums.largest = sums.rounding = sums.force;
+  for (int k = 0; k < run.n3; ++k) {
+    if (!jobs.usable_column(k + 1)) continue;
+    const int a = 2 * k + 1, b = 2 * k + 2;
+    const Sums column =
+        (sums.of_job.col(a) - sums.of_job.col(b)).cwiseAbs() / std::fabs(2.0 * run.dx);
+    sums.force(k) = column.head<3>().maxCoeff();
+    sums.torque(k) = column.tail<3>().maxCoeff();
+    sums.largest(k) = std::max(sums.force(k), sums.torque(k));
+    sums.rounding(k) = rounding_of_sums(jobs, a, b);
+  }
+  return sums;
 }
 
-std::map<int, NetForce> net_forces(const JobData& jobs) {
-  const AllSums& all = jobs.context.sums;
-  std::map<int, NetForce> columns;
-  for (int ih = 1; ih <= jobs.run.n3; ++ih) {
-    if (!jobs.usable_column(ih)) continue;
-    const analysis::StepJobs pair = analysis::step_jobs(jobs.run, ih);
-    const Sums sums = (all.of_job.at(pair.plus) - all.of_job.at(pair.minus)) / (2.0 * jobs.run.dx);
-    columns[ih] = {largest(sums.head<3>()), largest(sums.tail<3>()), rounding_of_sums(jobs, pair)};
-  }
-  return columns;
-}
-
-double median_over_jobs(const JobData& jobs, const std::map<int, double>& of_column) {
+double median_over_jobs(const JobData& jobs, const Eigen::VectorXd& of_column) {
   std::map<std::pair<int, int>, double> of_jobs;
-  for (const auto& [ih, value] : of_column) {
-    const auto sources = std::minmax({jobs.source(2 * ih - 1), jobs.source(2 * ih)});
-    const auto [known, is_new] = of_jobs.emplace(sources, value);
-    if (!is_new) known->second = std::max(known->second, value);
+  for (int k = 0; k < of_column.size(); ++k) {
+    if (std::isnan(of_column(k))) continue;
+    const auto sources = std::minmax({jobs.source(2 * k + 1), jobs.source(2 * k + 2)});
+    double& largest = of_jobs.emplace(sources, of_column(k)).first->second;
+    largest = std::max(largest, of_column(k));
   }
   std::vector<double> values;
-  values.reserve(of_jobs.size());
   for (const auto& [sources, value] : of_jobs) values.push_back(value);
   if (values.size() < 2) return 0.0;
-  std::sort(values.begin(), values.end());
-  return values[values.size() < 4 ? (values.size() - 1) / 2 : values.size() / 2];
+  if (values.size() == 2) return std::min(values[0], values[1]);
+  return analysis::median(std::move(values));
 }
 
 double net_force_allowed(const JobData& jobs, double rounding, const Thresholds& limits) {
@@ -192,45 +164,37 @@ double net_force_allowed(const JobData& jobs, double rounding, const Thresholds&
 std::vector<int> jobs_with_net_force(const JobData& jobs, const Thresholds& limits) {
   std::vector<int> found;
   if (jobs.layered) return found;
-  const AllSums& all = jobs.context.sums;
-  for (const auto& [job, sums] : all.of_job) {
-    const double excess = largest(sums - all.usual) / std::fabs(2.0 * jobs.run.dx);
-    const double allowed = net_force_allowed(jobs, rounding_of_sums(jobs, {job, job}), limits);
-    if (jobs.job(job).is_calc && excess > allowed) found.push_back(job);
+  for (const int i : jobs.read) {
+    const double excess = distance_from_usual(jobs.context.sums, i) / std::fabs(2.0 * jobs.run.dx);
+    if (excess > net_force_allowed(jobs, rounding_of_sums(jobs, i, i), limits)) found.push_back(i);
   }
   return found;
 }
 
 void check_net_force(const JobData& jobs, const Thresholds& limits, Report& report) {
-  const AllSums& all = jobs.context.sums;
-  std::vector<double> forces(static_cast<std::size_t>(jobs.run.n3), not_known);
-  std::vector<double> torques = forces;
-  const std::map<int, NetForce> columns = net_forces(jobs);
-  std::map<std::vector<int>, Excess> by_jobs;  // the largest of those that blame the same jobs
-  Excess worst;
-  for (const auto& [ih, column] : columns) {
-    const auto place = static_cast<std::size_t>(ih - 1);
-    forces[place] = column.force;
-    if (jobs.has_geometry()) torques[place] = column.torque;
-    const Excess excess{column.largest(), net_force_allowed(jobs, column.rounding, limits), ih,
-                        column.torque > column.force};
-    if (excess.sum > worst.sum) worst = excess;
-    if (excess.sum <= excess.allowed) continue;
-    const analysis::StepJobs pair = analysis::step_jobs(jobs.run, ih);
-    Excess& known = by_jobs[suspects(jobs, pair, largest(all.of_job.at(pair.plus) - all.usual),
-                                     largest(all.of_job.at(pair.minus) - all.usual))];
-    if (excess.sum > known.sum) known = excess;
+  const NetForces& sums = jobs.context.sums;
+  const std::vector<int>& columns = jobs.context.raw.columns;
+  const auto smaller = [&](int k, int l) { return sums.largest(k) < sums.largest(l); };
+  std::map<std::vector<int>, int> standing_out;  // the worst of those that blame the same jobs
+  for (const int k : columns) {
+    if (!(sums.largest(k) > net_force_allowed(jobs, sums.rounding(k), limits))) continue;
+    int& worst = standing_out.emplace(suspects(jobs, k), k).first->second;
+    worst = std::max(worst, k, smaller);
   }
-  const int missing = jobs.run.n3 - static_cast<int>(columns.size());
-  if (missing > 0) report.note({zandor::job_list_name}, missing_columns(missing));
+  if (static_cast<int>(columns.size()) < jobs.run.n3)
+    report.note(whole_list, missing_columns(jobs));
   if (!jobs.has_geometry()) {
     report.note(place_of(jobs, 0), "net torque not looked at: the reference's geometry is missing");
   }
-  add_figures(std::move(forces), std::move(torques), report);
-  report_common_cause(jobs, worst, report);
+  add_figures(jobs, report);
   const CommonCause& cause = jobs.context.common_cause;
+  if (const char* const meaning = meaning_of(cause.kind); meaning != nullptr) {
+    report.add(jobs.layered ? Severity::note : Severity::warning, whole_list,
+               describe(jobs, *std::max_element(columns.begin(), columns.end(), smaller)) +
+                   rounded(cause.net_force) + " in the median column: " + meaning);
+  }
   if (cause.is(CommonCause::Kind::none) || cause.is(CommonCause::Kind::loose)) {
-    report_excesses(jobs, by_jobs, report);
+    report_columns(jobs, standing_out, limits, report);
   }
 }
 

@@ -19,10 +19,10 @@ void check_noise(const JobData& jobs, const Thresholds& limits, Report& report) 
   report.figure("noise floor (cm-1)", floor);
   report.figure("projected frequencies below it", static_cast<double>(below));
   if (below <= rigid) return;
-  report.note({zandor::job_list_name},
-              std::to_string(below) + " projected frequencies below " + rounded(floor) +
-                  " cm-1, the noise of the eigenvalues, where " + std::to_string(rigid) +
-                  " rigid motions are expected: the others mean nothing");
+  report.note(whole_list, std::to_string(below) + " projected frequencies below " + rounded(floor) +
+                              " cm-1, the noise of the eigenvalues, where " +
+                              std::to_string(rigid) +
+                              " rigid motions are expected: the others mean nothing");
 }
 
 }  // namespace check

@@ -13,23 +13,17 @@ namespace check {
 
 namespace {
 
-std::vector<double> forces_of(const JobData& jobs, int i) {
-  const double* const forces = jobs.run.force.column(1, i);
-  return {forces, forces + jobs.run.n3};
-}
-
 // The digits of the longest number among the forces of a job.
-int longest_number(const JobData& jobs, int i) {
-  long longest = 0;
-  for (const double force : forces_of(jobs, i)) {
+std::ptrdiff_t longest_number(const JobData& jobs, int i) {
+  std::ptrdiff_t longest = 0;
+  for (const double force : jobs.forces(i)) {
     char text[32];
-    const char* const end =
+    char* const end =
         std::to_chars(text, text + sizeof text, std::fabs(force), std::chars_format::scientific)
             .ptr;
-    longest =
-        std::max(longest, static_cast<long>(std::find(text, const_cast<char*>(end), 'e') - text));
+    longest = std::max(longest, std::find(text, end, 'e') - text);
   }
-  return static_cast<int>(longest);
+  return longest;
 }
 
 int decimals_of(double rounding) {
@@ -43,24 +37,19 @@ bool is_coarser(const JobData& jobs, int i, int usual) {
   const int missing = decimals_of(jobs.rounding(usual)) - decimals_of(jobs.rounding(i));
   if (missing < 1) return false;
   std::set<double> different;
-  for (const double force : forces_of(jobs, i)) {
-    if (force != 0.0) different.insert(std::fabs(force));
-  }
+  for (const double force : jobs.forces(i)) different.insert(std::fabs(force));
+  different.erase(0.0);
   return different.size() * static_cast<std::size_t>(missing) >= no_accident &&
          longest_number(jobs, i) < longest_number(jobs, usual);
 }
 
 void check_jobs(const JobData& jobs, const Thresholds& limits, Report& report) {
-  std::vector<int> computed;
-  for (int i = 1; i <= jobs.run.n6; ++i) {
-    if (jobs.job(i).is_calc && jobs.usable(i)) computed.push_back(i);
-  }
-  if (computed.empty()) return;
-  std::vector<int> ranked = computed;
-  const auto middle = ranked.begin() + static_cast<long>(ranked.size() / 2);
+  if (jobs.read.empty()) return;
+  std::vector<int> ranked = jobs.read;
+  const auto middle = ranked.begin() + std::ssize(ranked) / 2;
   std::nth_element(ranked.begin(), middle, ranked.end(),
                    [&](int a, int b) { return jobs.rounding(a) < jobs.rounding(b); });
-  for (const int i : computed) {
+  for (const int i : jobs.read) {
     if (!is_coarser(jobs, i, *middle)) continue;
     const double effect = jobs.rounding(i) / std::fabs(2.0 * jobs.run.dx);
     const bool matters = effect > limits.net_force;
@@ -90,13 +79,13 @@ void report_shifts(const JobData& jobs, const Thresholds& limits, Report& report
   const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(modes.force_constants);
   const Eigen::VectorXd rigid =
       analysis::rigid_weights(analysis::rigid_motions(jobs.run), solver.eigenvectors());
-  const Eigen::Map<const Eigen::VectorXd> rounding(jobs.context.raw.rounding.data(), n3);
+  const Eigen::VectorXd& rounding = jobs.context.raw.rounding;
   Eigen::MatrixXd u = solver.eigenvectors();
   for (int i = 0; i < n3; ++i) u.row(i) /= std::sqrt(jobs.run.mass(i / 3 + 1));
   double largest = 0.0;
   int mode = 0, above = 0;
   for (int k = 0; k < n3; ++k) {
-    if (rigid(k) > 0.5) continue;
+    if (rigid(k) > 0.5) continue;  // more rigid motion than vibration
     const double change = deviations * u.col(k).norm() * u.col(k).cwiseProduct(rounding).norm();
     const double shift = frequency_shift(modes.eigenvalues(k), change);
     above += shift > limits.rounding_note ? 1 : 0;
@@ -106,8 +95,7 @@ void report_shifts(const JobData& jobs, const Thresholds& limits, Report& report
   }
   report.figure("largest shift of a frequency by print rounding (cm-1)", largest);
   if (above == 0) return;
-  report.add(largest > limits.rounding ? Severity::warning : Severity::note,
-             {zandor::job_list_name},
+  report.add(largest > limits.rounding ? Severity::warning : Severity::note, whole_list,
              "the digits of the forces leave the frequency of mode " + std::to_string(mode) + " (" +
                  rounded(wavenumber(modes.eigenvalues(mode - 1))) + " cm-1) uncertain by " +
                  rounded(largest) + " cm-1, and " + counted(above, "mode") + " by more than " +
@@ -120,10 +108,9 @@ void check_precision(const JobData& jobs, const Thresholds& limits, Report& repo
   check_jobs(jobs, limits, report);
   if (!jobs.context.modes.missing.empty()) return;  // force-constants says so
   // No mode is moved by more than one of zero frequency of the lightest atom alone would be.
-  const std::vector<double>& rounding = jobs.context.raw.rounding;
   const double lightest =
       *std::min_element(jobs.run.mass.data(), jobs.run.mass.data() + jobs.run.natom);
-  const double change = deviations * *std::max_element(rounding.begin(), rounding.end()) / lightest;
+  const double change = deviations * jobs.context.raw.rounding.maxCoeff() / lightest;
   if (frequency_shift(0.0, change) <= limits.rounding_note) return;
   report_shifts(jobs, limits, report);
 }

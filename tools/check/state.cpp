@@ -20,7 +20,7 @@ void check_state(const JobData& jobs, const Thresholds&, Report& report) {
     why += (why.empty() ? ": " : ", ") + rounded(cause.along_line) +
            " of the transition dipoles lie along one line";
   }
-  report.add(Severity::warning, {zandor::job_list_name},
+  report.add(Severity::warning, whole_list,
              "the state is degenerate or crosses another one at the reference" + why +
                  "; force constants, frequencies and dipole derivatives mean nothing, and running "
                  "jobs again cannot help");

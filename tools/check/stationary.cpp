@@ -1,29 +1,24 @@
 // Whether the reference is a stationary point of the state.
-#include <cmath>
-
 #include "check/checks.hpp"
 
 namespace check {
 
 void check_stationary(const JobData& jobs, const Thresholds& limits, Report& report) {
-  const std::vector<double>& forces = jobs.reference_forces;
-  if (forces.empty()) {
+  const auto forces = jobs.forces(0);
+  if (forces.size() == 0) {
     report.note(place_of(jobs, 0),
                 "not looked at: no forces could be read from the reference's sign file");
     return;
   }
-  std::size_t largest = 0;
-  for (std::size_t k = 0; k < forces.size(); ++k) {
-    if (std::fabs(forces[k]) > std::fabs(forces[largest])) largest = k;
-  }
-  const double force = std::fabs(forces[largest]);
+  Eigen::Index largest = 0;
+  const double force = forces.cwiseAbs().maxCoeff(&largest);
   report.figure("largest reference force (Hartree/Bohr)", force);
   if (force <= limits.stationary_note) return;
+  const int ih = static_cast<int>(largest) + 1;
   report.add(force > limits.stationary ? Severity::warning : Severity::note,
-             {jobs.job(0).sgn_name.content(), jobs.sign_file(0).force_lines[largest / 3]},
-             "the reference is not a stationary point: the force on " +
-                 coordinate_text(jobs, static_cast<int>(largest) + 1) + " is " +
-                 rounded(forces[largest]) + " Hartree/Bohr",
+             sign_line(jobs, 0, at(jobs.sign_file(0).force_lines, (ih - 1) / 3)),
+             "the reference is not a stationary point: the force on " + coordinate_text(jobs, ih) +
+                 " is " + rounded(forces(largest)) + " Hartree/Bohr",
              0);
 }
 

@@ -1,9 +1,11 @@
 // Symbols and atomic numbers in the job list, the sign files and the input.
 #include <algorithm>
 #include <cctype>
+#include <functional>
 
 #include "analysis/isotopes.hpp"
 #include "check/checks.hpp"
+#include "flib/string.hpp"
 #include "io/values.hpp"
 
 namespace check {
@@ -30,66 +32,61 @@ std::string text(const Atom& atom) {
 
 // Unknown symbols are compared by their letters alone.
 bool same(const Atom& a, const Atom& b) {
-  const auto lower_equal = [](char x, char y) { return io::lowered(x) == io::lowered(y); };
-  return a.number == b.number && std::equal(a.symbol.begin(), a.symbol.end(), b.symbol.begin(),
-                                            b.symbol.end(), lower_equal);
+  return a.number == b.number &&
+         (a.symbol == b.symbol || flib::strlowcase(a.symbol) == flib::strlowcase(b.symbol));
 }
 
-Atom of_list(const JobData& jobs, std::size_t a) {
-  return {jobs.list.symbols[a].content(), jobs.list.numbers[a]};
-}
-
-void compare_list_with_itself(const JobData& jobs, int& unlike, Report& report) {
-  for (std::size_t a = 0; a < jobs.list.numbers.size(); ++a) {
-    const Atom atom = of_list(jobs, a);
-    const int number = analysis::element_number(atom.symbol);
-    if (number == 0 || number == atom.number) continue;
-    ++unlike;
-    report.add(Severity::warning, {zandor::job_list_name, jobs.run.atom_line[a]},
-               "atom " + std::to_string(a + 1) + " is " + text(atom) +
-                   ", but the number of that symbol is " + std::to_string(number));
-  }
+// Atom a, from 0.
+Atom of_list(const JobData& jobs, int a) {
+  return {at(jobs.list.symbols, a).content(), at(jobs.list.numbers, a)};
 }
 
 // The atom of a sign file; what it leaves out is that of the list.
-Atom of_sign_file(const JobData& jobs, int i, std::size_t a) {
+Atom of_sign_file(const JobData& jobs, int i, int a) {
   const Atoms& atoms = *jobs.sign_file(i).geometry;
   const Atom listed = of_list(jobs, a);
-  const std::string_view symbol = atoms.symbols[a].content();
-  return {symbol.empty() ? listed.symbol : symbol,
-          atoms.numbers[a] == 0 ? listed.number : atoms.numbers[a]};
+  const std::string_view symbol = at(atoms.symbols, a).content();
+  const int number = at(atoms.numbers, a);
+  return {symbol.empty() ? listed.symbol : symbol, number == 0 ? listed.number : number};
 }
 
-// The reference's sign file is compared with the list, the others with it.
-void compare_sign_file(const JobData& jobs, int i, int& unlike, Report& report) {
-  const SignFile& file = jobs.sign_file(i);
-  if (!file.geometry) return;
-  const bool with_list = i == 0 || !jobs.has_geometry();
-  for (std::size_t a = 0; a < file.geometry->numbers.size(); ++a) {
-    const Atom found = of_sign_file(jobs, i, a);
-    const Atom expected = with_list ? of_list(jobs, a) : of_sign_file(jobs, 0, a);
-    if (same(found, expected)) continue;
-    report.add(Severity::warning, {jobs.job(i).sgn_name.content(), file.geometry->lines[a]},
-               "atom " + std::to_string(a + 1) + " is " + text(found) + ", in " +
-                   (with_list ? zandor::job_list_name : "the reference's") + " " + text(expected),
-               i);
-    ++unlike;
-    return;
+// Adds what is wrong with atom a at a place, of a job (-1: of the list).
+using Add = std::function<void(int a, const io::Place& place, const std::string& is, int job)>;
+
+void compare_list_with_itself(const JobData& jobs, const Add& add) {
+  for (int a = 0; a < jobs.run.natom; ++a) {
+    const int number = analysis::element_number(of_list(jobs, a).symbol);
+    if (number == 0 || number == of_list(jobs, a).number) continue;
+    add(a, {zandor::job_list_name, at(jobs.run.atom_line, a)},
+        text(of_list(jobs, a)) + ", but the number of that symbol is " + std::to_string(number),
+        -1);
   }
 }
 
-void compare_input(const JobData& jobs, int& unlike, Report& report) {
-  const ReferenceInput& input = *jobs.input;
-  for (std::size_t a = 0; a < input.words.size(); ++a) {
-    const int number = element_of_word(input.words[a]);
-    const Atom listed = of_list(jobs, a);
-    if (number == 0 || number == listed.number) continue;
-    report.add(Severity::warning, {jobs.run.com_name.content(), input.lines[a]},
-               "atom " + std::to_string(a + 1) + " is '" + io::printable(input.words[a]) +
-                   "', in " + zandor::job_list_name + " " + text(listed),
-               0);
-    ++unlike;
-    return;
+// The reference's sign file is compared with the list, the others with it.
+void compare_sign_file(const JobData& jobs, int i, const Add& add) {
+  if (!jobs.sign_file(i).geometry) return;
+  const bool with_list = i == 0 || !jobs.has_geometry();
+  for (int a = 0; a < jobs.run.natom; ++a) {
+    const Atom found = of_sign_file(jobs, i, a);
+    const Atom expected = with_list ? of_list(jobs, a) : of_sign_file(jobs, 0, a);
+    if (same(found, expected)) continue;
+    return add(a, sign_line(jobs, i, at(jobs.sign_file(i).geometry->lines, a)),
+               text(found) + ", in " + (with_list ? zandor::job_list_name : "the reference's") +
+                   " " + text(expected),
+               i);
+  }
+}
+
+void compare_input(const JobData& jobs, const Add& add) {
+  for (int a = 0; a < jobs.run.natom; ++a) {
+    const std::string& word = at(jobs.input->words, a);
+    const int number = element_of_word(word);
+    if (number == 0 || number == of_list(jobs, a).number) continue;
+    return add(
+        a, {jobs.run.com_name.content(), at(jobs.input->lines, a)},
+        "'" + io::printable(word) + "', in " + zandor::job_list_name + " " + text(of_list(jobs, a)),
+        0);
   }
 }
 
@@ -97,13 +94,17 @@ void compare_input(const JobData& jobs, int& unlike, Report& report) {
 
 void check_symbols(const JobData& jobs, const Thresholds&, Report& report) {
   int unlike = 0;
-  compare_list_with_itself(jobs, unlike, report);
-  for (int i = 0; i <= jobs.run.n6; ++i) compare_sign_file(jobs, i, unlike, report);
+  const Add add = [&](int a, const io::Place& place, const std::string& is, int job) {
+    ++unlike;
+    report.add(Severity::warning, place, "atom " + std::to_string(a + 1) + " is " + is, job);
+  };
+  compare_list_with_itself(jobs, add);
+  for (int i = 0; i <= jobs.run.n6; ++i) compare_sign_file(jobs, i, add);
   if (!jobs.has_geometry()) {
     report.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
   }
   if (jobs.input) {
-    compare_input(jobs, unlike, report);
+    compare_input(jobs, add);
   } else {
     report.note({jobs.run.com_name.content()}, "not looked at: the input could not be read");
   }

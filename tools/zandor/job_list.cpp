@@ -12,6 +12,7 @@
 #include "flib/units_of_measure.hpp"
 #include "io/free_form.hpp"
 #include "io/units.hpp"
+#include "io/values.hpp"
 #include "zandor/fault_list.hpp"
 
 namespace zandor {
@@ -119,6 +120,7 @@ void read_jobs(RunData& run) {
     Job& job = run.jobs.emplace_back();
     io::Line name;
     row.skip_words(1, {"the name of job", i});
+    if (int number = 0; io::parse_integer(row.word(), number)) job.number = number;
     row.text(name, {"the name of job", i});
     row.logical(job.is_calc, {"the computed flag of job", i});
     const bool has_job = row.optional_integer(job.calc_m, {"the source of job", i});

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <limits>
+#include <optional>
 #include <vector>
 
 #include "flib/array.hpp"
@@ -27,6 +28,7 @@ struct Job {
   int iops = 0;                   // of a derived job: the operation that carries them
   const char* missing = nullptr;  // what stood in place of calc_m or iops, if not a number
   long long list_line = 0;        // its line in the job list
+  std::optional<int> number;      // what the list counts it as; nothing rests on it
 };
 
 // Atomic units throughout unless said; atoms, coordinates and modes count from 1.

@@ -2,30 +2,34 @@
 #pragma once
 
 #include <Eigen/Dense>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "check/support/common_cause.hpp"
-#include "flib/array.hpp"
 
 namespace check {
 
 // Force constants as the jobs give them, before they are made symmetric.
 struct RawForceConstants {
-  flib::Array<double, 2> h;      // n3 x n3, Hartree/Bohr**2: h(j, i) = -dF(j)/dx(i), true step
-  std::vector<int> columns;      // the coordinates, from 1, both of whose jobs could be read
-  std::vector<double> rounding;  // of coordinate ih at [ih - 1]: what print rounding may change in
-                                 // an element of its column
+  // n3 x n3, Hartree/Bohr**2: h(j, i) = -dF(j)/dx(i), true step. Empty where there are no columns.
+  Eigen::MatrixXd h;
+  Eigen::VectorXd rounding;  // n3: what print rounding may change in an element of a column
+  std::vector<int> columns;  // from 0, those both of whose jobs can be used; the others of h are 0
+
+  // |h(i,j) - h(j,i)| among the columns, elsewhere 0.
+  Eigen::MatrixXd asymmetry() const;
 };
 
-// Net force, and net torque over the size of the molecule, Hartree/Bohr.
+// Net force, and net torque over the size of the molecule: of jobs, Hartree/Bohr, and of columns,
+// their differences over twice the step, Hartree/Bohr**2. In the geometry of the sign file; not
+// known where jobs cannot be used.
 using Sums = Eigen::Matrix<double, 6, 1>;
-
-// Those of every job that can be used, and what they are when nothing is wrong.
-struct AllSums {
-  std::map<int, Sums> of_job;
-  Sums usual;
+struct NetForces {
+  Eigen::Matrix<double, 6, Eigen::Dynamic> of_job;  // 0..n6
+  Sums usual;                                       // of jobs, when nothing is wrong
+  // n3: the largest component of either, the larger of both, and what print rounding may make of
+  // it.
+  Eigen::VectorXd force, torque, largest, rounding;
 };
 
 // The projected set: n3 x n3 mass-weighted force constants in the axes of the input, rigid motions
@@ -40,7 +44,7 @@ struct ProjectedModes {
 struct Context {
   std::vector<char> wrong_images;  // of jobs 0..n6 those that find_wrong_images gives
   RawForceConstants raw;
-  AllSums sums;
+  NetForces sums;
   CommonCause common_cause;
   ProjectedModes modes;
 };

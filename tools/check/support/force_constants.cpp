@@ -7,69 +7,62 @@
 
 namespace check {
 
+namespace {
+
+// The root mean square of (F(c) - F0(c)) / step + h(ih, c) over the columns, with F0 the forces of
+// the reference. It holds the error of a one-sided difference, which is the same for both jobs of a
+// coordinate.
+double one_sided_deviation(const JobData& jobs, int job, const std::vector<int>& columns) {
+  const Eigen::VectorXd change = (jobs.forces(job) - jobs.forces(0)) / jobs.step(job);
+  const Eigen::VectorXd deviation =
+      change(columns) + jobs.context.raw.h((job - 1) / 2, columns).transpose();
+  return deviation.norm() / std::sqrt(static_cast<double>(columns.size()));
+}
+
+}  // namespace
+
+Eigen::MatrixXd RawForceConstants::asymmetry() const {
+  Eigen::MatrixXd among = Eigen::MatrixXd::Zero(h.rows(), h.cols());
+  among(columns, columns) = (h - h.transpose())(columns, columns).cwiseAbs();
+  return among;
+}
+
+std::map<int, Eigen::Matrix3d> own_force_constants(const JobData& jobs) {
+  std::map<int, Eigen::Matrix3d> blocks;
+  for (int a = 0; a < jobs.run.natom; ++a) {
+    if (jobs.usable_column(3 * a + 1) && jobs.usable_column(3 * a + 2) &&
+        jobs.usable_column(3 * a + 3)) {
+      blocks[a + 1] = jobs.context.raw.h.block<3, 3>(3 * a, 3 * a);
+    }
+  }
+  return blocks;
+}
+
 RawForceConstants difference_forces(const JobData& jobs) {
   const zandor::RunData& run = jobs.run;
-  RawForceConstants raw{{"raw force constants", {run.n3, run.n3}}, {}, {}};
-  raw.rounding.resize(static_cast<std::size_t>(run.n3));
-  for (int ih = 1; ih <= run.n3; ++ih) {
-    if (!jobs.usable_column(ih)) continue;
-    const analysis::StepJobs pair = analysis::step_jobs(run, ih);
-    const double* const plus = run.force.column(1, pair.plus);
-    const double* const minus = run.force.column(1, pair.minus);
-    double* const column = raw.h.column(ih);
-    for (int j = 0; j < run.n3; ++j) column[j] = (minus[j] - plus[j]) / (2.0 * run.dx);
-    const double digits = jobs.rounding(pair.plus) + jobs.rounding(pair.minus);
-    raw.rounding[static_cast<std::size_t>(ih - 1)] = digits / std::fabs(2.0 * run.dx);
-    raw.columns.push_back(ih);
+  RawForceConstants raw{{}, Eigen::VectorXd::Zero(run.n3), {}};
+  for (int k = 0; k < run.n3; ++k) {
+    if (!jobs.usable_column(k + 1)) continue;
+    if (raw.columns.empty()) raw.h.setZero(run.n3, run.n3);  // a list without files needs no memory
+    const analysis::StepJobs pair = analysis::step_jobs(run, k + 1);
+    raw.h.col(k) = (jobs.forces(pair.minus) - jobs.forces(pair.plus)) / (2.0 * run.dx);
+    raw.rounding(k) =
+        (jobs.rounding(pair.plus) + jobs.rounding(pair.minus)) / std::fabs(2.0 * run.dx);
+    raw.columns.push_back(k);
   }
   return raw;
 }
 
-double one_sided_deviation(const JobData& jobs, const RawForceConstants& raw, int job,
-                           const std::vector<int>& coordinates) {
-  const std::vector<double>& reference = jobs.reference_forces;
-  if (reference.empty() || coordinates.empty()) return -1.0;
-  const double step = step_sign(jobs.run, job) * jobs.run.dx;
-  const double* const forces = jobs.run.force.column(1, job);
-  const int ih = (job + 1) / 2;
-  double sum = 0.0;
-  for (const int c : coordinates) {
-    const auto place = static_cast<std::size_t>(c - 1);
-    const double deviation = (forces[place] - reference[place]) / step + raw.h(ih, c);
-    sum += deviation * deviation;
-  }
-  return std::sqrt(sum / static_cast<double>(coordinates.size()));
-}
-
-double even_deviation(const JobData& jobs, int ih) {
-  const std::vector<double>& reference = jobs.reference_forces;
-  if (reference.empty()) return -1.0;
-  const double* const a = jobs.run.force.column(1, 2 * ih - 1);
-  const double* const b = jobs.run.force.column(1, 2 * ih);
-  double sum = 0.0;
-  for (std::size_t k = 0; k < reference.size(); ++k) {
-    sum += std::pow((a[k] + b[k]) / 2.0 - reference[k], 2);
-  }
-  return std::sqrt(sum) / std::fabs(jobs.run.dx);
-}
-
-std::vector<int> single_out(const JobData& jobs, const RawForceConstants& raw,
-                            const std::vector<int>& suspects, const std::vector<int>& coordinates) {
-  double worst = -1.0;
-  double next = -1.0;
-  std::vector<int> job = suspects;
-  for (const int suspect : suspects) {
-    const double deviation = one_sided_deviation(jobs, raw, suspect, coordinates);
-    if (deviation < 0.0) return suspects;
-    if (deviation > worst) {
-      next = worst;
-      worst = deviation;
-      job = {suspect};
-    } else {
-      next = std::max(next, deviation);
-    }
-  }
-  return worst >= 2.0 * next ? job : suspects;
+std::vector<int> single_out(const JobData& jobs, const std::vector<int>& suspects,
+                            const std::vector<int>& columns) {
+  constexpr double stands_out = 2.0;
+  if (suspects.size() < 2 || jobs.reference_forces.empty() || columns.empty()) return suspects;
+  std::vector<std::pair<double, int>> deviations;
+  for (const int job : suspects)
+    deviations.emplace_back(one_sided_deviation(jobs, job, columns), job);
+  std::stable_sort(deviations.rbegin(), deviations.rend());
+  if (deviations[0].first < stands_out * deviations[1].first) return suspects;
+  return {deviations[0].second};
 }
 
 }  // namespace check

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <set>
 
 #include "analysis/best_turn.hpp"
 #include "check/support/report.hpp"
@@ -14,10 +15,6 @@ namespace {
 using Geometry = Eigen::Matrix3Xd;
 using Kind = GeometryDifference::Kind;
 
-Geometry geometry_of(const std::vector<double>& x) {
-  return Eigen::Map<const Geometry>(x.data(), 3, static_cast<Eigen::Index>(x.size() / 3));
-}
-
 bool agree(const Geometry& a, const Geometry& b, double tolerance) {
   return (a - b).cwiseAbs().maxCoeff() <= tolerance;
 }
@@ -25,13 +22,11 @@ bool agree(const Geometry& a, const Geometry& b, double tolerance) {
 // Whether the atoms stand at each other's places, and nowhere else.
 bool reordered(const Geometry& x, const Geometry& reference, double tolerance,
                GeometryDifference& difference) {
-  std::vector<char> taken(static_cast<std::size_t>(x.cols()), 0);
+  std::set<Eigen::Index> taken;
   for (Eigen::Index a = 0; a < x.cols(); ++a) {
     Eigen::Index b = 0;
     (reference.colwise() - x.col(a)).colwise().squaredNorm().minCoeff(&b);
-    char& is_taken = taken[static_cast<std::size_t>(b)];
-    if (is_taken != 0 || !agree(x.col(a), reference.col(b), tolerance)) return false;
-    is_taken = 1;
+    if (!taken.insert(b).second || !agree(x.col(a), reference.col(b), tolerance)) return false;
     if (a == b || difference.stands_for > 0) continue;
     difference.atom = static_cast<int>(a) + 1;
     difference.stands_for = static_cast<int>(b) + 1;
@@ -46,10 +41,7 @@ double angle_of(const Eigen::Matrix3d& turn) {
 
 }  // namespace
 
-GeometryDifference compare_geometries(const std::vector<double>& x,
-                                      const std::vector<double>& reference, double tolerance) {
-  const Geometry a = geometry_of(x);
-  const Geometry b = geometry_of(reference);
+GeometryDifference compare_geometries(const Geometry& a, const Geometry& b, double tolerance) {
   GeometryDifference difference;
   Eigen::Index row = 0, column = 0;
   difference.largest = (a - b).cwiseAbs().maxCoeff(&row, &column);
@@ -61,7 +53,6 @@ GeometryDifference compare_geometries(const std::vector<double>& x,
   const Geometry centred_a = a.colwise() - a.rowwise().mean();
   const Geometry centred_b = b.colwise() - b.rowwise().mean();
   const Eigen::Matrix3d turn = analysis::best_turn(centred_b, centred_a, 1.0);
-  const Eigen::Matrix3d mirror = analysis::best_turn(centred_b, centred_a, -1.0);
   if (agree(centred_a, centred_b, tolerance)) {
     difference.kind = Kind::shifted;
   } else if (reordered(a, b, tolerance, difference)) {
@@ -69,7 +60,8 @@ GeometryDifference compare_geometries(const std::vector<double>& x,
   } else if (agree(centred_a, turn * centred_b, tolerance)) {
     difference.kind = Kind::turned;
     difference.angle = angle_of(turn);
-  } else if (agree(centred_a, mirror * centred_b, tolerance)) {
+  } else if (agree(centred_a, analysis::best_turn(centred_b, centred_a, -1.0) * centred_b,
+                   tolerance)) {
     difference.kind = Kind::mirrored;
   }
   return difference;

@@ -3,7 +3,6 @@
 
 #include <Eigen/Dense>
 #include <string>
-#include <vector>
 
 namespace check {
 
@@ -17,10 +16,10 @@ struct GeometryDifference {
   Eigen::Vector3d shift = Eigen::Vector3d::Zero();  // of the centre of the atoms, Angstrom
 };
 
-// Coordinates in Angstrom, 3 per atom. Two places within `tolerance` count as the same; a shift and
-// a turn are taken out by the best fit.
-GeometryDifference compare_geometries(const std::vector<double>& x,
-                                      const std::vector<double>& reference, double tolerance);
+// Coordinates in Angstrom, an atom a column. Two places within `tolerance` count as the same; a
+// shift and a turn are taken out by the best fit.
+GeometryDifference compare_geometries(const Eigen::Matrix3Xd& x, const Eigen::Matrix3Xd& reference,
+                                      double tolerance);
 
 // "is shifted by 0.1, 0, 0 Angstrom" and the like; what the difference is, in a sentence.
 std::string describe(const GeometryDifference& difference);

@@ -8,10 +8,7 @@
 #include "check/support/report.hpp"
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/units_of_measure.hpp"
-#include "io/free_form.hpp"
 #include "io/process.hpp"
-#include "io/units.hpp"
-#include "io/values.hpp"
 #include "zandor/job_list.hpp"
 #include "zandor/job_results.hpp"
 #include "zandor/run_control.hpp"
@@ -20,54 +17,23 @@ namespace check {
 
 namespace {
 
-using zandor::input_unit;
-
 auto keep_in(std::vector<Fault>& faults) {
   return [&faults](const io::Place& place, std::string_view message) {
-    faults.push_back({std::string(place.file), place.line, std::string(message)});
+    faults.push_back({2, std::string(place.file), place.line, std::string(message)});
   };
 }
 
-// What a phase reports and stops at, in this order. Printed lines are dropped.
-std::vector<Fault> faults_of(const std::function<void()>& body, std::vector<Fault>& warnings) {
-  std::vector<Fault> faults;
+// What a phase reports and stops at, in this order. Printed lines are dropped, and so are warnings
+// without a place for them.
+std::vector<Fault> faults_of(const std::function<void()>& body,
+                             std::vector<Fault>* warnings = nullptr) {
+  std::vector<Fault> faults, ignored;
   const io::SinkScope sink({.report = keep_in(faults),
-                            .warn = keep_in(warnings),
+                            .warn = keep_in(warnings != nullptr ? *warnings : ignored),
                             .print_line = [](std::string_view) {}});
   const auto stop = io::collect(body);
-  if (stop && !stop->message.empty()) keep_in(faults)({stop->file, stop->line}, stop->message);
+  if (stop && !stop->message.empty()) faults.push_back(*stop);
   return faults;
-}
-
-// The same for what the checks read besides the run: its warnings are those of the run once more.
-std::vector<Fault> faults_of(const std::function<void()>& body) {
-  std::vector<Fault> ignored;
-  return faults_of(body, ignored);
-}
-
-// The first item of the record behind line `before`, or of a later one if that is blank.
-std::optional<int> number_behind(long long before) {
-  std::string_view record;
-  while (io::line_number(input_unit) < before) {
-    if (io::read_record(input_unit, record) != io::read_ok) return std::nullopt;
-  }
-  io::FreeForm row(input_unit);
-  io::Line word;
-  int number = 0;
-  row.text_or_blank(word);
-  if (!io::parse_integer(word.content(), number)) return std::nullopt;
-  return number;
-}
-
-// The numbers in front of the jobs, which the run passes over.
-void read_list_numbers(JobData& jobs) {
-  io::open_existing(input_unit, zandor::job_list_name);
-  long long before = jobs.job(0).list_line - 1;
-  for (int i = 0; i <= jobs.run.n6; ++i) {
-    jobs.list.jobs.push_back(number_behind(before));
-    before = jobs.job(i).list_line;
-  }
-  io::close(input_unit);
 }
 
 void read_control_and_list(const std::string& control_file, JobData& jobs) {
@@ -80,143 +46,139 @@ void read_control_and_list(const std::string& control_file, JobData& jobs) {
   zandor::allocate_run_arrays(run);
   jobs.list.symbols = run.symbol;
   jobs.list.numbers = run.nat;
-  read_list_numbers(jobs);
-  for (int i = 0; i <= run.n6; ++i) jobs.sources.push_back(analysis::computed_source(run, i));
+  for (int i = 0; i <= run.n6; ++i) {
+    jobs.sources.push_back(analysis::computed_source(run, i));
+    if (i > 0 && jobs.job(i).is_calc) jobs.computed.push_back(i);
+  }
+}
+
+// What the run does not read of a sign file: a geometry that is odd, malformed header values.
+std::vector<Fault> faults_besides(const JobData& jobs, int i) {
+  const SignFile& file = jobs.sign_file(i);
+  std::vector<Fault> faults;
+  if (file.geometry_stop) faults.push_back(*file.geometry_stop);
+  for (const auto& value : file.header.malformed) {
+    faults.push_back({2, std::string(jobs.sign_name(i)), value.line, value.text});
+  }
+  return faults;
 }
 
 // Adds faults of files that have none yet: the phase stops at its first one.
 void add_faults_of_other_files(const std::vector<Fault>& more, std::vector<Fault>& faults) {
   for (const Fault& fault : more) {
-    const bool is_known = std::any_of(faults.begin(), faults.end(),
-                                      [&](const Fault& f) { return f.file == fault.file; });
-    if (!is_known) faults.push_back(fault);
+    if (std::none_of(faults.begin(), faults.end(),
+                     [&](const Fault& f) { return f.file == fault.file; })) {
+      faults.push_back(fault);
+    }
   }
-}
-
-std::vector<Fault> malformed_values(const JobData& jobs, int i) {
-  std::vector<Fault> faults;
-  for (const auto& value : jobs.sign_file(i).header.malformed) {
-    faults.push_back({std::string(jobs.job(i).sgn_name.content()), value.line, value.text});
-  }
-  return faults;
-}
-
-std::vector<Fault> of_geometry(const SignFile& file) {
-  if (!file.geometry_stop) return {};
-  return {{file.geometry_stop->file, file.geometry_stop->line, file.geometry_stop->message}};
 }
 
 // The reference's numbers as far as its files hold them, whatever the phase has stopped at.
 void complete_reference(JobData& jobs) {
   zandor::RunData& run = jobs.run;
-  const SignFile& file = jobs.sign_file(0);
+  const auto& geometry = jobs.sign_file(0).geometry;
   std::fill_n(run.xa.data(), run.xa.size(), 0.0);
-  if (file.geometry) {
-    std::copy(file.geometry->x.begin(), file.geometry->x.end(), run.xa.data());
-    for (int a = 1; a <= run.natom; ++a) {
-      run.mass(a) =
-          file.geometry->masses[static_cast<std::size_t>(a - 1)] * flib::electron_masses_per_amu;
-    }
-  }
-}
-
-void read_input(JobData& jobs) {
-  ReferenceInput input;
-  const auto faults =
-      faults_of([&] { zandor::read_reference_input(jobs.run, &input); }, jobs.readings[0].warnings);
-  add_faults_of_other_files(faults, jobs.reference_faults);
-  if (!faults.empty()) return;
-  jobs.input = std::move(input);
+  if (!geometry) return;
+  std::copy(geometry->x.begin(), geometry->x.end(), run.xa.data());
+  std::transform(geometry->masses.begin(), geometry->masses.end(), run.mass.data(),
+                 [](double amu) { return amu * flib::electron_masses_per_amu; });
 }
 
 void read_reference_files(JobData& jobs) {
   zandor::RunData& run = jobs.run;
-  const zandor::Job& reference = run.jobs[0];
-  jobs.reference_faults =
-      faults_of([&] { zandor::read_reference_sign_file(run); }, jobs.readings[0].warnings);
-  const auto of_output = faults_of([&] {
-    int info = 0;
-    flib::qm_file_ifoniom(reference.log_name.padded(), jobs.layered, info);
-  });
-  SignFile& file = jobs.readings[0].sign_file;
+  JobReading& reading = jobs.readings[0];
+  reading.faults = faults_of([&] { zandor::read_reference_sign_file(run); }, &reading.warnings);
   std::array<double, 3> dipole{};
   std::vector<double> forces(3 * static_cast<std::size_t>(run.natom));
-  auto of_sign_file = faults_of([&] {
-    zandor::read_sign_file(reference.sgn_name.content(), 0, run.natom, dipole.data(), forces.data(),
-                           &file);
+  const auto of_sign_file = faults_of([&] {
+    zandor::read_sign_file(jobs.sign_name(0), 0, run.natom, dipole.data(), forces.data(),
+                           &reading.sign_file);
   });
-  if (file.has_dipole) run.dipole0 = dipole;
-  if (file.forces_line > 0 && of_sign_file.empty()) jobs.reference_forces = std::move(forces);
-  add_faults_of_other_files(of_geometry(file), jobs.reference_faults);
-  add_faults_of_other_files(of_sign_file, jobs.reference_faults);
-  add_faults_of_other_files(malformed_values(jobs, 0), jobs.reference_faults);
-  add_faults_of_other_files(of_output, jobs.reference_faults);
-  read_input(jobs);
+  if (reading.sign_file.has_dipole) run.dipole0 = dipole;
+  if (reading.sign_file.forces_line > 0 && of_sign_file.empty()) jobs.reference_forces = forces;
+  add_faults_of_other_files(faults_besides(jobs, 0), reading.faults);
+  add_faults_of_other_files(of_sign_file, reading.faults);
+  add_faults_of_other_files(faults_of([&] {
+                              int info = 0;
+                              flib::qm_file_ifoniom(jobs.job(0).log_name.padded(), jobs.layered,
+                                                    info);
+                            }),
+                            reading.faults);
+  ReferenceInput input;
+  const auto of_input =
+      faults_of([&] { zandor::read_reference_input(run, &input); }, &reading.warnings);
+  add_faults_of_other_files(of_input, reading.faults);
+  if (of_input.empty()) jobs.input = std::move(input);
   complete_reference(jobs);
 }
 
-// Half a unit of the last digit in which n forces are printed, at most 5e-5 and at least 5e-15.
-double print_rounding(const double* forces, int n) {
+// Half a unit of the last digit in which forces are printed, at most 5e-5 and at least 5e-15.
+double rounding_of(const Eigen::VectorXd& forces) {
   constexpr double most = 1e14;
   constexpr double near = 1e-3;  // of a unit: what binary fractions leave of 15 digits
   double scale = 1e4;
-  for (int k = 0; k < n; ++k) {
-    while (scale < most) {
-      const double scaled = forces[k] * scale;
-      if (std::fabs(scaled - std::nearbyint(scaled)) <= near) break;
+  for (const double force : forces) {
+    while (scale < most && std::fabs(force * scale - std::nearbyint(force * scale)) > near) {
       scale *= 10.0;
     }
   }
   return 0.5 / scale;
 }
 
-// Forces of which no differences can be taken: squares of their derivatives, summed, would
-// overflow; or they are all zero, which only a single atom's are.
-std::optional<Fault> fault_of_forces(const JobData& jobs, int i) {
+// What is wrong with forces of which no differences can be taken: squares of their derivatives,
+// summed, would overflow; or they are all zero, which only a single atom's are. Empty otherwise.
+std::string complaint_about_forces(const JobData& jobs, int i) {
   constexpr double most = 1e150;  // Hartree/Bohr**2
-  const zandor::RunData& run = jobs.run;
-  const double* const forces = run.force.column(1, i);
-  const double* const end = forces + run.n3;
-  const double* const largest =
-      std::max_element(forces, end, [](double a, double b) { return std::fabs(a) < std::fabs(b); });
-  const io::Place place = forces_place(jobs, i);
-  const auto fault = [&](std::string text) {
-    return Fault{std::string(place.file), place.line, std::move(text)};
-  };
-  if (*largest == 0.0 && run.natom > 1) {
-    return fault("all forces of " + job_text(jobs, i) + " are exactly zero");
+  const auto forces = jobs.forces(i);
+  Eigen::Index largest = 0;
+  const double size = forces.cwiseAbs().maxCoeff(&largest);
+  if (size == 0.0 && jobs.run.natom > 1) {
+    return "all forces of " + job_text(jobs, i) + " are exactly zero";
   }
-  if (std::fabs(*largest) <= most * std::fabs(run.dx)) return std::nullopt;
-  return fault("expected forces, found " + rounded(*largest) + " Hartree/Bohr on " +
-               coordinate_text(jobs, static_cast<int>(largest - forces) + 1));
+  if (size <= most * std::fabs(jobs.run.dx)) return {};
+  return "expected forces, found " + rounded(forces(largest)) + " Hartree/Bohr on " +
+         coordinate_text(jobs, static_cast<int>(largest) + 1);
 }
 
 void read_computed(JobData& jobs, int i) {
   zandor::RunData& run = jobs.run;
-  JobReading& reading = jobs.readings[static_cast<std::size_t>(i)];
-  std::optional<Fault>& fault = reading.fault;
-  const auto faults =
+  JobReading& reading = at(jobs.readings, i);
+  reading.faults =
       faults_of([&] { zandor::read_computed_job(run, i, &reading.sign_file, &jobs.sign_file(0)); },
-                reading.warnings);
-  if (!faults.empty()) fault = faults.back();
-  if (!fault) reading.other_faults = of_geometry(reading.sign_file);
-  const std::vector<Fault> malformed = malformed_values(jobs, i);
-  reading.other_faults.insert(reading.other_faults.end(), malformed.begin(), malformed.end());
-  if (!fault) fault = fault_of_forces(jobs, i);
+                &reading.warnings);
+  const bool is_read = reading.faults.empty();
+  const std::string complaint = is_read ? complaint_about_forces(jobs, i) : "";
+  if (!complaint.empty()) {
+    const io::Place place = forces_place(jobs, i);
+    reading.faults = {{2, std::string(place.file), place.line, complaint}};
+  }
+  reading.failed = !reading.faults.empty();
+  if (!reading.failed) jobs.read.push_back(i);
+  if (!is_read) reading.sign_file.geometry_stop.reset();  // one fault is enough of what is cut
+  const std::vector<Fault> besides = faults_besides(jobs, i);
+  reading.faults.insert(reading.faults.end(), besides.begin(), besides.end());
   // Memory that nothing was written to is not to be had before it is needed.
-  const double* const forces = run.force.column(1, i);
-  if (fault && std::any_of(forces, forces + run.n3, [](double f) { return f != 0.0; })) {
+  if (reading.failed && !jobs.forces(i).isZero(0.0)) {
     std::fill_n(run.force.column(1, i), run.n3, 0.0);
   }
-  if (fault) std::fill_n(run.tdip.column(i), 3, 0.0);
-  reading.force_rounding = print_rounding(run.force.column(1, i), run.n3);
+  if (reading.failed) std::fill_n(run.tdip.column(i), 3, 0.0);
+  reading.force_rounding = rounding_of(jobs.forces(i));
 }
 
 }  // namespace
 
+Eigen::Map<const Eigen::VectorXd> JobData::forces(int i) const {
+  if (i > 0) return {run.force.column(1, i), run.n3};
+  return {reference_forces.data(), static_cast<Eigen::Index>(reference_forces.size())};
+}
+
+Eigen::Map<const Eigen::Matrix3Xd> JobData::geometry(int i) const {
+  return {sign_file(i).geometry->x.data(), 3, run.natom};
+}
+
 bool JobData::usable(int i) const {
   const int from = source(i);
-  return from > 0 && !reading(from).fault && context.wrong_images[static_cast<std::size_t>(i)] == 0;
+  return from > 0 && !reading(from).failed && at(context.wrong_images, i) == 0;
 }
 
 void read_job_data(const std::string& control_file, JobData& jobs) {
@@ -225,32 +187,25 @@ void read_job_data(const std::string& control_file, JobData& jobs) {
   jobs.readings.resize(run.jobs.size());
   jobs.context.wrong_images.resize(run.jobs.size());
   read_reference_files(jobs);
-  for (int i = 1; i <= run.n6; ++i) {
-    if (jobs.job(i).is_calc) read_computed(jobs, i);
-  }
-  const auto can_be_used = [&](int i) { return i > 0 && !jobs.reading(i).fault; };
-  if (std::any_of(jobs.sources.begin() + 1, jobs.sources.end(), can_be_used)) {
-    zandor::derive_symmetry_jobs(run);
-  }
+  for (const int i : jobs.computed) read_computed(jobs, i);
+  if (!jobs.read.empty()) zandor::derive_symmetry_jobs(run);
 }
 
 std::string coordinate_text(const JobData& jobs, int ih) {
   const int atom = (ih - 1) / 3 + 1;
   return "atom " + std::to_string(atom) + " (" +
-         std::string(jobs.run.symbol[static_cast<std::size_t>(atom - 1)].content()) + ") " +
-         "xyz"[(ih - 1) % 3];
+         std::string(at(jobs.run.symbol, atom - 1).content()) + ") " + "xyz"[(ih - 1) % 3];
 }
 
 std::string job_text(const JobData& jobs, int i) {
   if (i == 0) return "the reference";
   return "job " + std::to_string(i) + " (" + coordinate_text(jobs, (i + 1) / 2) +
-         (step_sign(jobs.run, i) > 0 ? "+" : "-") + ")";
+         (analysis::step_sign(jobs.run, i) > 0 ? "+" : "-") + ")";
 }
 
 io::Place place_of(const JobData& jobs, int i) {
-  const zandor::Job& job = jobs.job(i);
-  if (i == 0 || job.is_calc) return {job.sgn_name.content()};
-  return {zandor::job_list_name, job.list_line};
+  if (i == 0 || jobs.job(i).is_calc) return {jobs.sign_name(i)};
+  return list_line(jobs, i);
 }
 
 io::Place forces_place(const JobData& jobs, int i) {
@@ -259,7 +214,8 @@ io::Place forces_place(const JobData& jobs, int i) {
   return {place.file, jobs.sign_file(i).forces_line};
 }
 
-std::string missing_columns(int missing) {
+std::string missing_columns(const JobData& jobs) {
+  const long missing = jobs.run.n3 - std::ssize(jobs.context.raw.columns);
   return "not looked at: " + counted(missing, "coordinate") + " without two jobs that can be used";
 }
 

@@ -1,7 +1,6 @@
 // Net force and net torque of jobs and columns, for the checks that weigh one job against another.
 #pragma once
 
-#include <map>
 #include <vector>
 
 #include "check/support/job_data.hpp"
@@ -9,24 +8,12 @@
 
 namespace check {
 
-// The sums of every job that can be used, in the geometry of the sign file.
-AllSums sum_forces(const JobData& jobs);
+NetForces sum_forces(const JobData& jobs);
 
-// Those of a column, Hartree/Bohr**2: the differences of its two jobs over twice the step.
-struct NetForce {
-  double force = 0.0;
-  double torque = 0.0;
-  double rounding = 0.0;  // what print rounding may make of either
-  double largest() const { return force > torque ? force : torque; }
-};
-
-// By coordinate, where both jobs can be used.
-std::map<int, NetForce> net_forces(const JobData& jobs);
-
-// The median of a figure of the columns (by coordinate). Columns that rest on the same jobs count
-// once, with the largest, so that one bad job does not make it; of fewer than three such sets the
-// smallest is taken, of one none: 0.
-double median_over_jobs(const JobData& jobs, const std::map<int, double>& of_column);
+// The median of a figure of the columns (n3), of those that are known. Columns that rest on the
+// same jobs count once, with the largest, so that one bad job does not make it; of fewer than three
+// such sets the smallest is taken, of one none: 0.
+double median_over_jobs(const JobData& jobs, const Eigen::VectorXd& of_column);
 
 // What a net force or torque must exceed to stand out.
 double net_force_allowed(const JobData& jobs, double rounding, const Thresholds& limits);

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <set>
 
 #include "options/array_indices.hpp"
@@ -20,32 +19,19 @@ long long count_of(const Report& report, Severity severity) {
                        [&](const Finding& f) { return f.severity == severity; });
 }
 
-// The first figure of a check, its headline.
-std::optional<double> headline(const Report& report, std::string_view check) {
-  for (const Figure& figure : report.figures) {
-    if (figure.check != check) continue;
-    if (std::isnan(figure.values.front())) break;
-    return figure.values.front();
-  }
-  return std::nullopt;
+std::ptrdiff_t jobs_read(const JobData& jobs) {
+  return std::ssize(jobs.read) + (jobs.reading(0).faults.empty() ? 1 : 0);
 }
 
-int jobs_read(const JobData& jobs) {
-  int read = jobs.reference_faults.empty() ? 1 : 0;
-  for (int i = 1; i <= jobs.run.n6; ++i) read += jobs.job(i).is_calc && jobs.usable(i) ? 1 : 0;
-  return read;
-}
-
-std::string shown_or_unknown(const std::optional<double>& value, const char* unit) {
-  return value ? rounded(*value) + " " + unit : "not known";
+std::string shown_or_unknown(double value, const char* unit) {
+  return std::isnan(value) ? "not known" : rounded(value) + " " + unit;
 }
 
 std::set<int> jobs_to_rerun(const Report& report) {
   std::set<int> rerun;
   for (const Finding& finding : report.findings) {
-    if (finding.severity != Severity::note) {
-      rerun.insert(finding.rerun.begin(), finding.rerun.end());
-    }
+    if (finding.severity == Severity::note) continue;
+    rerun.insert(finding.rerun.begin(), finding.rerun.end());
   }
   return rerun;
 }
@@ -55,9 +41,7 @@ std::vector<std::string> names_to_rerun(const JobData& jobs, const Report& repor
   std::vector<std::string> names;
   for (const int job : jobs_to_rerun(report)) {
     std::string name = base_name(jobs.job(job));
-    if (std::find(names.begin(), names.end(), name) == names.end()) {
-      names.push_back(std::move(name));
-    }
+    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
   }
   return names;
 }
@@ -88,81 +72,32 @@ std::vector<Finding> summed_up(const JobData& jobs, const Report& report) {
 }
 
 Json finding_record(const JobData& jobs, const Finding& finding) {
-  Json record;
-  record["severity"] = name_of(finding.severity);
-  record["check"] = finding.check;
-  record["file"] = finding.file;
+  Json record = {
+      {"severity", name_of(finding.severity)}, {"check", finding.check}, {"file", finding.file}};
   if (finding.line > 0) record["line"] = finding.line;
   record["text"] = finding.text;
   if (finding.job >= 0) {
     record["job"] = finding.job;
     record["name"] = base_name(jobs.job(finding.job));
   }
-  Json rerun = Json::array();
-  for (const int job : finding.rerun) rerun.push_back(base_name(jobs.job(job)));
-  record["rerun"] = std::move(rerun);
+  record["rerun"] = Json::array();
+  for (const int job : finding.rerun) record["rerun"].push_back(base_name(jobs.job(job)));
   return record;
 }
 
 Json summary_record(const JobData& jobs, const Report& report) {
-  const auto number = [](const std::optional<double>& value) {
-    return value ? Json(*value) : Json();
-  };
-  Json record;
-  record["jobs_read"] = jobs_read(jobs);
-  record["errors"] = count_of(report, Severity::error);
-  record["warnings"] = count_of(report, Severity::warning);
-  record["notes"] = count_of(report, Severity::note);
-  record["worst_asymmetry"] = number(headline(report, "asymmetry"));
-  record["sum_rule_residual"] = number(headline(report, "dipole-sum"));
-  return record;
-}
-
-Json threshold_records(const Thresholds& limits) {
-  Json records = Json::array();
-  for (const ThresholdName& name : threshold_names()) {
-    records.push_back({{"name", name.name}, {"value", limits.*name.value}, {"unit", name.unit}});
-  }
-  return records;
-}
-
-Json figure_record(const Figure& figure) {
-  return {{"check", figure.check},
-          {"name", figure.name},
-          {"value", figure.is_list ? Json(figure.values) : Json(figure.values[0])}};
-}
-
-// Lines of one value of the document, all but the first `depth` blanks further to the right.
-std::string value_text(const Json& value, std::size_t depth) {
-  std::string text = value.dump(1, ' ', false, Json::error_handler_t::replace);
-  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += depth) {
-    text.insert(++at, depth, ' ');
-  }
-  return text;
-}
-
-void print_member(const std::string& key, const Json& value, const char* end = ",") {
-  io::print_line(" \"" + key + "\": " + value_text(value, 1) + end);
-}
-
-// The records of a list one by one, since there may be many.
-template <class Items, class RecordOf>
-void print_records(const std::string& key, const Items& items, const RecordOf& record_of) {
-  if (items.empty()) return print_member(key, Json::array());
-  io::print_line(" \"" + key + "\": [");
-  for (const auto& item : items) {
-    io::print_line("  " + value_text(record_of(item), 2) + (&item == &items.back() ? "" : ","));
-  }
-  io::print_line(" ],");
+  return {{"jobs_read", jobs_read(jobs)},
+          {"errors", count_of(report, Severity::error)},
+          {"warnings", count_of(report, Severity::warning)},
+          {"notes", count_of(report, Severity::note)},
+          {"worst_asymmetry", report.headline("asymmetry")},
+          {"sum_rule_residual", report.headline("dipole-sum")}};
 }
 
 }  // namespace
 
 int exit_status(const Report& report) {
-  return std::any_of(report.findings.begin(), report.findings.end(),
-                     [](const Finding& f) { return f.severity != Severity::note; })
-             ? 1
-             : 0;
+  return count_of(report, Severity::note) < std::ssize(report.findings) ? 1 : 0;
 }
 
 void print_text(const JobData& jobs, const Report& report) {
@@ -170,8 +105,8 @@ void print_text(const JobData& jobs, const Report& report) {
   io::print_line(counted(jobs_read(jobs), "job") + " read, " +
                  counted(count_of(report, Severity::error), "error") + ", " +
                  counted(count_of(report, Severity::warning), "warning") + "; worst asymmetry " +
-                 shown_or_unknown(headline(report, "asymmetry"), "Hartree/Bohr**2") +
-                 ", sum-rule residual " + shown_or_unknown(headline(report, "dipole-sum"), "au"));
+                 shown_or_unknown(report.headline("asymmetry"), "Hartree/Bohr**2") +
+                 ", sum-rule residual " + shown_or_unknown(report.headline("dipole-sum"), "au"));
 }
 
 void print_list(const JobData& jobs, const Report& report) {
@@ -183,18 +118,28 @@ void print_numbers(const Report& report) { options::print_array_indices(jobs_to_
 void print_json(const std::string& control_file, const JobData& jobs, const Thresholds& limits,
                 const Report& report) {
   // The library ends the process when memory ends while it holds a value: that there is enough for
-  // the largest one, a number per job, is found out before.
-  ::operator delete(::operator new((std::size_t{1} << 20) + 400 * jobs.run.jobs.size()));
-  io::print_line("{");
-  print_member("program", io::program_name);
-  print_member("control_file", control_file);
-  print_member("summary", summary_record(jobs, report));
-  print_records("findings", report.findings,
-                [&](const Finding& finding) { return finding_record(jobs, finding); });
-  print_records("figures", report.figures, figure_record);
-  print_member("thresholds", threshold_records(limits));
-  print_member("rerun", names_to_rerun(jobs, report), "");
-  io::print_line("}");
+  // all of them and their text is found out before.
+  constexpr std::size_t at_least = 1 << 20, of_finding = 4000, of_job = 400;  // bytes
+  ::operator delete(::operator new(at_least + of_finding * report.findings.size() +
+                                   of_job * jobs.run.jobs.size()));
+  Json findings = Json::array(), figures = findings, thresholds = findings;
+  for (const Finding& finding : report.findings) findings.push_back(finding_record(jobs, finding));
+  for (const Figure& figure : report.figures) {
+    figures.push_back({{"check", figure.check},
+                       {"name", figure.name},
+                       {"value", figure.is_list ? Json(figure.values) : Json(figure.values[0])}});
+  }
+  for (const ThresholdName& name : threshold_names()) {
+    thresholds.push_back({{"name", name.name}, {"value", limits.*name.value}, {"unit", name.unit}});
+  }
+  const Json document = {{"program", io::program_name},
+                         {"control_file", control_file},
+                         {"summary", summary_record(jobs, report)},
+                         {"findings", std::move(findings)},
+                         {"figures", std::move(figures)},
+                         {"thresholds", std::move(thresholds)},
+                         {"rerun", names_to_rerun(jobs, report)}};
+  io::print_line(document.dump(1, ' ', false, Json::error_handler_t::replace));
 }
 
 }  // namespace check

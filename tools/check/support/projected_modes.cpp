@@ -2,7 +2,8 @@
 
 #include <cmath>
 
-#include "flib/projtrm_rot.hpp"
+#include "flib/com.hpp"
+#include "flib/formtrm1.hpp"
 #include "flib/units_of_measure.hpp"
 
 namespace check {
@@ -18,11 +19,16 @@ ProjectedModes project_modes(const JobData& jobs) {
   }
   const Eigen::VectorXd root =
       mass.cwiseInverse().cwiseSqrt().replicate(1, 3).reshaped<Eigen::RowMajor>();
-  const Eigen::Map<const Eigen::MatrixXd> h(raw.h.data(), run.n3, run.n3);
   ProjectedModes modes;
-  modes.force_constants = root.asDiagonal() * (h + h.transpose()) * (root / 2.0).asDiagonal();
+  Eigen::MatrixXd& projected = modes.force_constants;
+  projected = root.asDiagonal() * (raw.h + raw.h.transpose()) * (root / 2.0).asDiagonal();
+  Eigen::MatrixXd x = Eigen::Map<const Eigen::MatrixXd>(run.x.data(), 3, run.natom);
+  Eigen::MatrixXd rigid(run.n3, 6);
   int info = 0;
-  flib::projtrm_rot(run.natom, run.x.data(), run.mass.data(), modes.force_constants.data(), info);
+  flib::com(run.natom, run.mass.data(), x.data(), info);
+  flib::formtrm1(run.natom, run.mass.data(), x.data(), rigid.data());
+  projected -= rigid * (rigid.transpose() * projected);
+  projected -= (projected * rigid) * rigid.transpose();
   const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(modes.force_constants,
                                                               Eigen::EigenvaluesOnly);
   const bool converged = solver.info() == Eigen::Success;

@@ -14,16 +14,15 @@ bool Report::blames(int job) const {
   });
 }
 
+double Report::headline(std::string_view of_check) const {
+  const auto first = std::find_if(figures.begin(), figures.end(),
+                                  [&](const Figure& f) { return f.check == of_check; });
+  return first == figures.end() ? not_known : first->values.front();
+}
+
 const char* name_of(Severity severity) {
-  switch (severity) {
-    case Severity::note:
-      return "note";
-    case Severity::warning:
-      return "warning";
-    case Severity::error:
-      break;
-  }
-  return "error";
+  constexpr const char* names[] = {"note", "warning", "error"};
+  return names[static_cast<int>(severity)];
 }
 
 std::string line_of(const Finding& finding) {

@@ -1,6 +1,7 @@
 // What the checks say: findings, and the figures behind them.
 #pragma once
 
+#include <Eigen/Dense>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -52,13 +53,15 @@ struct Report {
   void note(const io::Place& place, std::string text, int job = -1) {
     add(Severity::note, place, std::move(text), job);
   }
+  // The first figure of a check; not_known where it has none yet.
+  double headline(std::string_view of_check) const;
   // Whether a check other than the one at work says more of the job than a note.
   bool blames(int job) const;
   void figure(std::string name, double value) {
     figures.push_back({check, std::move(name), {value}, false});
   }
-  void figure(std::string name, std::vector<double> values) {
-    figures.push_back({check, std::move(name), std::move(values), true});
+  void figure(std::string name, const Eigen::VectorXd& values) {
+    figures.push_back({check, std::move(name), {values.begin(), values.end()}, true});
   }
 };
 
