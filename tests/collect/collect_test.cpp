@@ -20,7 +20,7 @@ struct Engine {
   const char* folder;
   const char* job;  // names of the jobs begin so
   int natom, jobs;
-  const char* version;
+  const char *version, *sign_by;
   // The engine's own numerical frequencies, cm-1, of the highest modes.
   std::vector<double> frequencies;
 };
@@ -30,9 +30,11 @@ const Engine nwchem = {"nwchem-formaldehyde",
                        4,
                        25,
                        "NWChem 7.0.2, state 1",
+                       "quadrupole",
                        {563.16, 993.88, 1438.86, 1662.66, 3206.12, 3296.93}};
-const Engine openmolcas = {"openmolcas-hno",           "hno-", 3, 19, "OpenMolcas 22.10, state 2",
-                           {1196.92, 1398.80, 3593.98}};
+const Engine openmolcas = {
+    "openmolcas-hno",           "hno-", 3, 19, "OpenMolcas 22.10, state 2", "transition density",
+    {1196.92, 1398.80, 3593.98}};
 
 void replace_all(std::string& text, const std::string& from, const std::string& to) {
   ASSERT_NE(text.find(from), text.npos) << from;
@@ -106,6 +108,9 @@ TEST_F(Collect, takes_real_outputs_whole) {
     const std::vector<double> found = frequencies();
     for (std::size_t k = 0; k < engine.frequencies.size(); ++k) {
       EXPECT_NEAR(found[found.size() - engine.frequencies.size() + k], engine.frequencies[k], 1.0);
+    }
+    for (const auto& job : nlohmann::json::parse(run({"--json"}).out)["jobs"]) {
+      EXPECT_EQ(job["sign_by"], job["job"] == 0 ? "reference" : engine.sign_by) << job;
     }
     // The sign of the dipole is that of the reference in every job.
     const SignFile reference = sign_file(engine.job + std::string("ref"), engine.natom);
@@ -248,6 +253,36 @@ TEST_F(Collect, refuses_what_is_not_whole_from_openmolcas) {
       run({"--root", "1"}).err.find("expected the gradient of state 1, found that of state 2") ==
           std::string::npos,
       false);
+}
+
+// Turns the signs of the numbers behind a line, in their fields of 19 columns.
+void turn_numbers_behind(std::string& text, const std::string& line,
+                         const std::function<bool(std::size_t)>& turns) {
+  ASSERT_NE(text.find(line), text.npos) << line;
+  for (std::size_t at = 0; (at = text.find(line, at)) != text.npos;) {
+    at = text.find('\n', at) + 1;
+    for (std::size_t number = 0, field = at;
+         text.compare(field, 2, " #") != 0 && text[field] >= ' ';) {
+      if (turns(number++)) text[field] = text[field] == '-' ? ' ' : '-';
+      field += 19;
+      if (text[field] == '\n') ++field;
+    }
+  }
+}
+
+TEST_F(Collect, takes_signs_from_densities_whatever_those_of_orbitals) {
+  unpack(openmolcas);
+  const std::string file = "coord-hno-01py.out",
+                    orbital = " #  Symm                     1    Orbital                     8";
+  std::string text = read_file(file);
+  // The middle one of three active orbitals, hence the middle row and column of their density.
+  turn_numbers_behind(text, orbital, [](std::size_t) { return true; });
+  turn_numbers_behind(text, " #  Symmetries", [](std::size_t i) { return i % 2 == 1; });
+  write_file(file, text);
+  EXPECT_EQ(run().out.find("turned"), std::string::npos);
+  turn_numbers_behind(text, " #  Symmetries", [](std::size_t) { return true; });
+  write_file(file, text);
+  EXPECT_NE(run().out.find("sign of the dipole turned: coord-hno-01py.sgn\n"), std::string::npos);
 }
 
 TEST_F(Collect, takes_printed_digits_where_there_are_no_others_and_says_so) {

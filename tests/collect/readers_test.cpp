@@ -324,7 +324,8 @@ TEST(SignMarks, tell_where_a_step_cannot_turn_them) {
   } rows[] = {{Kind::vector, 0.2, 0.19, 1},       {Kind::vector, 0.2, -0.21, -1},
               {Kind::vector, 0.09, -0.09, 0},     {Kind::vector, 0.2, 0.05, 0},
               {Kind::tensor, 0.2, -0.2, -1},      {Kind::coefficient, 0.9, -0.88, -1},
-              {Kind::coefficient, 0.25, 0.25, 0}, {Kind::coefficient, 0.9, 0.3, 0}};
+              {Kind::coefficient, 0.25, 0.25, 0}, {Kind::coefficient, 0.9, 0.3, 0},
+              {Kind::density, 1.0, -0.6, -1}};
   for (const auto& row : rows) {
     collect::JobOutput job, reference;
     job.leading = reference.leading = collect::LeadingElement{8, 9, 1.0};

@@ -77,7 +77,7 @@ void fill_masses(const std::vector<analysis::MassChange>& changes, Collection& a
 }
 
 // Reads an output as it stands.
-void read_job(const Choices& choices, int root, const zandor::RunData& run, CollectedJob& job) {
+void read_job(const Choices& choices, const zandor::RunData& run, CollectedJob& job) {
   job.state = State::bad;
   job.fault = io::collect([&] {
     const FoundOutput found = find_output(job.name, choices.suffixes);
@@ -91,7 +91,7 @@ void read_job(const Choices& choices, int root, const zandor::RunData& run, Coll
     if (found.reader == nullptr) {
       io::fatal_stop({found.file}, "expected an output of a known kind, found none of its marks");
     }
-    found.reader->read(found.file, {run.natom, root}, job.output);
+    found.reader->read(found.file, {run.natom, choices.root}, job.output);
     const JobOutput& output = job.output;
     const bool sound = output.places.allFinite() && output.dipole.allFinite() &&
                        output.forces.cwiseAbs().maxCoeff() < largest_force;
@@ -163,16 +163,18 @@ Collection collect_outputs(const Choices& choices) {
   Collection all;
   load_job_list(choices, all);
   fill_masses(choices.masses, all);
-  for (CollectedJob& job : all.jobs) read_job(choices, choices.root, all.run, job);
-  find_places(all);
   const std::vector<int> numbers = element_numbers(all.run);
   int root = choices.root;
   for (CollectedJob& job : all.jobs) {
+    read_job(choices, all.run, job);
+    if (job.job == 0) find_places(all);
     if (job.state != State::bad || job.fault) continue;
     check_job(numbers, root, all, job);
-    if (job.state == State::taken) root = job.output.root;
+    if (job.state != State::taken) continue;
+    root = job.output.root;
+    take_sign_from_marks(all, job);
+    if (job.job != 0) job.output.marks.clear();  // densities of all jobs may be many
   }
-  take_signs_from_marks(all);
   return all;
 }
 
