@@ -180,11 +180,18 @@ Collection collect_outputs(const Choices& choices) {
 
 namespace {
 
-std::string content_of(const std::string& file) {
+// Whether a sign file holds this text, wherever its output may have lain.
+bool holds(const std::string& file, const std::string& text) {
   OutputLines lines(file);
-  std::string text;
-  while (lines.next()) text.append(lines.text()).append("\n");
-  return text;
+  std::size_t at = 0;
+  while (lines.next()) {
+    const std::size_t end = text.find('\n', at);
+    if (end == text.npos) return false;
+    const std::string_view line = std::string_view(text).substr(at, end - at);
+    if (line != lines.text() && !lines.begins_with(source_mark)) return false;
+    at = end + 1;
+  }
+  return at == text.size();
 }
 
 void write_file(const std::string& file, const std::string& text) {
@@ -208,11 +215,11 @@ void write_sign_file(const Collection& all, CollectedJob& job) {
       job.output.leading->value * all.jobs.front().output.leading->value * job.sign.sign > 0.0;
   const std::string text = sign_file_text(all.run, data);
   if (is_there(file) && !is_newer(job.file, file)) {
-    const std::string old = content_of(file);
     data.turned = !data.turned;
-    const bool other_sign = old == sign_file_text(all.run, data);
+    const bool other_sign = holds(file, sign_file_text(all.run, data));
     // A sign that no mark tells may have been settled before: it stays until all jobs tell.
     if (other_sign && job.sign.sign == 0) job.turned = data.turned;
+    job.differs = !other_sign && !holds(file, text);
     if (!other_sign || job.sign.sign == 0) return;
   }
   write_file(file, text);
