@@ -288,6 +288,14 @@ TEST_F(Collect, takes_signs_from_densities_whatever_those_of_orbitals) {
   turn_numbers_behind(text, " #  Symmetries", [](std::size_t) { return true; });
   write_file(file, text);
   EXPECT_NE(run().out.find("sign of the dipole turned: coord-hno-01py.sgn\n"), std::string::npos);
+  // What tells where that is not printed.
+  for (const auto& [line, sign_by] : {std::pair{"Nr of irreps:", "quadrupole"},
+                                      std::pair{"PROPERTY: MLTPL  2", "magnetic dipole"},
+                                      std::pair{"PROPERTY: ANGMOM", "leading coefficient"}}) {
+    replace_all(text, line, "gone");
+    write_file(file, text);
+    EXPECT_EQ(nlohmann::json::parse(run({"--json"}).out)["jobs"][4]["sign_by"], sign_by);
+  }
 }
 
 TEST_F(Collect, takes_printed_digits_where_there_are_no_others_and_says_so) {
@@ -349,6 +357,14 @@ TEST_F(Collect, replaces_older_sign_files_only_and_names_what_is_missing) {
   EXPECT_NE(reference.find("1     2.014101778"), std::string::npos) << reference;
   EXPECT_NE(reference.find("7    14.003074000"), std::string::npos) << reference;
   EXPECT_NE(reference.find("8    17.999160000"), std::string::npos) << reference;
+
+  fs::remove("coord-hno-ref.com");
+  fs::remove("coord-hno-ref.out");
+  const support::Outcome nothing = run();
+  EXPECT_EQ(nothing.status, 2);
+  EXPECT_EQ(nothing.err,
+            "zandor_collect: coord-hno-ref.com: expected the geometry of the reference here or in "
+            "an output of job hno-ref, found neither\n");
 }
 
 }  // namespace
