@@ -122,7 +122,8 @@ TEST_F(Collect, takes_real_outputs_whole) {
     for (std::size_t k = 0; k < engine.frequencies.size(); ++k) {
       EXPECT_NEAR(found[found.size() - engine.frequencies.size() + k], engine.frequencies[k], 1.0);
     }
-    for (const auto& job : nlohmann::json::parse(run({"--json"}).out)["jobs"]) {
+    const auto document = nlohmann::json::parse(run({"--json"}).out);
+    for (const auto& job : document["jobs"]) {
       EXPECT_EQ(job["sign_by"], job["job"] == 0 ? "reference" : engine.sign_by) << job;
     }
     // The sign of the dipole is that of the reference in every job.
