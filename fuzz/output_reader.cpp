@@ -37,7 +37,8 @@ void write_and_read(const collect::JobOutput& output) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const fuzz::MemoryFile file;
   file.set({reinterpret_cast<const char*>(data), size});
-  fuzz::run([&] { collect::find_reader(file.name()); });
+  // The search of the kind is what the target `probes` tries, and takes longer than a reader.
+  if (size % 16 == 0) fuzz::run([&] { collect::find_reader(file.name()); });
   collect::JobOutput output;
   if (fuzz::run([&] { collect::READER(file.name(), {natom, 0}, output); })) return 0;
   fuzz::require(output.places.cols() == natom && output.forces.cols() == natom, "other sizes");

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "collect/readers/readers.hpp"
 #include "support/support.hpp"
 #include "zandor/sign_file.hpp"
 
@@ -20,9 +21,11 @@ struct Engine {
   const char* folder;
   const char* job;  // names of the jobs begin so
   int natom, jobs;
-  const char* version;
+  const char *version, *sign_by;
   // The engine's own numerical frequencies, cm-1, of the highest modes.
   std::vector<double> frequencies;
+  void (*read)(const std::string&, const collect::Request&, collect::JobOutput&);
+  const char* last_line;
 };
 
 const Engine nwchem = {"nwchem-formaldehyde",
@@ -30,9 +33,19 @@ const Engine nwchem = {"nwchem-formaldehyde",
                        4,
                        25,
                        "NWChem 7.0.2, state 1",
-                       {563.16, 993.88, 1438.86, 1662.66, 3206.12, 3296.93}};
-const Engine openmolcas = {"openmolcas-hno",           "hno-", 3, 19, "OpenMolcas 22.10, state 2",
-                           {1196.92, 1398.80, 3593.98}};
+                       "quadrupole",
+                       {563.16, 993.88, 1438.86, 1662.66, 3206.12, 3296.93},
+                       collect::read_nwchem,
+                       " Total times"};
+const Engine openmolcas = {"openmolcas-hno",
+                           "hno-",
+                           3,
+                           19,
+                           "OpenMolcas 22.10, state 2",
+                           "transition density",
+                           {1196.92, 1398.80, 3593.98},
+                           collect::read_openmolcas,
+                           "Happy landing"};
 
 void replace_all(std::string& text, const std::string& from, const std::string& to) {
   ASSERT_NE(text.find(from), text.npos) << from;
@@ -61,9 +74,11 @@ class Collect : public testing::Test {
     }
   }
   void unpack(const Engine& engine) {
-    const std::string pack =
-        std::string(PROJECT_FOLDER) + "/tests/collect/data/" + engine.folder + ".tar.xz";
-    ASSERT_EQ(support::run({"tar", "-xJf", pack, "--strip-components=1"}).status, 0);
+    for (const std::string folder : {engine.folder, "not-whole"}) {
+      const std::string pack =
+          std::string(PROJECT_FOLDER) + "/tests/collect/data/" + folder + ".tar.xz";
+      ASSERT_EQ(support::run({"tar", "-xJf", pack, "--strip-components=1"}).status, 0);
+    }
   }
   support::Outcome run(std::vector<std::string> options = {}) {
     options.insert(options.begin(), {ZANDOR_COLLECT, "control.inp"});
@@ -107,6 +122,10 @@ TEST_F(Collect, takes_real_outputs_whole) {
     for (std::size_t k = 0; k < engine.frequencies.size(); ++k) {
       EXPECT_NEAR(found[found.size() - engine.frequencies.size() + k], engine.frequencies[k], 1.0);
     }
+    const auto document = nlohmann::json::parse(run({"--json"}).out);
+    for (const auto& job : document["jobs"]) {
+      EXPECT_EQ(job["sign_by"], job["job"] == 0 ? "reference" : engine.sign_by) << job;
+    }
     // The sign of the dipole is that of the reference in every job.
     const SignFile reference = sign_file(engine.job + std::string("ref"), engine.natom);
     for (const char* name : {"01mx", "01py", "02mz", "03pz"}) {
@@ -137,6 +156,11 @@ void drop_line_with(std::string& text, const std::string& word) {
   text.erase(begin, text.find('\n', at) + 1 - begin);
 }
 
+// The output of a calculation that went so, or of another one.
+std::function<void(std::string&)> is_file(const std::string& name) {
+  return [name](std::string& text) { text = read_file(name); };
+}
+
 void expect_faults(const Engine& engine, const std::string& job, const std::vector<Fault>& faults,
                    const std::function<support::Outcome()>& run) {
   const std::string file = "coord-" + job + ".out";
@@ -154,11 +178,11 @@ void expect_faults(const Engine& engine, const std::string& job, const std::vect
     EXPECT_FALSE(fs::exists("coord-" + job + ".sgn"));
     EXPECT_NE(outcome.out.find(std::to_string(engine.jobs - 1) + " taken"), std::string::npos);
   }
-  // Cut anywhere, it is not taken.
-  for (std::size_t part = 1; part <= 12; ++part) {
-    write_file(file, good.substr(0, good.size() * part / 13));
-    EXPECT_EQ(run().status, 1) << part;
-    EXPECT_FALSE(fs::exists("coord-" + job + ".sgn")) << part;
+  // Cut behind any block, it is not taken.
+  for (std::size_t at = 0; (at = good.find("\n\n", at + 1)) < good.find(engine.last_line);) {
+    write_file(file, good.substr(0, at + 1));
+    collect::JobOutput output;
+    EXPECT_TRUE(support::stops(2, "", [&] { engine.read(file, {engine.natom, 0}, output); })) << at;
   }
 }
 
@@ -177,32 +201,24 @@ TEST_F(Collect, refuses_what_is_not_whole_from_nwchem) {
        {"gradient that overflowed",
         [&](auto& t) { edit_gradient_row(t, "   4 H 0. 0. 0. ********** 0. 0.\n"); },
         "(finite number), found '**********'"},
-       {"orbitals not converged",
-        [](auto& t) {
-          replace_all(t, "         Total DFT energy",
-                      "      Calculation failed to converge\n         Total DFT energy");
-        },
+       {"orbitals not converged", is_file("nwchem-orbitals.out"),
         "found 'Calculation failed to converge'"},
-       {"roots not converged", [](auto& t) { drop_line_with(t, "Convergence criterion met"); },
+       {"roots not converged", is_file("nwchem-roots.out"),
+        "found 'tddft_davidson: exceeded maxiter"},
+       {"roots that say nothing", [](auto& t) { drop_line_with(t, "Convergence criterion met"); },
         "no line holds 'Convergence criterion met'"},
-       {"ground state's gradient",
+       {"ground state's gradient", is_file("nwchem-ground.out"), "no line holds 'Root N'"},
+       {"no gradient of a state",
         [](auto& t) { replace_all(t, " TDDFT ENERGY GRADIENTS", " DFT ENERGY GRADIENTS"); },
         "no line holds 'TDDFT ENERGY GRADIENTS'"},
-       {"another root",
-        [](auto& t) {
-          replace_all(t, "                         Root   1\n",
-                      "                         Root   2\n");
-        },
+       {"another root", is_file("nwchem-root2.out"),
         "expected state 1 as in the other jobs, found state 2"},
        {"no transition moments",
         [](auto& t) { replace_all(t, "Transition Moments    X", "Transition moments    X"); },
         "no line holds 'Transition Moments    X' below 'Root 1'"},
-       {"another molecule",
-        [](auto& t) {
-          replace_all(t, "    2 O                    8.0000", "    2 S                   16.0000");
-        },
+       {"another molecule", is_file("nwchem-sulphur.out"),
         "expected atomic number 8 for atom 2 as in files.out, found 16"},
-       {"another job's output", [](auto& t) { t = read_file("coord-ch2o-02mx.out"); },
+       {"another job's output", is_file("coord-ch2o-02mx.out"),
         "Angstrom away: it is that of job ch2o-02mx"},
        {"digits of another gradient",
         [](auto& t) {
@@ -227,14 +243,10 @@ TEST_F(Collect, refuses_what_is_not_whole_from_openmolcas) {
        {"gradient after two atoms",
         [](auto& t) { drop_line_with(t.erase(0, 0), "  O3                "); },
         "expected a gradient for 3 atoms, found 2"},
-       {"not converged",
-        [](auto& t) { replace_all(t, "      Convergence after", "      No convergence after"); },
-        "found 'No convergence after"},
-       {"another root",
-        [](auto& t) {
-          replace_all(t, "calculated for state no.   2", "calculated for state no.   1");
-        },
-        "found state 1"},
+       {"not converged", is_file("openmolcas-iterations.out"), "found 'No convergence after"},
+       {"another root", is_file("openmolcas-root1.out"), "found state 1"},
+       {"another job's output", is_file("coord-hno-03pz.out"), "it is that of job hno-03pz"},
+       {"another program's output", is_file("nwchem-root2.out"), "found 4"},
        {"no dipole", [](auto& t) { replace_all(t, " PROPERTY: MLTPL  1", " PROPERTY: MLTPL  7"); },
         "no line holds 'PROPERTY: MLTPL  1   COMPONENT:'"},
        {"states of two wave functions",
@@ -244,10 +256,47 @@ TEST_F(Collect, refuses_what_is_not_whole_from_openmolcas) {
         [](auto& t) { replace_all(t, "Molecular gradients", "Molecular couplings"); },
         "no line holds 'Molecular gradients'"}},
       [&] { return run(); });
-  EXPECT_EQ(
-      run({"--root", "1"}).err.find("expected the gradient of state 1, found that of state 2") ==
-          std::string::npos,
-      false);
+  EXPECT_NE(
+      run({"--root", "1"}).err.find("expected the gradient of state 1, found that of state 2"),
+      std::string::npos);
+}
+
+// Turns the signs of the numbers behind a line, in their fields of 19 columns.
+void turn_numbers_behind(std::string& text, const std::string& line,
+                         const std::function<bool(std::size_t)>& turns) {
+  ASSERT_NE(text.find(line), text.npos) << line;
+  for (std::size_t at = 0; (at = text.find(line, at)) != text.npos;) {
+    at = text.find('\n', at) + 1;
+    for (std::size_t number = 0, field = at;
+         text.compare(field, 2, " #") != 0 && text[field] >= ' ';) {
+      if (turns(number++)) text[field] = text[field] == '-' ? ' ' : '-';
+      field += 19;
+      if (text[field] == '\n') ++field;
+    }
+  }
+}
+
+TEST_F(Collect, takes_signs_from_densities_whatever_those_of_orbitals) {
+  unpack(openmolcas);
+  const std::string file = "coord-hno-01py.out",
+                    orbital = " #  Symm                     1    Orbital                     8";
+  std::string text = read_file(file);
+  // The middle one of three active orbitals, hence the middle row and column of their density.
+  turn_numbers_behind(text, orbital, [](std::size_t) { return true; });
+  turn_numbers_behind(text, " #  Symmetries", [](std::size_t i) { return i % 2 == 1; });
+  write_file(file, text);
+  EXPECT_EQ(run().out.find("turned"), std::string::npos);
+  turn_numbers_behind(text, " #  Symmetries", [](std::size_t) { return true; });
+  write_file(file, text);
+  EXPECT_NE(run().out.find("sign of the dipole turned: coord-hno-01py.sgn\n"), std::string::npos);
+  // What tells where that is not printed.
+  for (const auto& [line, sign_by] : {std::pair{"Nr of irreps:", "quadrupole"},
+                                      std::pair{"PROPERTY: MLTPL  2", "magnetic dipole"},
+                                      std::pair{"PROPERTY: ANGMOM", "leading coefficient"}}) {
+    replace_all(text, line, "gone");
+    write_file(file, text);
+    EXPECT_EQ(nlohmann::json::parse(run({"--json"}).out)["jobs"][4]["sign_by"], sign_by);
+  }
 }
 
 TEST_F(Collect, takes_printed_digits_where_there_are_no_others_and_says_so) {
@@ -286,9 +335,12 @@ TEST_F(Collect, replaces_older_sign_files_only_and_names_what_is_missing) {
   fs::rename("coord-hno-01py.out", "coord-hno-01py/any.out");
   const support::Outcome outcome = run();
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err,
-            "zandor_collect: coord-hno-01px: expected an output with the suffix .log, .out, .fchk, "
-            ".json, found none\n");
+  EXPECT_EQ(
+      outcome.err,
+      "zandor_collect: coord-hno-01px: expected an output with the suffix .log, .out, .fchk, "
+      ".json, found none\n"
+      "zandor_collect: warning: coord-hno-01mx.sgn hold something else than the outputs give, "
+      "and stay as they are, being newer: remove them to have them written\n");
   EXPECT_NE(outcome.out.find("17 taken"), std::string::npos) << outcome.out;
   EXPECT_NE(
       outcome.out.find("1 with a sign file but no output, 1 missing, 0 bad\n1 sign file written\n"),
@@ -306,6 +358,14 @@ TEST_F(Collect, replaces_older_sign_files_only_and_names_what_is_missing) {
   EXPECT_NE(reference.find("1     2.014101778"), std::string::npos) << reference;
   EXPECT_NE(reference.find("7    14.003074000"), std::string::npos) << reference;
   EXPECT_NE(reference.find("8    17.999160000"), std::string::npos) << reference;
+
+  fs::remove("coord-hno-ref.com");
+  fs::remove("coord-hno-ref.out");
+  const support::Outcome nothing = run();
+  EXPECT_EQ(nothing.status, 2);
+  EXPECT_EQ(nothing.err,
+            "zandor_collect: coord-hno-ref.com: expected the geometry of the reference here or in "
+            "an output of job hno-ref, found neither\n");
 }
 
 }  // namespace

@@ -55,6 +55,7 @@ View view_of(std::size_t job) {
 }
 // What turns with the wave function, in the axes of the list.
 const Eigen::Vector3d velocity(0.3, -0.2, 0.5);
+const Eigen::Matrix3d quadrupole = velocity * velocity.transpose();
 
 std::string row(const char* format, const Eigen::Vector3d& v) {
   char text[200];
@@ -75,6 +76,7 @@ std::string as_json(const Job& job, const View& view) {
   const Eigen::Matrix3Xd places = ((view.turn * job.places).colwise() + view.shift) / bohr;
   const Eigen::Matrix3Xd gradient =
       -view.turn * job.forces * (flib::electronvolts_per_hartree / bohr);
+  const Eigen::Matrix3d q = view.sign * view.turn * quadrupole * view.turn.transpose();
   const nlohmann::json document = {
       {"format", "zandor-job"},
       {"finished", true},
@@ -85,7 +87,7 @@ std::string as_json(const Job& job, const View& view) {
       {"geometry", rows(places)},
       {"gradient", rows(gradient)},
       {"transition_dipole", list(view.turn * job.dipole * (view.sign * flib::debye_per_au))},
-      {"transition_velocity", list(view.sign * view.turn * velocity)}};
+      {"transition_quadrupole", {q(0, 0), q(0, 1), q(0, 2), q(1, 1), q(1, 2), q(2, 2)}}};
   return document.dump();
 }
 
@@ -167,9 +169,11 @@ struct Format {
   const char* suffix;
   std::string (*write)(const Job&, const View&);
   double force_within;
+  const char* sign_by;
 };
-const Format formats[] = {
-    {".json", as_json, 6e-11}, {".fchk", as_fchk, 1e-9}, {".log", as_gaussian_log, 6e-10}};
+const Format formats[] = {{".json", as_json, 6e-11, "quadrupole"},
+                          {".fchk", as_fchk, 1e-9, "velocity dipole"},
+                          {".log", as_gaussian_log, 6e-10, "velocity dipole"}};
 
 class Readers : public testing::Test {
  protected:
@@ -184,8 +188,8 @@ class Readers : public testing::Test {
                           format.write(jobs_[i], view_of(i)));
     }
   }
-  static support::Outcome run(const char* suffix) {
-    return support::run({ZANDOR_COLLECT, "control.inp", "--suffix", suffix});
+  static support::Outcome run(const char* suffix, const char* option = "--suffix=.none") {
+    return support::run({ZANDOR_COLLECT, "control.inp", "--suffix", suffix, option});
   }
   support::TempFolder folder_;
   std::vector<Job> jobs_ = example_jobs();
@@ -201,6 +205,8 @@ TEST_F(Readers, turn_axes_and_signs_back_and_convert_units) {
     EXPECT_NE(outcome.out.find("axes turned back: coord-ch2o-s1-01mx.sgn"), std::string::npos);
     EXPECT_NE(outcome.out.find("sign of the dipole turned: coord-ch2o-s1-01mx.sgn, "),
               std::string::npos);
+    const auto document = nlohmann::json::parse(run(format.suffix, "--json").out);
+    EXPECT_EQ(document["jobs"][7]["sign_by"], format.sign_by);
     for (const Job& expected : jobs_) {
       Job found;
       zandor::read_sign_file(prefix + expected.name + ".sgn", 1, natom, found.dipole.data(),
@@ -219,7 +225,7 @@ TEST_F(Readers, leave_to_all_dipoles_the_signs_that_nothing_else_tells) {
     const double sign = job.name == "03px" ? -1.0 : 1.0;
     const std::string file = prefix + job.name + ".json";
     support::write_file(file, as_json(job, {Eigen::Matrix3d::Identity(), {0, 0, 0}, sign}));
-    support::edit_file(file, "transition_velocity", "of no use");
+    support::edit_file(file, "transition_quadrupole", "of no use");
   }
   fs::rename(prefix + "04pz.json", "away");
   const support::Outcome incomplete = run(".json");
@@ -324,7 +330,8 @@ TEST(SignMarks, tell_where_a_step_cannot_turn_them) {
   } rows[] = {{Kind::vector, 0.2, 0.19, 1},       {Kind::vector, 0.2, -0.21, -1},
               {Kind::vector, 0.09, -0.09, 0},     {Kind::vector, 0.2, 0.05, 0},
               {Kind::tensor, 0.2, -0.2, -1},      {Kind::coefficient, 0.9, -0.88, -1},
-              {Kind::coefficient, 0.25, 0.25, 0}, {Kind::coefficient, 0.9, 0.3, 0}};
+              {Kind::coefficient, 0.25, 0.25, 0}, {Kind::coefficient, 0.9, 0.3, 0},
+              {Kind::density, 1.0, -0.6, -1}};
   for (const auto& row : rows) {
     collect::JobOutput job, reference;
     job.leading = reference.leading = collect::LeadingElement{8, 9, 1.0};

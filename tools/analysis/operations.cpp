@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace analysis {
 
@@ -32,18 +33,26 @@ double off_orthogonal(const Eigen::Matrix3d& op) {
 
 std::vector<int> images(const Eigen::Matrix3Xd& x, const std::vector<int>& labels,
                         const Eigen::Matrix3d& op, double tolerance) {
+  const Eigen::Index n = x.cols();
+  std::vector<Eigen::Index> by_x(static_cast<std::size_t>(n));
+  std::iota(by_x.begin(), by_x.end(), 0);
+  std::sort(by_x.begin(), by_x.end(),
+            [&](Eigen::Index a, Eigen::Index b) { return x(0, a) < x(0, b); });
   std::vector<int> atoms;
   std::vector<char> taken(labels.size(), 0);
-  for (Eigen::Index a = 0; a < x.cols(); ++a) {
+  for (Eigen::Index a = 0; a < n; ++a) {
     const Eigen::Vector3d place = op.transpose() * x.col(a);
+    const auto first =
+        std::lower_bound(by_x.begin(), by_x.end(), place.x() - tolerance,
+                         [&](Eigen::Index b, double least) { return x(0, b) < least; });
     Eigen::Index nearest = -1;
     double best = tolerance * tolerance;
-    for (Eigen::Index b = 0; b < x.cols(); ++b) {
-      if (labels[static_cast<std::size_t>(b)] != labels[static_cast<std::size_t>(a)]) continue;
-      const double distance = (x.col(b) - place).squaredNorm();
+    for (auto b = first; b != by_x.end() && x(0, *b) <= place.x() + tolerance; ++b) {
+      if (labels[static_cast<std::size_t>(*b)] != labels[static_cast<std::size_t>(a)]) continue;
+      const double distance = (x.col(*b) - place).squaredNorm();
       if (distance > best) continue;
       best = distance;
-      nearest = b;
+      nearest = *b;
     }
     if (nearest < 0 || taken[static_cast<std::size_t>(nearest)] != 0) return {};
     taken[static_cast<std::size_t>(nearest)] = 1;

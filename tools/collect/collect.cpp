@@ -77,7 +77,7 @@ void fill_masses(const std::vector<analysis::MassChange>& changes, Collection& a
 }
 
 // Reads an output as it stands.
-void read_job(const Choices& choices, int root, const zandor::RunData& run, CollectedJob& job) {
+void read_job(const Choices& choices, const zandor::RunData& run, CollectedJob& job) {
   job.state = State::bad;
   job.fault = io::collect([&] {
     const FoundOutput found = find_output(job.name, choices.suffixes);
@@ -91,7 +91,7 @@ void read_job(const Choices& choices, int root, const zandor::RunData& run, Coll
     if (found.reader == nullptr) {
       io::fatal_stop({found.file}, "expected an output of a known kind, found none of its marks");
     }
-    found.reader->read(found.file, {run.natom, root}, job.output);
+    found.reader->read(found.file, {run.natom, choices.root}, job.output);
     const JobOutput& output = job.output;
     const bool sound = output.places.allFinite() && output.dipole.allFinite() &&
                        output.forces.cwiseAbs().maxCoeff() < largest_force;
@@ -163,26 +163,35 @@ Collection collect_outputs(const Choices& choices) {
   Collection all;
   load_job_list(choices, all);
   fill_masses(choices.masses, all);
-  for (CollectedJob& job : all.jobs) read_job(choices, choices.root, all.run, job);
-  find_places(all);
   const std::vector<int> numbers = element_numbers(all.run);
   int root = choices.root;
   for (CollectedJob& job : all.jobs) {
+    read_job(choices, all.run, job);
+    if (job.job == 0) find_places(all);
     if (job.state != State::bad || job.fault) continue;
     check_job(numbers, root, all, job);
-    if (job.state == State::taken) root = job.output.root;
+    if (job.state != State::taken) continue;
+    root = job.output.root;
+    take_sign_from_marks(all, job);
+    if (job.job != 0) job.output.marks.clear();  // densities of all jobs may be many
   }
-  take_signs_from_marks(all);
   return all;
 }
 
 namespace {
 
-std::string content_of(const std::string& file) {
+// Whether a sign file holds this text, wherever its output may have lain.
+bool holds(const std::string& file, const std::string& text) {
   OutputLines lines(file);
-  std::string text;
-  while (lines.next()) text.append(lines.text()).append("\n");
-  return text;
+  std::size_t at = 0;
+  while (lines.next()) {
+    const std::size_t end = text.find('\n', at);
+    if (end == text.npos) return false;
+    const std::string_view line = std::string_view(text).substr(at, end - at);
+    if (line != lines.text() && !lines.begins_with(source_mark)) return false;
+    at = end + 1;
+  }
+  return at == text.size();
 }
 
 void write_file(const std::string& file, const std::string& text) {
@@ -206,11 +215,11 @@ void write_sign_file(const Collection& all, CollectedJob& job) {
       job.output.leading->value * all.jobs.front().output.leading->value * job.sign.sign > 0.0;
   const std::string text = sign_file_text(all.run, data);
   if (is_there(file) && !is_newer(job.file, file)) {
-    const std::string old = content_of(file);
     data.turned = !data.turned;
-    const bool other_sign = old == sign_file_text(all.run, data);
+    const bool other_sign = holds(file, sign_file_text(all.run, data));
     // A sign that no mark tells may have been settled before: it stays until all jobs tell.
     if (other_sign && job.sign.sign == 0) job.turned = data.turned;
+    job.differs = !other_sign && !holds(file, text);
     if (!other_sign || job.sign.sign == 0) return;
   }
   write_file(file, text);

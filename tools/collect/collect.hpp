@@ -39,6 +39,7 @@ struct CollectedJob {
   SignDecision sign;   // against the reference
   bool turned = false;
   bool written = false;
+  bool differs = false;  // the sign file, newer than the output, holds something else
 };
 
 struct Collection {

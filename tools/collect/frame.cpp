@@ -49,11 +49,11 @@ bool stand_on_one_line(const Eigen::Matrix3Xd& places) {
 
 void turn_mark(const Eigen::Matrix3d& turn, SignMark& mark) {
   std::vector<double>& v = mark.values;
-  if (mark.kind == SignMark::Kind::vector) {
-    for (std::size_t i = 0; i + 3 <= v.size(); i += 3) {
-      Eigen::Map<Eigen::Vector3d> vector(v.data() + i);
-      vector = (turn * vector).eval();
-    }
+  if (mark.kind == SignMark::Kind::density) {
+    v.clear();  // its functions point elsewhere
+  } else if (mark.kind == SignMark::Kind::vector) {
+    Eigen::Map<Eigen::Vector3d> vector(v.data());
+    vector = (turn * vector).eval();
   } else if (mark.kind == SignMark::Kind::tensor) {
     Eigen::Matrix3d tensor;
     tensor << v[0], v[1], v[2], v[1], v[3], v[4], v[2], v[4], v[5];
@@ -94,7 +94,9 @@ Match bring_into_axes(const std::string& file, const std::vector<int>& numbers,
   output.places = (of_forces.matrix * centred(output.places)).colwise() + expected.rowwise().mean();
   output.forces = of_forces.matrix * output.forces;
   output.dipole = of_dipole.matrix * output.dipole;
-  for (SignMark& mark : output.marks) turn_mark(of_dipole.matrix, mark);
+  if (of_dipole.needed) {
+    for (SignMark& mark : output.marks) turn_mark(of_dipole.matrix, mark);
+  }
   return of_dipole.needed ? of_dipole.match : of_forces.match;
 }
 

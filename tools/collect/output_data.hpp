@@ -12,7 +12,8 @@ namespace collect {
 // transition dipole does.
 struct SignMark {
   enum class Kind {
-    vector,       // x y z of one or more vectors
+    density,      // over basis functions, which have to stand in the axes of the reference's
+    vector,       // x y z
     tensor,       // xx xy xz yy yz zz
     coefficient,  // depends on the signs of orbitals, too, which are the program's choice
   };

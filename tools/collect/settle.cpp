@@ -39,15 +39,12 @@ void apply(const analysis::PreparedDipoles& dipoles, Collection& all) {
 
 }  // namespace
 
-void take_signs_from_marks(Collection& all) {
+void take_sign_from_marks(const Collection& all, CollectedJob& job) {
   const CollectedJob& reference = all.jobs.front();
   if (reference.state != State::taken) return;
-  for (CollectedJob& job : all.jobs) {
-    if (job.state != State::taken) continue;
-    job.sign = job.job == 0 ? SignDecision{1, "reference"}
-                            : compare_marks(job.output, reference.output, all.run.dx);
-    job.turned = job.sign.sign < 0;
-  }
+  job.sign = job.job == 0 ? SignDecision{1, "reference"}
+                          : compare_marks(job.output, reference.output, all.run.dx);
+  job.turned = job.sign.sign < 0;
 }
 
 void settle_other_signs(const Choices& choices, Collection& all) {

@@ -5,8 +5,8 @@
 
 namespace collect {
 
-// Sets `sign` and `turned` of the jobs that were taken by the marks of the outputs.
-void take_signs_from_marks(Collection& all);
+// Sets `sign` and `turned` of a job that was taken by the marks of its output and the reference's.
+void take_sign_from_marks(const Collection& all, CollectedJob& job);
 
 // Settles the signs of those where no mark tells, by the rules that the dipoles of all jobs have to
 // keep (analysis::prepare_dipoles): reads the sign files, which have been written as read, and sets

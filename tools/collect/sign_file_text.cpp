@@ -69,7 +69,7 @@ std::string sign_file_text(const zandor::RunData& run, const SignFileData& data)
   Fields out;
   // The run looks for the keywords first: nothing before them may hold one by chance.
   add_header(run.natom, data, out);
-  out.words("\n written by zandor_collect from ").words(io::printable(data.source));
+  out.words("\n").words(source_mark).words(io::printable(data.source));
   out.words(" (").words(io::printable(output.program)).words(", state ").integer(output.root, 1);
   out.words(")\n");
   if (output.energy)

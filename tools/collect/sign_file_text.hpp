@@ -8,6 +8,9 @@
 
 namespace collect {
 
+// Begins the line that names the output.
+inline constexpr const char* source_mark = " written by zandor_collect from ";
+
 // The sign file of a job, with symbols, numbers and masses of the run. `turned`: dipole and leading
 // element are multiplied by -1; `turned_axes`: the output's axes were others, which leaves the
 // dipole no digits but the printed ones.

@@ -11,7 +11,8 @@ namespace {
 // A mark has to be ten times what a step changes.
 constexpr double largest_slope = 1.0;
 constexpr double safety = 10.0;
-// Coefficients are normalised to 1 or so; the leading one of a state is not below this.
+// Coefficients and densities are normalised to 1 or so; the leading one of a state is not below
+// this.
 constexpr double least_coefficient = 0.3;
 // A mark that has changed by more than this part of it tells of another state.
 constexpr double most_changed = 0.5;
@@ -32,9 +33,8 @@ std::vector<double> sum_of(const std::vector<double>& a, const std::vector<doubl
 int sign_between(const SignMark& mark, const SignMark& reference, double step) {
   if (mark.values.size() != reference.values.size()) return 0;
   const double length = length_of(reference.values);
-  const double least = mark.kind == SignMark::Kind::coefficient
-                           ? least_coefficient
-                           : safety * largest_slope * std::fabs(step);
+  const bool is_moment = mark.kind == SignMark::Kind::vector || mark.kind == SignMark::Kind::tensor;
+  const double least = is_moment ? safety * largest_slope * std::fabs(step) : least_coefficient;
   if (!(length >= least)) return 0;
   for (const int sign : {1, -1}) {
     const double change = length_of(sum_of(mark.values, reference.values, -sign));

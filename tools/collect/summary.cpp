@@ -123,6 +123,10 @@ std::vector<int> jobs_with_few_decimals(const Collection& all) {
   });
 }
 
+std::vector<int> jobs_with_other_files(const Collection& all) {
+  return jobs_that(all, [](const CollectedJob& job) { return job.differs; });
+}
+
 std::string json_text(const Collection& all) {
   nlohmann::ordered_json document;
   document["program"] = std::string(io::program_name) + " " ZANDOR_VERSION;

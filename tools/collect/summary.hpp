@@ -19,6 +19,9 @@ std::string json_text(const Collection& all);
 // The jobs whose output gives forces with less than eight decimals.
 std::vector<int> jobs_with_few_decimals(const Collection& all);
 
+// The jobs whose sign file holds something else than the output would give, but is newer.
+std::vector<int> jobs_with_other_files(const Collection& all);
+
 // Whether every computed job has its sign file, with a sign that is settled.
 bool is_complete(const Collection& all);
 

@@ -68,6 +68,12 @@ void report_faults(const Choices& choices, const Collection& all) {
     io::warn({}, "the forces of " + analysis::job_names(all.run, coarse) +
                      " have few decimals: six of them move frequencies by up to 1 cm-1");
   }
+  const std::vector<int> other = jobs_with_other_files(all);
+  if (!other.empty()) {
+    io::warn({}, analysis::job_names(all.run, other) +
+                     " hold something else than the outputs give, and stay as they are, being "
+                     "newer: remove them to have them written");
+  }
   if (all.unsettled_jobs.empty()) return;
   io::report({}, "cannot settle the sign of the dipole of " +
                      analysis::job_names(all.run, all.unsettled_jobs) + ": " + all.unsettled);

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <map>
 #include <numbers>
+#include <set>
+#include <utility>
 
 #include "analysis/best_turn.hpp"
 #include "analysis/operations.hpp"
@@ -189,17 +191,29 @@ Group all_operations(const Shape& shape, double tolerance) {
   return group;
 }
 
+using Permutation = std::pair<bool, std::vector<int>>;  // whether proper, and the images
+
+Permutation product(const Permutation& g, const Permutation& h) {
+  Permutation result = {g.first == h.first, g.second};
+  for (int& atom : result.second) atom = h.second[static_cast<std::size_t>(atom) - 1];
+  return result;
+}
+
 bool is_group(const Group& group) {
-  return std::all_of(group.begin(), group.end(), [&](const Operation& g) {
-    return std::all_of(group.begin(), group.end(), [&](const Operation& h) {
-      std::vector<int> images;
-      for (const int b : g.images) images.push_back(h.images[static_cast<std::size_t>(b) - 1]);
-      const double determinant = g.matrix.determinant() * h.matrix.determinant();
-      return std::any_of(group.begin(), group.end(), [&](const Operation& product) {
-        return product.images == images && product.matrix.determinant() * determinant > 0.0;
-      });
-    });
-  });
+  std::set<Permutation> all, made;
+  for (const auto& [op, images] : group) all.insert({op.determinant() > 0.0, images});
+  made.insert({true, group.front().images});
+  for (const Permutation& h : all) {
+    // What is closed under some is closed under what these make.
+    if (made.count(h) > 0) continue;
+    const auto stays = [&](const Permutation& g) { return all.count(product(g, h)) > 0; };
+    if (!std::all_of(all.begin(), all.end(), stays)) return false;
+    for (const Permutation& before : std::vector(made.begin(), made.end())) {
+      Permutation next = product(before, h);
+      while (made.insert(next).second) next = product(next, h);
+    }
+  }
+  return true;
 }
 
 }  // namespace

@@ -55,8 +55,7 @@ void read_fchk(const std::string& file, const Request& request, JobOutput& outpu
   const auto& scalars = arrays["ETran scalars"];
   const auto& states = arrays["ETran state values"];
   const auto atoms = [&](const char* name, std::size_t each) {
-    need_atoms(file, request, static_cast<long long>(arrays[name].size() / each),
-               "'" + std::string(name) + "'");
+    need_atoms(file, request, arrays[name].size() / each, "'" + std::string(name) + "'");
   };
   atoms("Atomic numbers", 1);
   atoms("Current cartesian coordinates", 3);
@@ -81,14 +80,14 @@ void read_fchk(const std::string& file, const Request& request, JobOutput& outpu
   }
   output.places = flib::angstrom_per_bohr * by_atom(arrays["Current cartesian coordinates"]);
   output.forces = -by_atom(arrays["Cartesian Gradient"]);
-  output.dipole = Eigen::Vector3d(state[1], state[2], state[3]);
   output.force_decimals = output.dipole_decimals = 9;
-  output.energy = state[0];
   // Dipole in the velocity form and magnetic dipole: zeros where a writer has none.
-  output.marks.push_back(
-      {"velocity dipole", SignMark::Kind::vector, {state[4], state[5], state[6]}});
-  output.marks.push_back(
-      {"magnetic dipole", SignMark::Kind::vector, {state[7], state[8], state[9]}});
+  Transition transition;
+  transition.energy = state[0];
+  transition.dipole.assign(state + 1, state + 4);
+  transition.velocity.assign(state + 4, state + 7);
+  transition.magnetic.assign(state + 7, state + 10);
+  fill_transition(transition, output);
 }
 
 }  // namespace collect

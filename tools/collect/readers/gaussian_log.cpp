@@ -17,24 +17,10 @@ class GaussianLog {
  public:
   GaussianLog(const std::string& file, const Request& request) : file_(file), request_(request) {}
 
-  void read(JobOutput& output) {
-    OutputLines lines(file_);
-    while (lines.next()) {
-      if (lines.word_count() > 0) take(lines);
-    }
-    check();
-    fill(output);
-  }
-
- private:
-  using Moments = std::map<int, std::vector<double>>;  // x y z by state
+  static constexpr const char* first_line = "Entering Gaussian System";
 
   void take(OutputLines& lines) {
-    if (lines.holds("Entering Gaussian System")) {
-      const std::string file = file_;
-      const Request request = request_;
-      *this = GaussianLog(file, request);
-    } else if (lines.begins_with(" Gaussian ") && lines.word(2).ends_with(':')) {
+    if (lines.begins_with(" Gaussian ") && lines.word(2).ends_with(':')) {
       program_ = "Gaussian " + std::string(lines.word(2).substr(0, lines.word(2).size() - 1));
     } else if (lines.holds("Input orientation:") || lines.holds("Z-Matrix orientation:")) {
       take_geometry(lines, input_);
@@ -49,11 +35,11 @@ class GaussianLog {
     } else if (lines.word(2) == "->") {
       take_coefficient(lines);
     } else if (lines.holds("Ground to excited state transition electric dipole moments")) {
-      take_moments(lines, electric_);
+      take_moments(lines, &Transition::dipole);
     } else if (lines.holds("Ground to excited state transition velocity dipole moments")) {
-      take_moments(lines, velocity_);
+      take_moments(lines, &Transition::velocity);
     } else if (lines.holds("Ground to excited state transition magnetic dipole moments")) {
-      take_moments(lines, magnetic_);
+      take_moments(lines, &Transition::magnetic);
     } else if (lines.holds("Forces (Hartrees/Bohr)")) {
       take_forces(lines);
     } else if (lines.holds("Axes restored to original set")) {
@@ -63,6 +49,40 @@ class GaussianLog {
     }
   }
 
+  void check() const {
+    need(ended_, file_, "'Normal termination of Gaussian': the calculation did not end well");
+    need(!forces_.empty(), file_, "'" + std::string(zandor::forces_header) + "'");
+    need(root_ > 0, file_, "'This state for optimization'");
+    need_root(file_, request_, root_);
+    const auto state = states_.find(root_);
+    need(state != states_.end() && !state->second.dipole.empty(), file_,
+         "'" + std::string(zandor::dipole_header) + "' with state " + std::to_string(root_));
+    need_atoms(file_, request_, forces_.size(), "forces");
+    need(!input_.empty() || !standard_.empty(), file_, "'Input orientation:'");
+    if (restored_ && input_.empty()) {
+      io::fatal_stop({file_},
+                     "expected 'Input orientation:' with the axes of the forces, found "
+                     "'Standard orientation:' only (run it with nosymm)");
+    }
+    for (const Rows* places : {&input_, &standard_}) {
+      if (!places->empty()) need_atoms(file_, request_, places->size(), "an orientation");
+    }
+  }
+
+  void fill(JobOutput& output) {
+    output.program = program_.empty() ? "Gaussian" : program_;
+    output.numbers = numbers_;
+    output.root = root_;
+    output.places = (input_.empty() ? standard_ : input_).matrix();
+    if (!standard_.empty()) output.places_of_dipole = standard_.matrix();
+    output.forces = forces_.matrix();
+    output.force_decimals = force_decimals_;
+    output.dipole_decimals = dipole_decimals_;
+    states_[root_].energy = energy_;
+    fill_transition(states_[root_], output);
+  }
+
+ private:
   void take_geometry(OutputLines& lines, Rows& places) {
     places.clear();
     numbers_.clear();
@@ -77,9 +97,11 @@ class GaussianLog {
   void take_state(const OutputLines& lines) {
     state_ =
         lines.integer(lines.word(3).substr(0, lines.word(3).find(':')), "the number of a state");
-    leading_[state_] = {};
+    states_[state_].leading = {};
     const std::string_view strength = lines.behind("f=");
-    if (!strength.empty()) strengths_[state_] = lines.number(strength, "an oscillator strength");
+    if (!strength.empty()) {
+      states_[state_].oscillator_strength = lines.number(strength, "an oscillator strength");
+    }
   }
 
   // "8 -> 9   0.70710", below the line of its state; 8A -> 9A in an open shell.
@@ -88,21 +110,20 @@ class GaussianLog {
       const std::string_view word = lines.word(place);
       return lines.integer(word.substr(0, word.find_first_not_of("0123456789")), "an orbital");
     };
+    LeadingElement& leading = states_[state_].leading;
     const double value = lines.number(lines.word_count(), "a coefficient");
-    if (std::fabs(value) > std::fabs(leading_[state_].value)) {
-      leading_[state_] = {orbital(1), orbital(3), value};
-    }
+    if (std::fabs(value) > std::fabs(leading.value)) leading = {orbital(1), orbital(3), value};
   }
 
-  void take_moments(OutputLines& lines, Moments& moments) {
-    moments.clear();
+  void take_moments(OutputLines& lines, std::vector<double> Transition::*kind) {
+    for (auto& [number, state] : states_) (state.*kind).clear();
     lines.need_next("the captions of the transition moments");
     int state = 0;
     while (lines.next() && lines.word_count() >= 4 && io::parse_integer(lines.word(1), state)) {
-      std::vector<double>& moment = moments[state];
+      std::vector<double>& moment = states_[state].*kind;
       moment.clear();
       for (std::size_t k = 2; k <= 4; ++k) moment.push_back(lines.number(k, "a transition moment"));
-      if (&moments == &electric_) dipole_decimals_ = decimals_of(lines.word(2));
+      if (kind == &Transition::dipole) dipole_decimals_ = decimals_of(lines.word(2));
     }
     lines.again();
   }
@@ -116,57 +137,6 @@ class GaussianLog {
     }
   }
 
-  void check() {
-    if (!ended_) {
-      io::fatal_stop(
-          {file_},
-          "no line holds 'Normal termination of Gaussian': the calculation did not end well");
-    }
-    need(!forces_.empty(), file_, "'" + std::string(zandor::forces_header) + "'");
-    need(root_ > 0, file_, "'This state for optimization'");
-    need_root(file_, request_, root_);
-    need(electric_.count(root_) > 0, file_,
-         "'" + std::string(zandor::dipole_header) + "' with state " + std::to_string(root_));
-    need_atoms(file_, request_, static_cast<long long>(forces_.size()), "forces");
-    if (input_.empty() && standard_.empty()) need(false, file_, "'Input orientation:'");
-    if (restored_ && input_.empty()) {
-      io::fatal_stop({file_},
-                     "expected 'Input orientation:' with the axes of the forces, found "
-                     "'Standard orientation:' only (run it with nosymm)");
-    }
-    for (const Rows* places : {&input_, &standard_}) {
-      if (!places->empty()) {
-        need_atoms(file_, request_, static_cast<long long>(places->size()), "an orientation");
-      }
-    }
-  }
-
-  void fill(JobOutput& output) {
-    output.program = program_.empty() ? "Gaussian" : program_;
-    output.numbers = numbers_;
-    output.root = root_;
-    output.energy = energy_;
-    output.places = (input_.empty() ? standard_ : input_).matrix();
-    if (!standard_.empty()) output.places_of_dipole = standard_.matrix();
-    output.forces = forces_.matrix();
-    const std::vector<double>& dipole = electric_[root_];
-    output.dipole = Eigen::Vector3d(dipole[0], dipole[1], dipole[2]);
-    output.force_decimals = force_decimals_;
-    output.dipole_decimals = dipole_decimals_;
-    if (strengths_.count(root_) > 0) output.oscillator_strength = strengths_[root_];
-    if (velocity_.count(root_) > 0) {
-      output.marks.push_back({"velocity dipole", SignMark::Kind::vector, velocity_[root_]});
-    }
-    if (magnetic_.count(root_) > 0) {
-      output.marks.push_back({"magnetic dipole", SignMark::Kind::vector, magnetic_[root_]});
-    }
-    if (leading_[root_].row > 0) {
-      output.leading = leading_[root_];
-      output.marks.push_back(
-          {"leading coefficient", SignMark::Kind::coefficient, {output.leading->value}});
-    }
-  }
-
   std::string file_;
   Request request_;
   std::string program_;
@@ -174,9 +144,7 @@ class GaussianLog {
   Rows input_, standard_, forces_;
   int state_ = 0, root_ = 0;
   std::optional<double> energy_;
-  std::map<int, double> strengths_;
-  std::map<int, LeadingElement> leading_;
-  Moments electric_, velocity_, magnetic_;
+  std::map<int, Transition> states_;
   int force_decimals_ = 0, dipole_decimals_ = 0;
   bool restored_ = false, ended_ = false;
 };
@@ -184,7 +152,7 @@ class GaussianLog {
 }  // namespace
 
 void read_gaussian_log(const std::string& file, const Request& request, JobOutput& output) {
-  GaussianLog(file, request).read(output);
+  read_log<GaussianLog>(file, request, output);
 }
 
 }  // namespace collect

@@ -48,15 +48,7 @@ class JobDocument {
     }
     output.forces = rows(as_gradient ? "gradient" : "forces", atoms) *
                     ((as_gradient ? -1.0 : 1.0) * factor("force", force_units));
-    output.dipole = factor("dipole", dipole_units) *
-                    vector(member("transition_dipole"), "transition_dipole", 3);
-    if (all_.contains("energy")) {
-      output.energy = number(all_["energy"], "energy") * factor("energy", energy_units);
-    }
-    if (all_.contains("oscillator_strength")) {
-      output.oscillator_strength = number(all_["oscillator_strength"], "oscillator_strength");
-    }
-    read_marks(output);
+    read_transition(output);
   }
 
  private:
@@ -87,15 +79,16 @@ class JobDocument {
     }
     return value.get<int>();
   }
-  Eigen::VectorXd vector(const Json& values, const std::string& what, std::size_t size) const {
+  std::vector<double> vector(const Json& values, const std::string& what, std::size_t size) const {
     if (!values.is_array() || values.size() != size) {
       stop("'" + what + "' with " + std::to_string(size) + " numbers", values);
     }
-    Eigen::VectorXd result(static_cast<Eigen::Index>(size));
-    for (std::size_t i = 0; i < size; ++i) {
-      result(static_cast<Eigen::Index>(i)) = number(values[i], what);
-    }
+    std::vector<double> result;
+    for (const Json& value : values) result.push_back(number(value, what));
     return result;
+  }
+  std::vector<double> vector_if_any(const char* key, std::size_t size) const {
+    return all_.contains(key) ? vector(all_[key], key, size) : std::vector<double>();
   }
   Eigen::Matrix3Xd rows(const char* key, std::size_t atoms) const {
     const Json& values = member(key);
@@ -105,7 +98,8 @@ class JobDocument {
     }
     Eigen::Matrix3Xd result(3, static_cast<Eigen::Index>(atoms));
     for (std::size_t a = 0; a < atoms; ++a) {
-      result.col(static_cast<Eigen::Index>(a)) = vector(values[a], key, 3);
+      result.col(static_cast<Eigen::Index>(a)) =
+          Eigen::Map<const Eigen::Vector3d>(vector(values[a], key, 3).data());
     }
     return result;
   }
@@ -123,24 +117,27 @@ class JobDocument {
   }
   void read_symbols(const Request& request, JobOutput& output) const {
     const Json& symbols = member("symbols");
-    need_atoms(file_, request, symbols.is_array() ? static_cast<long long>(symbols.size()) : 0,
-               "'symbols'");
+    need_atoms(file_, request, symbols.is_array() ? symbols.size() : 0, "'symbols'");
     for (const Json& symbol : symbols) {
       const std::string name = symbol.is_string() ? symbol.get<std::string>() : "";
       output.numbers.push_back(analysis::element_number(name));
       if (output.numbers.back() == 0) stop("'symbols' to hold symbols of elements", symbol);
     }
   }
-  void read_marks(JobOutput& output) const {
-    constexpr std::pair<const char*, SignMark::Kind> kinds[] = {
-        {"transition_quadrupole", SignMark::Kind::tensor},
-        {"transition_velocity", SignMark::Kind::vector},
-        {"transition_angular_momentum", SignMark::Kind::vector}};
-    for (const auto& [key, kind] : kinds) {
-      if (!all_.contains(key)) continue;
-      const Eigen::VectorXd values = vector(all_[key], key, kind == SignMark::Kind::tensor ? 6 : 3);
-      output.marks.push_back({key, kind, {values.begin(), values.end()}});
+  void read_transition(JobOutput& output) const {
+    Transition transition;
+    transition.dipole = vector(member("transition_dipole"), "transition_dipole", 3);
+    for (double& value : transition.dipole) value *= factor("dipole", dipole_units);
+    if (all_.contains("energy")) {
+      transition.energy = number(all_["energy"], "energy") * factor("energy", energy_units);
     }
+    if (all_.contains("oscillator_strength")) {
+      transition.oscillator_strength = number(all_["oscillator_strength"], "oscillator_strength");
+    }
+    transition.quadrupole = vector_if_any("transition_quadrupole", 6);
+    transition.velocity = vector_if_any("transition_velocity", 3);
+    transition.magnetic = vector_if_any("transition_angular_momentum", 3);
+    fill_transition(transition, output);
   }
 
   std::string file_;

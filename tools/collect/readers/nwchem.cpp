@@ -12,34 +12,14 @@ namespace collect {
 
 namespace {
 
-// Moments of one transition: x y z, then xx xy xz yy yz zz.
-using Moments = std::vector<double>;
-
-struct Root {
-  double excitation = 0.0;  // Hartree
-  std::optional<double> strength;
-  Moments dipole, quadrupole;
-  LeadingElement leading;
-};
-
 class NwchemOutput {
  public:
   NwchemOutput(const std::string& file, const Request& request) : file_(file), request_(request) {}
 
-  void read(JobOutput& output) {
-    OutputLines lines(file_);
-    while (lines.next()) take(lines);
-    check();
-    fill(output);
-  }
+  static constexpr const char* first_line = "Northwest Computational Chemistry Package (NWChem)";
 
- private:
   void take(OutputLines& lines) {
-    if (lines.word_count() == 0) return;
-    if (lines.holds("Northwest Computational Chemistry Package (NWChem)")) {
-      const std::string file = file_;
-      const Request request = request_;
-      *this = NwchemOutput(file, request);
+    if (lines.holds(first_line)) {
       program_ = "NWChem " + std::string(lines.word(6));
     } else if (lines.begins_with(" zandor ")) {
       take_full_digits(lines);
@@ -56,7 +36,8 @@ class NwchemOutput {
     } else if (lines.begins_with("  Root ") && lines.find_word("a.u.") > 0) {
       root_ = lines.integer(2, "the number of a root");
       roots_[root_] = {};
-      roots_[root_].excitation = lines.number(lines.find_word("a.u.") - 1, "an excitation energy");
+      roots_[root_].energy =
+          ground_ + lines.number(lines.find_word("a.u.") - 1, "an excitation energy");
     } else if (lines.holds("Calculation failed to converge") || lines.holds("exceeded maxiter")) {
       note_failure(lines, failure_);
     } else if (lines.begins_with("     ")) {
@@ -72,7 +53,8 @@ class NwchemOutput {
     if (lines.begins_with("     Transition Moments ")) {
       take_moments(lines);
     } else if (lines.begins_with("     Dipole Oscillator Strength")) {
-      roots_[root_].strength = lines.number(lines.word_count(), "an oscillator strength");
+      roots_[root_].oscillator_strength =
+          lines.number(lines.word_count(), "an oscillator strength");
     } else if (lines.begins_with("     Occ.")) {
       take_coefficient(lines);
     } else if (lines.holds("Alpha electrons :")) {
@@ -99,14 +81,14 @@ class NwchemOutput {
 
   // "Transition Moments    X -0.00000   Y  0.00000   Z  0.00000", or that the spin forbids them.
   void take_moments(OutputLines& lines) {
-    Root& root = roots_[root_];
+    Transition& root = roots_[root_];
     if (lines.holds("forbidden")) {
       root.dipole.assign(3, 0.0);
       return;
     }
     const std::size_t letters = lines.word(3).size();
     if (letters > 2) return;  // octupoles
-    Moments& moments = letters == 1 ? root.dipole : root.quadrupole;
+    std::vector<double>& moments = letters == 1 ? root.dipole : root.quadrupole;
     for (std::size_t i = 4; i <= lines.word_count(); i += 2) {
       moments.push_back(lines.number(i, "a transition moment"));
     }
@@ -143,8 +125,6 @@ class NwchemOutput {
     if (lines.word(2) == "root") {
       full_ = {};
       full_.root = lines.integer(3, "the root");
-    } else if (lines.word(2) == "energy") {
-      full_.energy = lines.number(lines.word_count(), "the energy of the state");
     } else if (lines.word(2) == "geometry") {
       full_.places =
           lines.numbers(3 * atoms, "the geometry of " + std::to_string(atoms) + " atoms");
@@ -174,13 +154,13 @@ class NwchemOutput {
     choose_root();
     need(roots_.count(root_) > 0 && roots_[root_].dipole.size() == 3, file_,
          "'Transition Moments    X' below 'Root " + std::to_string(root_) + "'");
-    need_atoms(file_, request_, static_cast<long long>(gradients_[root_].size()), "a gradient");
+    need_atoms(file_, request_, gradients_[root_].size(), "a gradient");
     if (places_.empty()) {  // geometry ... noprint
       numbers_ = shown_numbers_;
       places_ = shown_places_;
       scale_ = flib::angstrom_per_bohr;
     }
-    need_atoms(file_, request_, static_cast<long long>(places_.size()), "a geometry");
+    need_atoms(file_, request_, places_.size(), "a geometry");
   }
 
   // The root asked for, or else the only one that has a gradient.
@@ -196,18 +176,14 @@ class NwchemOutput {
   }
 
   void fill(JobOutput& output) {
-    const Root& root = roots_[root_];
+    Transition& root = roots_[root_];
     output.program = program_;
     output.numbers = numbers_;
     output.root = root_;
-    output.energy = ground_ + root.excitation;
-    output.oscillator_strength = root.strength;
-    if (root.leading.row > 0) output.leading = root.leading;
     output.places = scale_ * places_.matrix();
     output.forces = -gradients_[root_].matrix();
     output.force_decimals = 6;
     output.dipole_decimals = 5;
-    Moments dipole = root.dipole, quadrupole = root.quadrupole;
     if (full_.complete) {
       check_full_digits(output);
       const Eigen::Index n = request_.natom;
@@ -216,17 +192,11 @@ class NwchemOutput {
       output.forces = -Eigen::Map<const Eigen::Matrix3Xd>(full_.gradient.data(), 3, n);
       output.force_decimals = output.dipole_decimals = 16;
       // The first moment is the overlap of the states.
-      dipole.assign(full_.moments.begin() + 1, full_.moments.begin() + 4);
-      quadrupole.assign(full_.moments.begin() + 4, full_.moments.begin() + 10);
+      root.dipole.assign(full_.moments.begin() + 1, full_.moments.begin() + 4);
+      root.quadrupole.assign(full_.moments.begin() + 4, full_.moments.begin() + 10);
     }
-    output.dipole = Eigen::Vector3d(dipole[0], dipole[1], dipole[2]);
-    if (quadrupole.size() == 6) {
-      output.marks.push_back({"quadrupole", SignMark::Kind::tensor, quadrupole});
-    }
-    if (output.leading) {
-      output.marks.push_back(
-          {"leading coefficient", SignMark::Kind::coefficient, {output.leading->value}});
-    }
+    if (root.quadrupole.size() != 6) root.quadrupole.clear();
+    fill_transition(root, output);
     output.sizes = sizes_;
     output.sizes.ma = sizes_.nmo - sizes_.mi;
     output.sizes.mci = static_cast<int>(roots_.size());
@@ -248,9 +218,8 @@ class NwchemOutput {
 
   struct FullDigits {
     int root = 0;
-    std::optional<double> energy;
     std::vector<double> places, gradient;  // Bohr, Hartree/Bohr
-    Moments moments;
+    std::vector<double> moments;
     bool complete = false;
   };
 
@@ -263,7 +232,7 @@ class NwchemOutput {
   Rows shown_places_;
   double scale_ = 1.0;
   double ground_ = 0.0;
-  std::map<int, Root> roots_;
+  std::map<int, Transition> roots_;
   std::map<int, Rows> gradients_;
   int root_ = 0, gradient_root_ = 0;
   bool converged_ = false, ended_ = false;
@@ -275,7 +244,7 @@ class NwchemOutput {
 }  // namespace
 
 void read_nwchem(const std::string& file, const Request& request, JobOutput& output) {
-  NwchemOutput(file, request).read(output);
+  read_log<NwchemOutput>(file, request, output);
 }
 
 }  // namespace collect

@@ -17,26 +17,15 @@ class OpenMolcasOutput {
   OpenMolcasOutput(const std::string& file, const Request& request)
       : file_(file), request_(request) {}
 
-  void read(JobOutput& output) {
-    OutputLines lines(file_);
-    while (lines.next()) {
-      if (lines.word_count() > 0) take(lines);
-    }
-    check();
-    fill(output);
-  }
+  static constexpr const char* first_line = "   This run of MOLCAS is using";
 
- private:
   void take(OutputLines& lines) {
-    if (lines.begins_with("   This run of MOLCAS is using")) {
-      const std::string file = file_;
-      const Request request = request_;
-      *this = OpenMolcasOutput(file, request);
-    } else if (lines.holds("version: v") && version_.empty()) {
+    if (lines.holds("version: v") && version_.empty()) {
       version_ = lines.behind("version: v");
     } else if (lines.begins_with("--- Start Module: rassi")) {
       elements_.clear();
       state_roots_.clear();
+      transitions_.clear();
     } else if (lines.begins_with("--- Start Module: alaska")) {
       gradient_.clear();
     } else if (lines.holds("Cartesian coordinates in Angstrom:")) {
@@ -53,7 +42,7 @@ class OpenMolcasOutput {
       }
     } else if (lines.begins_with(" PROPERTY: ")) {
       take_property(lines);
-    } else if (lines.holds("Active TRD1:")) {
+    } else if (lines.begins_with(" #  ")) {
       take_transition_density(lines);
     } else if (lines.begins_with(" *              Molecular gradients               *")) {
       take_gradient(lines);
@@ -64,6 +53,36 @@ class OpenMolcasOutput {
     }
   }
 
+  void check() const {
+    stop_at(failure_);
+    need(ended_, file_, "'Happy landing!': the calculation did not end well");
+    need(!gradient_.empty(), file_, "'Molecular gradients'");
+    need(root_ > 0, file_, "'Root passed to geometry opt.'");
+    need_root(file_, request_, root_);
+    need(!places_.empty(), file_, "'Cartesian coordinates in Angstrom:'");
+    need_atoms(file_, request_, places_.size(), "a geometry");
+    need_atoms(file_, request_, gradient_.size(), "a gradient");
+  }
+
+  void fill(JobOutput& output) {
+    const int state = state_of_root();
+    Transition& transition = transitions_[state];
+    transition.dipole = components("MLTPL 1", state, 3);
+    need(!transition.dipole.empty(), file_,
+         "'PROPERTY: MLTPL  1   COMPONENT:' with the state " + std::to_string(state));
+    transition.quadrupole = components("MLTPL 2", state, 6);
+    transition.magnetic = components("ANGMOM ", state, 3);
+    if (energies_.count(root_) > 0) transition.energy = energies_[root_];
+    output.program = "OpenMolcas " + version_;
+    output.numbers = numbers_;
+    output.places = places_.matrix();
+    output.forces = -gradient_.matrix();
+    output.dipole_decimals = 10;
+    output.root = root_;
+    fill_transition(transition, output);
+  }
+
+ private:
   void take_geometry(OutputLines& lines) {
     places_.clear();
     numbers_.clear();
@@ -98,32 +117,55 @@ class OpenMolcasOutput {
     }
   }
 
+  // RASSI's file of a transition, which the template has printed: orbitals, of either state the
+  // same, and the transition density of the active ones, the last.
   void take_transition_density(OutputLines& lines) {
-    const int to = lines.integer(3, "a state"), from = lines.integer(4, "a state");
-    lines.need_next("the symmetries of the transition density");
-    if (std::min(to, from) != 1) return;
-    LeadingElement& leading = leading_[std::max(to, from)];
-    leading = {};
+    if (lines.holds("Nr of irreps:")) {
+      lines.need_next("the number of irreps");
+      irreps_ = lines.integer(1, "the number of irreps");
+    } else if (lines.holds("CMO coefficients:")) {
+      orbitals_.clear();
+    } else if (lines.word(2) == "Symm" && lines.word(4) == "Orbital") {
+      orbitals_.push_back(packed_numbers(lines));
+    } else if (lines.holds("Active TRD1:")) {
+      const int to = lines.integer(3, "a state"), from = lines.integer(4, "a state");
+      lines.need_next("the symmetries of the transition density");
+      if (std::min(to, from) == 1)
+        set_density(packed_numbers(lines), transitions_[std::max(to, from)]);
+    }
+  }
+
+  // The numbers up to a line without: fields of 19 columns without blanks between them.
+  static std::vector<double> packed_numbers(OutputLines& lines) {
     std::vector<double> values;
-    while (lines.next() && lines.word_count() > 0 && !lines.begins_with(" #")) {
-      // Fields of 19 columns without blanks between them.
+    while (lines.next() && !lines.is_blank() && !lines.begins_with(" #")) {
       for (std::size_t at = 0; at < lines.text().size(); at += 19) {
-        const std::string_view field = lines.text().substr(at, 19);
-        values.push_back(lines.number(io::without_leading_blanks(field),
+        values.push_back(lines.number(io::without_leading_blanks(lines.text().substr(at, 19)),
                                       "an element of the transition density"));
       }
     }
     lines.again();
-    const int size = static_cast<int>(std::lround(std::sqrt(static_cast<double>(values.size()))));
-    if (size == 0 ||
-        static_cast<std::size_t>(size) * static_cast<std::size_t>(size) != values.size()) {
-      return;
+    return values;
+  }
+
+  void set_density(const std::vector<double>& active, Transition& transition) const {
+    const auto size = static_cast<Eigen::Index>(std::sqrt(active.size()));
+    if (size == 0 || static_cast<std::size_t>(size * size) != active.size()) return;
+    const Eigen::Map<const Eigen::MatrixXd> density(active.data(), size, size);
+    Eigen::Index row = 0, column = 0;
+    density.cwiseAbs().maxCoeff(&row, &column);
+    transition.leading = {static_cast<int>(row) + 1, static_cast<int>(column) + 1,
+                          density(row, column)};
+    if (irreps_ != 1 || orbitals_.size() < static_cast<std::size_t>(size)) return;
+    const std::size_t functions = orbitals_.back().size();
+    Eigen::MatrixXd orbitals(static_cast<Eigen::Index>(functions), size);
+    for (Eigen::Index k = 0; k < size; ++k) {
+      const std::vector<double>& orbital = orbitals_.end()[k - size];
+      if (orbital.size() != functions) return;
+      orbitals.col(k) = Eigen::Map<const Eigen::VectorXd>(orbital.data(), orbitals.rows());
     }
-    const auto largest = std::max_element(values.begin(), values.end(), [](double a, double b) {
-      return std::fabs(a) < std::fabs(b);
-    });
-    const int at = static_cast<int>(largest - values.begin());
-    leading = {at % size + 1, at / size + 1, *largest};
+    const Eigen::MatrixXd over_functions = orbitals * density * orbitals.transpose();
+    transition.density.assign(over_functions.data(), over_functions.data() + over_functions.size());
   }
 
   void take_gradient(OutputLines& lines) {
@@ -149,19 +191,6 @@ class OpenMolcasOutput {
                                 std::to_string(state_roots_.size()) + " states that are not");
   }
 
-  void check() {
-    stop_at(failure_);
-    if (!ended_) {
-      io::fatal_stop({file_}, "no line holds 'Happy landing!': the calculation did not end well");
-    }
-    need(!gradient_.empty(), file_, "'Molecular gradients'");
-    need(root_ > 0, file_, "'Root passed to geometry opt.'");
-    need_root(file_, request_, root_);
-    need(!places_.empty(), file_, "'Cartesian coordinates in Angstrom:'");
-    need_atoms(file_, request_, static_cast<long long>(places_.size()), "a geometry");
-    need_atoms(file_, request_, static_cast<long long>(gradient_.size()), "a gradient");
-  }
-
   // The elements of `count` components of an operator.
   std::vector<double> components(const std::string& name, int state, int count) const {
     std::vector<double> values;
@@ -173,30 +202,6 @@ class OpenMolcasOutput {
     return values;
   }
 
-  void fill(JobOutput& output) {
-    const int state = state_of_root();
-    const std::vector<double> dipole = components("MLTPL 1", state, 3);
-    need(dipole.size() == 3, file_,
-         "'PROPERTY: MLTPL  1   COMPONENT:' with the state " + std::to_string(state));
-    output.program = "OpenMolcas " + version_;
-    output.numbers = numbers_;
-    output.places = places_.matrix();
-    output.forces = -gradient_.matrix();
-    output.dipole = Eigen::Vector3d(dipole[0], dipole[1], dipole[2]);
-    output.dipole_decimals = 10;
-    output.root = root_;
-    if (energies_.count(root_) > 0) output.energy = energies_[root_];
-    const auto mark = [&](const char* name, SignMark::Kind kind, std::vector<double> values) {
-      if (!values.empty()) output.marks.push_back({name, kind, std::move(values)});
-    };
-    mark("quadrupole", SignMark::Kind::tensor, components("MLTPL 2", state, 6));
-    mark("angular momentum", SignMark::Kind::vector, components("ANGMOM ", state, 3));
-    if (leading_[state].row > 0) {
-      output.leading = leading_[state];
-      mark("transition density", SignMark::Kind::coefficient, {leading_[state].value});
-    }
-  }
-
   std::string file_;
   Request request_;
   std::string version_;
@@ -205,7 +210,9 @@ class OpenMolcasOutput {
   std::map<int, double> energies_;                         // of the roots, Hartree
   std::vector<int> state_roots_;                           // root of each state of RASSI
   std::map<std::string, std::map<int, double>> elements_;  // operator, state: element with state 1
-  std::map<int, LeadingElement> leading_;                  // by state
+  std::map<int, Transition> transitions_;                  // by state
+  std::vector<std::vector<double>> orbitals_;
+  int irreps_ = 0;
   int root_ = 0;
   bool ended_ = false;
   Failure failure_;
@@ -214,7 +221,7 @@ class OpenMolcasOutput {
 }  // namespace
 
 void read_openmolcas(const std::string& file, const Request& request, JobOutput& output) {
-  OpenMolcasOutput(file, request).read(output);
+  read_log<OpenMolcasOutput>(file, request, output);
 }
 
 }  // namespace collect

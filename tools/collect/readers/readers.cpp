@@ -54,9 +54,9 @@ const Reader* find_reader(const std::string& file) {
   return reader != nullptr ? reader : find_by_label(file);
 }
 
-void need_atoms(const std::string& file, const Request& request, long long found,
+void need_atoms(const std::string& file, const Request& request, std::size_t found,
                 const std::string& what) {
-  if (found == request.natom) return;
+  if (found == static_cast<std::size_t>(request.natom)) return;
   io::fatal_stop({file}, "expected " + what + " for " + std::to_string(request.natom) +
                              " atoms, found " + std::to_string(found));
 }
@@ -69,6 +69,22 @@ void need_root(const std::string& file, const Request& request, int found) {
   if (request.root == 0 || request.root == found) return;
   io::fatal_stop({file}, "expected the gradient of state " + std::to_string(request.root) +
                              ", found that of state " + std::to_string(found));
+}
+
+void fill_transition(const Transition& transition, JobOutput& output) {
+  output.energy = transition.energy;
+  output.oscillator_strength = transition.oscillator_strength;
+  output.dipole = Eigen::Map<const Eigen::Vector3d>(transition.dipole.data());
+  const auto mark = [&](const char* name, SignMark::Kind kind, const std::vector<double>& values) {
+    if (!values.empty()) output.marks.push_back({name, kind, values});
+  };
+  mark("transition density", SignMark::Kind::density, transition.density);
+  mark("quadrupole", SignMark::Kind::tensor, transition.quadrupole);
+  mark("velocity dipole", SignMark::Kind::vector, transition.velocity);
+  mark("magnetic dipole", SignMark::Kind::vector, transition.magnetic);
+  if (transition.leading.row == 0) return;
+  output.leading = transition.leading;
+  mark("leading coefficient", SignMark::Kind::coefficient, {transition.leading.value});
 }
 
 void note_failure(const OutputLines& lines, Failure& failure) {

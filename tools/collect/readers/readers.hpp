@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "collect/output_data.hpp"
 #include "collect/output_lines.hpp"
@@ -38,11 +39,38 @@ void read_neutral_json(const std::string& file, const Request& request, JobOutpu
 
 // What the readers share: stops unless as many atoms were found as are wanted, and unless a block
 // was found at all; `heading` is the line that was looked for.
-void need_atoms(const std::string& file, const Request& request, long long found,
+void need_atoms(const std::string& file, const Request& request, std::size_t found,
                 const std::string& what);
 void need(bool found, const std::string& file, const std::string& heading);
 // Stops unless the state asked for, if any, is the one that the gradient belongs to.
 void need_root(const std::string& file, const Request& request, int found);
+
+// What an output tells of the transition from the ground state to one state, atomic units; empty
+// where it does not.
+struct Transition {
+  std::optional<double> energy;  // of the state
+  std::optional<double> oscillator_strength;
+  std::vector<double> dipole, velocity, magnetic;  // x y z
+  std::vector<double> quadrupole;                  // xx xy xz yy yz zz
+  std::vector<double> density;                     // over the basis functions, in any order
+  LeadingElement leading;
+};
+
+// Gives the output these results of its state; the dipole has to be there.
+void fill_transition(const Transition& transition, JobOutput& output);
+
+// Reads a log line by line. A file to which a program has written twice counts from its last start.
+template <class Log>
+void read_log(const std::string& file, const Request& request, JobOutput& output) {
+  OutputLines lines(file);
+  Log log(file, request);
+  while (lines.next()) {
+    if (lines.holds(Log::first_line)) log = Log(file, request);
+    if (!lines.is_blank()) log.take(lines);
+  }
+  log.check();
+  log.fill(output);
+}
 
 // Notes a line that tells that something did not converge, and stops there once all has been read.
 using Failure = std::optional<io::Stop>;
