@@ -68,6 +68,8 @@ void add_columns(const Request& request, const Results& results, std::vector<std
                   " in the projected list of zandor-es.out");
 }
 
+std::string area(double strength) { return analysis::figure(strength) + " e**2 Bohr**2"; }
+
 void add_spectrum(const Request& request, const Results& results, std::vector<std::string>& lines) {
   const Spectrum& spectrum = *request.spectrum;
   lines.emplace_back(
@@ -77,15 +79,11 @@ void add_spectrum(const Request& request, const Results& results, std::vector<st
                   (request.emission ? "- omega" : "+ omega") + ", a " +
                   (spectrum.lorentz ? "Lorentzian" : "Gaussian") + " of " +
                   io::shown(spectrum.width) + " cm-1 full width at half maximum");
-  if (request.kelvin) {
-    lines.push_back("with hot bands 1-0 on the other side, at " + io::shown(*request.kelvin) +
-                    " K; area of all: the thermal strengths, " +
-                    io::shown(*results.totals.thermal - results.totals.reference_square) +
-                    " e**2 Bohr**2");
-  } else {
-    lines.push_back("area of all: the sum of the strengths, " + io::shown(results.totals.strength) +
-                    " e**2 Bohr**2");
-  }
+  const double thermal = results.totals.thermal.value_or(0.0) - results.totals.reference_square;
+  lines.push_back(request.kelvin
+                      ? "with hot bands 1-0 on the other side at " + io::shown(*request.kelvin) +
+                            " K; area of all: the thermal strengths, " + area(thermal)
+                      : "area of all: the sum of the strengths, " + area(results.totals.strength));
   if (results.totals.imaginary > 0) {
     lines.push_back(std::to_string(results.totals.imaginary) + " imaginary (or zero) left out");
   }
