@@ -393,6 +393,7 @@ TEST_F(ZandorHt, says_what_it_does_not_understand) {
       {{"--emission"}, "expected --energy or --spectrum beside --emission, found neither"},
       {{"--modes-of=none", "--within=-1"},
        "expected behind --within a number of 0 or more, found -1"},
+      {{"--modes-of", ""}, "expected a file that can be read"},
       {{"--modes-of=none"}, "none: expected a file that can be read"},
       {{"--spectrum", "0", "9", "1"}, "--spectrum requires --width"},
       {{"--width=1"}, "--width requires --spectrum"},

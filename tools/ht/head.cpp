@@ -109,7 +109,7 @@ std::vector<std::string> head_lines(const Report& report) {
   lines.push_back("Herzberg-Teller terms of " + formula(run) + ", " + std::to_string(run.natom) +
                   (run.natom == 1 ? " atom (" : " atoms (") + io::printable(request.control_file) +
                   "), " + std::to_string(results.rigid_motions) + " rigid motions taken out");
-  if (results.fit) lines.push_back(fit_line(request.modes_of, *results.fit));
+  if (results.fit) lines.push_back(fit_line(*request.modes_of, *results.fit));
   if (!request.masses.empty()) lines.push_back(analysis::describe(request.masses, run));
   if (run.disp_sign != 1) {
     lines.emplace_back(

@@ -30,8 +30,8 @@ struct Request {
   std::optional<double> energy;  // eV
   bool vertical = false;         // kind of the energy: vertical, or that of the 0-0 transition
   bool emission = false;
-  std::string modes_of;  // a file with another state's modes, or empty
-  double within = 0.5;   // Angstrom: how far its geometry may be from that of the jobs
+  std::optional<std::string> modes_of;  // a file with another state's modes
+  double within = 0.5;  // Angstrom: how far its geometry may be from that of the jobs
   std::optional<Spectrum> spectrum;
 };
 

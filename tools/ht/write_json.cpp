@@ -121,7 +121,7 @@ Json totals(const Totals& totals) {
 
 Json modes_of(const Request& request, const Results& results) {
   if (!results.fit) return nullptr;
-  return {{"file", request.modes_of},
+  return {{"file", *request.modes_of},
           {"distance", results.fit->distance},
           {"farthest_atom", results.fit->atom},
           {"farthest_distance", results.fit->farthest},

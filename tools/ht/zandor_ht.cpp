@@ -31,7 +31,7 @@ bool parse(int argc, char** argv, CommandLine& line) {
   options::JobOptions job;
   ht::Spectrum spectrum;
   std::vector<double> range;
-  std::string kind, shape = "gauss";
+  std::string kind, file, shape = "gauss";
   options::add_job_options(app, job);
   auto* const json = app.add_flag("--json", line.as_json, "write JSON");
   app.add_flag("--csv", line.as_csv, "write comma-separated values")->excludes(json);
@@ -44,7 +44,7 @@ bool parse(int argc, char** argv, CommandLine& line) {
   given_energy->needs(given_kind);
   app.add_flag("--emission", request.emission,
                "oscillator strengths and spectrum of emission, not absorption");
-  auto* const other = app.add_option("--modes-of", request.modes_of,
+  auto* const other = app.add_option("--modes-of", file,
                                      "take the modes of another state, from a formatted checkpoint "
                                      "file, an ORCA .hess file or the JSON of zandor_export")
                           ->type_name("FILE");
@@ -71,6 +71,7 @@ bool parse(int argc, char** argv, CommandLine& line) {
       ->needs(given_range);
   if (!options::parse(app, argc, argv)) return false;
   request.vertical = kind == "vertical";
+  if (other->count() > 0) request.modes_of = file;
   if (given_range->count() > 0) {
     spectrum.lorentz = shape == "lorentz";
     std::tie(spectrum.low, spectrum.high, spectrum.step) = std::tie(range[0], range[1], range[2]);
@@ -123,8 +124,8 @@ int run_and_write(int argc, char** argv) {
   for (const std::string& warning : dipoles.warnings) io::warn({}, warning);
   if (!dipoles.refusal.empty()) io::fatal_stop(dipoles.refusal);
   std::optional<ht::Fit> fit;
-  if (!line.request.modes_of.empty()) {
-    fit = ht::take_modes(line.request.modes_of, line.request.within, line.request.masses, run);
+  if (line.request.modes_of) {
+    fit = ht::take_modes(*line.request.modes_of, line.request.within, line.request.masses, run);
   }
   ht::Results results = ht::form_results(line.request, run, dipoles);
   results.fit = fit;
