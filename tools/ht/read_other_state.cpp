@@ -29,8 +29,8 @@ using Arrays = std::array<Array, 4>;  // in the order of OtherState
   io::fatal_stop(io::place(unit), "expected " + expected + ", found " + found);
 }
 
-void check_size(const Array& array, std::size_t size) {
-  if (size == array.size) return;
+void check_size(const Array& array, long long size) {
+  if (size == static_cast<long long>(array.size)) return;
   stop("'" + array.name + "' with " + std::to_string(array.size) +
            " values for the atoms of the jobs",
        std::to_string(size));
@@ -53,7 +53,7 @@ void read_checkpoint(const Arrays& arrays) {
     int size = 0;
     const std::string subject = "the number of values of '" + array->name + "'";
     io::FreeForm(unit, record.substr(count_at + 2)).integer(size, {subject});
-    check_size(*array, static_cast<std::size_t>(size));
+    check_size(*array, size);
     array->values.assign(array->size, 0.0);
     const std::string value = "'" + array->name + "', value";
     io::FreeForm form(unit);
@@ -130,7 +130,7 @@ void read_json(const Arrays& arrays) {
   constexpr const char* schema = "schema_name";
   constexpr int deepest = 16;
   const Array* wanted = nullptr;
-  std::size_t count = 0;
+  long long count = 0;
   const auto take = [&](int depth, Event event, Json& value) {
     if (depth > deepest) stop("at most 16 brackets within each other", "more");
     if (event == Event::array_start || event == Event::object_start) return true;
@@ -146,7 +146,8 @@ void read_json(const Arrays& arrays) {
       if (!std::isfinite(number)) {
         stop("finite numbers in '" + wanted->name + "'", value.type_name());
       }
-      if (++count <= wanted->size) wanted->values.push_back(number);
+      if (wanted->values.size() < wanted->size) wanted->values.push_back(number);
+      ++count;
     }
     if (event == Event::array_end && depth == 1) check_size(*wanted, count);
     return depth == 0;
