@@ -28,7 +28,7 @@ Eigen::Matrix3d lay_onto(zandor::RunData& run, const Places& places, Fit& fit) {
   const Eigen::Vector3d centre = x * mass / mass.sum();
   const Eigen::Matrix3Xd to = x.colwise() - centre;
   const Eigen::Matrix3Xd from = places.colwise() - places * mass / mass.sum();
-  const Eigen::Matrix3d turn = analysis::best_turn(from * mass.asDiagonal(), to, 1.0);
+  Eigen::Matrix3d turn = analysis::best_turn(from * mass.asDiagonal(), to, 1.0);
   const Eigen::RowVectorXd apart = flib::angstrom_per_bohr * (turn * from - to).colwise().norm();
   Eigen::Index atom = 0;
   fit.farthest = apart.maxCoeff(&atom);
