@@ -31,7 +31,7 @@ _zandor_control_files() {
 _zandor_value() {
   local option=$1 values=$2 current=$3 done=
   case $option in
-    -o | --output | --turn) _zandor_files "$current" ;;
+    -o | --output | --turn | --modes-of) _zandor_files "$current" ;;
     --only)
       case $current in *,*) done=${current%,*}, ;; esac
       compopt -o nospace 2>/dev/null

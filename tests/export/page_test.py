@@ -150,6 +150,28 @@ def check_sticks(browser, folder):
     assert sticks >= 6, sticks
 
 
+def check_curve(browser):
+    """The curve is as wide at half the height of its highest line as the control says, and leaves with the sticks' heights."""
+    def wide(width):
+        browser.evaluate("(function (e) { e.value = %d; e.dispatchEvent(new Event('input')); })(document.getElementById('width'))" % width)
+        return browser.evaluate("""(function () { var c = document.getElementById('spectrum'), at = [];
+            var copy = c.cloneNode().getContext('2d', { willReadFrequently: true });
+            copy.drawImage(c, 0, 0);
+            var d = copy.getImageData(0, 24 + Math.round((c.height - 60) / 2), c.width, 1).data;
+            for (var i = c.width / 2; i < c.width; i++) {
+              if (Math.hypot(d[4 * i] - 123, d[4 * i + 1] - 79, d[4 * i + 2] - 160) < 40 && d[4 * i + 3] > 90) at.push(i); }
+            return at.length ? at[at.length - 1] - at[0] : 0; })()""")
+    browser.prefer(reduced_motion="reduce", colour_scheme="light")
+    for width in 200, 100, 50:  # between -451 and 2400 cm-1 and margins the axis has 1125 pixels, more or less
+        found, expected = wide(width), width * 1125 / (2851 + 2 * max(85, 1.2 * width))
+        assert abs(found - expected) < 2 + 0.03 * expected, (width, found, expected)
+    assert browser.evaluate("document.getElementById('width-value').textContent").startswith("50 cm")
+    assert wide(0) == 0
+    browser.click("#heights label:last-of-type span")
+    assert wide(200) == 0 and browser.evaluate("document.getElementById('width').disabled")
+    browser.click("#heights label:first-of-type span")
+
+
 def check_narrow_and_dark(browser, folder):
     light = pixels(browser, "spectrum")
     browser.prefer(reduced_motion="reduce", colour_scheme="dark")
@@ -192,6 +214,7 @@ with tempfile.TemporaryDirectory() as temporary, Browser(chromium, temporary) as
             check_sorting(browser, modes)
             check_values(browser, folder, data, *options)
             check_files(browser, folder, modes, *options)
+            check_curve(browser)
             check_narrow_and_dark(browser, folder)
             check_sticks(browser, folder)
         else:

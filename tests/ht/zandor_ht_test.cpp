@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iomanip>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "support/support.hpp"
 
@@ -14,6 +16,63 @@ constexpr const char* formaldehyde = "examples/formaldehyde-s1";
 constexpr const char* formaldehyde_c2v = "examples/formaldehyde-s1-c2v";
 constexpr const char* water = "tests/ht/cases/water-s1";
 constexpr const char* water_c2v = "tests/ht/cases/water-s1-c2v";
+
+using nlohmann::json;
+
+// What zandor_export gives, turned (x to y, y to z, z to x) and shifted.
+json turned(const json& before) {
+  json all = before;
+  const auto to = [](std::size_t i) { return i / 3 * 3 + (i % 3 + 1) % 3; };
+  for (std::size_t i = 0; i < before["geometry"].size(); ++i) {
+    all["geometry"][to(i)] = before["geometry"][i].get<double>() + 1.5;
+    for (std::size_t j = 0; j < before["geometry"].size(); ++j) {
+      all["hessian"][to(i)][to(j)] = before["hessian"][i][j];
+    }
+  }
+  return all;
+}
+
+std::string checkpoint(const json& all) {
+  std::ostringstream text;
+  const auto record = [&](const char* name, const std::vector<double>& values) {
+    text << std::left << std::setw(43) << name << "R   N=" << values.size() << std::scientific
+         << std::setprecision(8) << '\n';
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      text << ' ' << values[i] << (i % 5 == 4 || i + 1 == values.size() ? "\n" : "");
+    }
+  };
+  text << "title\nFreq\nNumber of atoms                            I   4\n";
+  record("Atomic numbers", all["atomic_numbers"]);
+  record("Current cartesian coordinates", all["geometry"]);
+  record("Real atomic weights", all["masses"]);
+  std::vector<double> triangle;
+  for (std::size_t i = 0; i < all["hessian"].size(); ++i) {
+    for (std::size_t j = 0; j <= i; ++j) triangle.push_back(all["hessian"][i][j]);
+  }
+  record("Cartesian Force Constants", triangle);
+  return text.str();
+}
+
+std::string orca(const json& all) {
+  const std::size_t n3 = all["geometry"].size();
+  std::ostringstream text;
+  text << std::setprecision(11) << "\n$orca_hessian_file\n\n$hessian\n" << n3 << '\n';
+  for (std::size_t first = 0; first < n3; first += 5) {
+    const std::size_t end = std::min(first + 5, n3);
+    for (std::size_t j = first; j < end; ++j) text << "  " << j;
+    for (std::size_t i = 0; i < n3; ++i) {
+      text << '\n' << i;
+      for (std::size_t j = first; j < end; ++j) text << ' ' << all["hessian"][i][j];
+    }
+    text << '\n';
+  }
+  text << "\n$atoms\n" << n3 / 3;
+  for (std::size_t a = 0; a < n3 / 3; ++a) {
+    text << '\n' << all["symbols"][a].get<std::string>() << ' ' << all["masses"][a];
+    for (std::size_t k = 0; k < 3; ++k) text << ' ' << all["geometry"][3 * a + k];
+  }
+  return text.str() + "\n\n$end\n";
+}
 
 class ZandorHt : public testing::Test {
  protected:
@@ -36,6 +95,10 @@ class ZandorHt : public testing::Test {
     const support::Outcome outcome = run(options);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     return nlohmann::json::parse(outcome.out);
+  }
+
+  static json exported(const std::string& masses = "--isotope=H=1.007825") {
+    return json::parse(support::run({ZANDOR_EXPORT, "json", masses, "control.inp"}).out);
   }
 
   // Runs it and expects this status and text on standard error.
@@ -183,6 +246,142 @@ TEST_F(ZandorHt, adds_degenerate_modes_up) {
   EXPECT_NE(run({}).out.find("\n degenerate modes together\n     7+8    997.6"), std::string::npos);
 }
 
+TEST_F(ZandorHt, finds_its_own_modes_in_a_file_however_that_is_turned) {
+  for (const char* const example : {formaldehyde, formaldehyde_c2v}) {
+    enter(example);
+    const json own = exported();
+    support::write_file("deuterated", turned(exported("--isotope=H=2.014101778")).dump());
+    support::write_file("own.json", own.dump());
+    support::write_file("turned.json", turned(own).dump(1));
+    support::write_file("turned.fchk", checkpoint(turned(own)));
+    support::write_file("turned.hess", orca(turned(own)));
+    for (const char* const name :
+         {"own.json", "turned.json", "turned.fchk", "turned.hess", "deuterated"}) {
+      for (const char* const mass : {"H=1.007825", "H=2.014101778"}) {
+        if (std::string(name) == "deuterated" && mass[2] == '1') continue;
+        const auto expected = results({"--isotope", mass});
+        // Masses are those of the file, unless they are changed.
+        std::vector<std::string> options = {"--modes-of", name, "--isotope", mass};
+        if (std::string(name) == "deuterated") options.resize(2);
+        const auto found = results(options);
+        EXPECT_NEAR(found["modes_of"]["distance"], 0.0, 1e-8) << name;
+        ASSERT_EQ(found["modes"].size(), expected["modes"].size());
+        for (std::size_t i = 0; i < expected["modes"].size(); ++i) {
+          const auto& a = expected["modes"][i];
+          const auto& b = found["modes"][i];
+          EXPECT_NEAR(a["frequency"], b["frequency"], 1e-5) << name;
+          if (options.size() == 2) continue;  // the report's modes, and their numbers, are others
+          EXPECT_EQ(a["mode"], b["mode"]) << name;
+          for (std::size_t k = 0; k < 3; ++k) EXPECT_NEAR(a["dmu_dQ"][k], b["dmu_dQ"][k], 1e-9);
+        }
+        EXPECT_NEAR(found["totals"]["strength"], expected["totals"]["strength"], 1e-11) << name;
+      }
+    }
+  }
+}
+
+TEST_F(ZandorHt, takes_the_modes_of_the_ground_state) {
+  enter(formaldehyde);
+  const std::string file = PROJECT_FOLDER "/examples/formaldehyde-s0.fchk";
+  const auto found = results({"--modes-of", file});
+  EXPECT_NEAR(found["modes_of"]["distance"], 0.0405, 5e-5);
+  EXPECT_EQ(found["modes_of"]["farthest_atom"], 1);
+  const auto& out_of_plane = found["modes"][0];
+  EXPECT_NEAR(out_of_plane["frequency"], 1198.10, 0.02);  // of NWChem
+  // The derivative hardly changes: the motion is the same.
+  EXPECT_NEAR(out_of_plane["dmu_dQ"][1], results({})["modes"][0]["dmu_dQ"][1], 1e-5);
+  EXPECT_NEAR(out_of_plane["share"], 0.85, 0.005);
+  EXPECT_EQ(found["totals"]["modes_left_out"], 0);
+  expect(2,
+         "within 0.04 Angstrom (root mean square) of that of the jobs (see --within), found one "
+         "0.0405",
+         {"--modes-of", file, "--within=0.04"});
+}
+
+TEST_F(ZandorHt, refuses_files_that_hold_no_modes_of_the_molecule) {
+  enter(formaldehyde);
+  const json own = exported();
+  const std::string fchk = checkpoint(own), hess = orca(own), text = own.dump();
+  const struct {
+    const std::string& good;
+    const char *from, *to, *message;
+  } cases[] = {
+      {fchk, " 8.0", " 7.0", "expected atomic number 8 for atom 2 as in files.out, found 7"},
+      {fchk, "N=12", "N=-1", "file:6: expected 'Current cartesian coordinates' with 12 values"},
+      {fchk, "N=78", "N=", "file:12: expected the number of values of 'Cartesian Force Constants'"},
+      {fchk, "Cartesian Force", "Cartesian force",
+       "file:29: expected 'Cartesian Force Constants', found"},
+      {fchk, "1.599", "-1.599",
+       "file: expected masses above 0 and places of a molecule, found others"},
+      {fchk, "1.599", "x1.599", "file:11: expected 'Real atomic weights', value 2 (number), found"},
+      {fchk, "Number of atoms", "Number of electrons", "file:1: expected a formatted checkpoint"},
+      {hess, "$hessian\n12", "$hessian\n15",
+       "file:5: expected the number of coordinates 12, found 15"},
+      {hess, "\n  5  6", "\n  5  7",
+       "file:19: expected the column of the force constants 6, found 7"},
+      {hess, "\n3 ", "\n4 ", "file:10: expected the row of the force constants 3, found 4"},
+      {hess, "$atoms\n4\nC 12", "$atoms\n4\nC", "a coordinate of an atom"},
+      {hess, "\nO ", "\nQ ", "expected atomic number 8 for atom 2 as in files.out, found 0"},
+      {text, "zandor_vibrations", "vibrations", "file:1: expected 'schema_name' to be"},
+      {text, "\"masses\":[", "\"masses\":[1,", "file:1: expected 'masses' with 4 values for"},
+      {text, "\"masses\":[", "\"masses\":[null,",
+       "file:1: expected finite numbers in 'masses', found null"},
+      {text, "\"geometry\":", "\"geometry\":[1,2],\"g\":", "expected 'geometry' with 12 values"},
+      {text, "\"hessian\"", "\"Hessian\"", "expected 'hessian', found the end of the file"},
+      {text, "\"step\":", "\"step\":[[[[[[[[[[[[[[[[[[", "expected at most 16 brackets within"},
+      {text, "}", "", "file:1: expected a JSON object, found a text that is none"},
+  };
+  for (const auto& [good, from, to, message] : cases) {
+    support::write_file("file", good);
+    support::edit_file("file", from, to);
+    expect(2, message, {"--modes-of=file"});
+  }
+}
+
+TEST_F(ZandorHt, broadens_strengths_to_lines_of_their_area) {
+  enter(water);
+  const auto modes = results({"--temperature=3000"});
+  const double strength = modes["totals"]["strength"];
+  const double thermal =
+      modes["totals"]["thermal"].get<double>() - modes["totals"]["reference_square"].get<double>();
+  const auto spectrum = [](const std::vector<std::string>& more) {
+    std::vector<std::string> options = {"--spectrum", "-50000", "50000", "5", "--width=40"};
+    options.insert(options.end(), more.begin(), more.end());
+    return results(options)["spectrum"];
+  };
+  // A Gaussian has no end to speak of; of each Lorentzian W / (pi 50000) is beyond either end.
+  const auto check_area = [](const json& found, double area, double lost) {
+    double sum = 0.0;
+    for (const double value : found["strength"]) sum += 5.0 * value;
+    EXPECT_NEAR(sum / area, 1.0 - lost, 3e-6) << found["shape"];
+  };
+  const auto absorption = spectrum({"--origin=5000"});
+  check_area(absorption, strength, 0.0);
+  check_area(spectrum({"--shape=lorentz"}), strength, 40 / (M_PI * 50000));
+  check_area(spectrum({"--temperature=3000"}), thermal, 0.0);
+  const auto emission = spectrum({"--origin=-5000", "--emission"});
+  ASSERT_EQ(absorption["strength"].size(), 20001U);
+  const double place = 5000 + modes["modes"][2]["frequency"].get<double>();
+  const auto at = static_cast<std::size_t>(std::round((place + 50000) / 5));
+  EXPECT_NEAR(absorption["wavenumber"][at], place, 2.5);
+  for (std::size_t i = at - 10; i < at + 10; ++i) {
+    EXPECT_NEAR(emission["strength"][20000 - i], absorption["strength"][i], 1e-20);
+  }
+  // Half as high at half the width.
+  const auto height = [&](double away) -> double {
+    const std::string from = std::to_string(place - 5000 + away);
+    return results({"--spectrum", from, "1e4", "1e4", "--width=0.5"})["spectrum"]["strength"][0];
+  };
+  EXPECT_NEAR(height(0.25) / height(0.0), 0.5, 1e-4);
+  const std::string csv = run({"--spectrum", "0", "1", "0.1", "--width=9"}).out;
+  EXPECT_NE(
+      csv.find("\n# 1 imaginary (or zero) left out\nwavenumber_cm-1,strength_au_per_cm-1\n0,"),
+      std::string::npos)
+      << csv;
+  EXPECT_NE(csv.find("\n0.3,"), std::string::npos) << csv;
+  EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n') - std::count(csv.begin(), csv.end(), '#'), 12);
+}
+
 TEST_F(ZandorHt, says_what_it_does_not_understand) {
   enter(water);
   const std::pair<std::vector<std::string>, const char*> cases[] = {
@@ -190,6 +389,21 @@ TEST_F(ZandorHt, says_what_it_does_not_understand) {
       {{"--energy=0", "--energy-kind=0-0"}, "expected behind --energy a number above 0, found 0"},
       {{"--energy=1"}, "--energy requires --energy-kind"},
       {{"--energy-kind=0-0"}, "requires --energy"},
+      {{"--emission"}, "expected --energy or --spectrum beside --emission, found neither"},
+      {{"--modes-of=none", "--within=-1"},
+       "expected behind --within a number of 0 or more, found -1"},
+      {{"--modes-of", ""}, "expected a file that can be read"},
+      {{"--modes-of=none"}, "none: expected a file that can be read"},
+      {{"--spectrum", "0", "9", "1"}, "--spectrum requires --width"},
+      {{"--width=1"}, "--width requires --spectrum"},
+      {{"--spectrum", "0", "9", "0", "--width=1"}, "a STEP above 0 with at most 1000000 points"},
+      {{"--spectrum", "9", "0", "1", "--width=1"}, "MIN below MAX"},
+      {{"--spectrum", "0", "1e7", "1", "--width=1"}, "found 0 1e+07 1"},
+      {{"--spectrum", "0", "nan", "1", "--width=1"}, "found 0 NaN 1"},
+      {{"--spectrum", "0", "9", "1", "--width=0"},
+       "expected behind --width a number above 0, found 0"},
+      {{"--spectrum", "0", "9", "1", "--width=1", "--origin=inf"},
+       "behind --origin a number, found 0 9 1 and Infinity"},
       {{"--mass=4=1"}, "expected an atom within 1..3 behind --mass, found 4"},
       {{"--mass", "O=1"}, "expected --mass ATOM=MASS"},
       {{"--characters", ""}, "for each of the 0 operations other than the identity"},

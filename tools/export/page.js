@@ -250,6 +250,32 @@
     });
     endGroup();
   }
+  // The strengths as Gaussians as high as their sticks, summed up at equal steps from the left to the right end.
+  function curveOf(plot, vibrations, width) {
+    var lines = vibrations.filter(function (mode) { return width > 0 && mode.strength > 0; }), curve = [], steps = 3000;
+    for (var i = 0; i <= steps && lines.length; i++) {
+      var place = plot.low + i / steps * (plot.high - plot.low);
+      curve.push(lines.reduce(function (height, mode) {
+        var away = (place - mode.frequency) / width;
+        return Math.abs(away) < 4 ? height + mode.strength * Math.exp(-4 * Math.LN2 * away * away) : height;
+      }, 0));
+    }
+    return curve;
+  }
+  function drawCurve(context, plot, curve) {
+    context.strokeStyle = context.fillStyle = ink('--curve');
+    context.lineWidth = 1.5;
+    context.beginPath();
+    curve.forEach(function (height, i) {
+      context.lineTo(plot.left + i / (curve.length - 1) * (plot.right - plot.left), plot.y(height));
+    });
+    context.stroke();
+    context.lineTo(plot.right, plot.base);
+    context.lineTo(plot.left, plot.base);
+    context.globalAlpha = 0.12;
+    context.fill();
+    context.globalAlpha = 1;
+  }
   function drawSpectrum() {
     var canvas = at('spectrum'), ratio = window.devicePixelRatio || 1, width = canvas.clientWidth, height = canvas.clientHeight;
     var context = canvas.getContext('2d'), byStrength = heightKind() === 'strength';
@@ -259,20 +285,23 @@
       high = Math.max(high, mode.frequency);
       low = Math.min(low, mode.frequency);
     });
+    var line = byStrength ? +at('width').value : 0, margin = Math.max(0.03 * (high - low), 1.2 * line);
     canvas.width = Math.round(width * ratio);
     canvas.height = Math.round(height * ratio);
     context.setTransform(ratio, 0, 0, ratio, 0, 0);
     context.font = '12px ' + getComputedStyle(canvas).fontFamily;
     var plot = { left: 8, right: width - 14, base: height - 36, top: 24, thick: vibrations.length > 100 ? 1 : 2,
-      low: low < 0 ? low - 0.03 * (high - low) : 0, high: high + 0.03 * (high - low),
-      heights: byStrength && strongest > 0 ? ticks(0, strongest, 4).slice(1) : [] };
+      low: low < 0 ? low - margin : 0, high: high + margin };
+    var curve = curveOf(plot, vibrations, line), tallest = Math.max.apply(null, curve.concat(strongest));
+    plot.heights = byStrength && strongest > 0 ? ticks(0, tallest, 4).slice(1) : [];
     plot.heights.forEach(function (tick) { plot.left = Math.max(plot.left, 30 + context.measureText(heightText(tick)).width); });
     plot.x = function (frequency) {
       return plot.left + (frequency - plot.low) / (plot.high - plot.low) * (plot.right - plot.left);
     };
-    plot.y = function (strength) { return plot.base - (strongest > 0 ? strength / strongest : 0) * (plot.base - plot.top); };
+    plot.y = function (strength) { return plot.base - (tallest > 0 ? strength / tallest : 0) * (plot.base - plot.top); };
     drawAxis(context, plot);
     placeSticks(plot, vibrations, byStrength);
+    drawCurve(context, plot, curve);
     sticks.forEach(function (stick) { drawStick(context, plot, stick); });
     sticks.filter(function (stick) { return stick.mode === chosen; }).forEach(function (stick) {
       drawStick(context, plot, stick);
@@ -284,6 +313,7 @@
       context.strokeText(name, stick.x, stick.y - 9);
       context.fillText(name, stick.x, stick.y - 9);
     });
+    at('width').disabled = !byStrength;
     at('spectrum-title').textContent = byStrength ? 'Herzberg\u2013Teller strength of the 0\u20131 transitions' : 'Frequencies';
     at('sum').textContent = !byStrength ? '' : sum > 0 ? 'sum ' + strengthText(sum) + ' e\u00b2a\u2080\u00b2' : 'no strength in first order';
     at('sum').title = sum > 0 ? 'Sum of the strengths of all vibrations: ' + sum : 'No derivative of the transition dipole is above the rounding of the printed dipoles';
@@ -336,6 +366,7 @@
   }
   function showSliders() {
     at('amplitude-value').textContent = (+at('amplitude').value).toFixed(2) + ' \u00c5';
+    at('width-value').textContent = at('width').value + ' cm\u207b\u00b9';
     at('speed-value').textContent = (+at('speed').value).toFixed(1) + ' Hz';
     dirty = true;
   }
@@ -415,6 +446,7 @@
     at('speed').addEventListener('input', showSliders);
     at('sets').addEventListener('change', function (event) { changeSet(event.target.value); });
     at('heights').addEventListener('change', drawSpectrum);
+    at('width').addEventListener('input', function () { showSliders(); drawSpectrum(); });
     at('spectrum').addEventListener('click', pickStick);
     at('csv').addEventListener('click', saveTable);
     at('xyz').addEventListener('click', saveFrame);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "analysis/herzberg_teller.hpp"
 #include "analysis/rigid_motions.hpp"
@@ -83,7 +84,42 @@ Totals totals_of(const Request& request, const Eigen::Vector3d& reference,
   return totals;
 }
 
+// Of unit area, `away` from its middle, with a full width of 1 at half maximum.
+double line_shape(double away, bool lorentz) {
+  if (lorentz) return 2.0 / std::numbers::pi / (1.0 + 4.0 * away * away);
+  const double exponent = 4.0 * std::numbers::ln2;
+  return std::sqrt(exponent / std::numbers::pi) * std::exp(-exponent * away * away);
+}
+
+std::vector<double> broadened(const Request& request, const std::vector<Line>& lines) {
+  const Spectrum& spectrum = *request.spectrum;
+  std::vector<double> values(points_of(spectrum), 0.0);
+  const auto add_line = [&](double place, double strength) {
+    for (std::size_t i = 0; i < values.size() && strength > 0.0; ++i) {
+      const double away = (place_of(spectrum, i) - place) / spectrum.width;
+      values[i] += strength / spectrum.width * line_shape(away, spectrum.lorentz);
+    }
+  };
+  for (const Line& line : lines) {
+    if (!line.strength) continue;
+    const double hot = (line.thermal.value_or(*line.strength) - *line.strength) / 2.0;
+    const double quantum = request.emission ? -line.frequency : line.frequency;
+    add_line(spectrum.origin + quantum, *line.strength + hot);
+    add_line(spectrum.origin - quantum, hot);
+  }
+  return values;
+}
+
 }  // namespace
+
+std::size_t points_of(const Spectrum& spectrum) {
+  constexpr double rounding = 1e-6;  // of a step, so that high is reached
+  return static_cast<std::size_t>((spectrum.high - spectrum.low) / spectrum.step + rounding) + 1;
+}
+
+double place_of(const Spectrum& spectrum, std::size_t point) {
+  return spectrum.low + static_cast<double>(point) * spectrum.step;
+}
 
 Results form_results(const Request& request, const zandor::RunData& run,
                      const analysis::PreparedDipoles& dipoles) {
@@ -105,6 +141,7 @@ Results form_results(const Request& request, const zandor::RunData& run,
   for (const auto& group : analysis::degenerate_groups(vibrations)) {
     results.degenerate.push_back(sum_of(results.lines, group));
   }
+  if (request.spectrum) results.spectrum = broadened(request, results.lines);
   return results;
 }
 

@@ -9,9 +9,18 @@
 
 #include "analysis/job_directory.hpp"
 #include "analysis/prepared_dipoles.hpp"
+#include "ht/other_state.hpp"
 #include "zandor/run_data.hpp"
 
 namespace ht {
+
+// A spectrum as it is asked for, cm-1.
+struct Spectrum {
+  double low = 0.0, high = 0.0, step = 0.0;
+  double width = 0.0;    // full width at half maximum
+  bool lorentz = false;  // the shape; Gaussian otherwise
+  double origin = 0.0;   // place of the transition without quanta
+};
 
 struct Request {
   std::string control_file;
@@ -21,6 +30,9 @@ struct Request {
   std::optional<double> energy;  // eV
   bool vertical = false;         // kind of the energy: vertical, or that of the 0-0 transition
   bool emission = false;
+  std::optional<std::string> modes_of;  // a file with another state's modes
+  double within = 0.5;  // Angstrom: how far its geometry may be from that of the jobs
+  std::optional<Spectrum> spectrum;
 };
 
 // A vibration, or several degenerate ones together. Atomic units unless said.
@@ -50,11 +62,21 @@ struct Totals {
 };
 
 struct Results {
+  std::optional<Fit> fit;  // of another state's geometry, whose modes these are
   int rigid_motions = 0;
   std::vector<Line> lines;       // by ascending frequency
   std::vector<Line> degenerate;  // sums over degenerate modes
   Totals totals;
+  // The spectrum that was asked for, e**2 Bohr**2 per cm-1 at low, low + step ... up to high: each
+  // mode's strength at the place of its 0-1 transition, broadened to that area. With a temperature
+  // hot bands are at 1-0, and the strengths of both add up to the thermal one. Herzberg-Teller
+  // terms alone, without |mu0|**2 and what displaced geometries make of it.
+  std::vector<double> spectrum;
 };
+
+// The number of points of a spectrum, and where each (from 0) lies, cm-1.
+std::size_t points_of(const Spectrum& spectrum);
+double place_of(const Spectrum& spectrum, std::size_t point);
 
 // Takes everything apart from the text of the head. The dipoles have to be fit for use.
 Results form_results(const Request& request, const zandor::RunData& run,

@@ -1,3 +1,5 @@
+#include <cstdio>
+
 #include "analysis/herzberg_teller.hpp"
 #include "ht/output.hpp"
 
@@ -21,14 +23,23 @@ std::string comma_row(const Request& request, const Line& line) {
   return text + cell(line.overlap) + "\n";
 }
 
+std::string spectrum_rows(const Spectrum& spectrum, const std::vector<double>& values) {
+  std::string text = "wavenumber_cm-1,strength_au_per_cm-1\n";
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    char row[80];
+    std::snprintf(row, sizeof row, "%.12g,%.9e\n", place_of(spectrum, i), values[i]);
+    text += row;
+  }
+  return text;
+}
+
 }  // namespace
 
-std::string csv(const Request& request, const zandor::RunData& run,
-                const analysis::PreparedDipoles& dipoles, const Results& results) {
+std::string csv(const Report& report) {
+  const auto& [request, run, dipoles, results] = report;
   std::string text;
-  for (const std::string& line : head_lines(request, run, dipoles, results)) {
-    text += "# " + line + "\n";
-  }
+  for (const std::string& line : head_lines(report)) text += "# " + line + "\n";
+  if (request.spectrum) return text + spectrum_rows(*request.spectrum, results.spectrum);
   // Sums are no rows: whoever adds up a column must not count them twice.
   for (const Line& sum : results.degenerate) {
     text += "# degenerate modes " + shown_modes(sum) + " together: |dmu/dq| " +

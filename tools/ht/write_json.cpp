@@ -25,6 +25,10 @@ Json units() {
           {"share", "of the sum of the strengths, 0 to 1"},
           {"overlap", "with the modes of that number in the report's projected list, 0 to 1"},
           {"masses", "amu"},
+          {"modes_of", "distances Angstrom, the first root mean square; mass_difference amu"},
+          {"spectrum",
+           "width (full, at half maximum), origin, wavenumber: cm-1; strength: e**2 "
+           "Bohr**2 per cm-1"},
           {"reference_dipole", "e Bohr"},
           {"energy", "eV"},
           {"temperature", "K"}};
@@ -115,14 +119,36 @@ Json totals(const Totals& totals) {
   return json;
 }
 
+Json modes_of(const Request& request, const Results& results) {
+  if (!results.fit) return nullptr;
+  return {{"file", *request.modes_of},
+          {"distance", results.fit->distance},
+          {"farthest_atom", results.fit->atom},
+          {"farthest_distance", results.fit->farthest},
+          {"mass_difference", results.fit->mass_difference}};
+}
+
+Json spectrum(const Request& request, const std::vector<double>& values) {
+  const Spectrum& asked = *request.spectrum;
+  std::vector<double> places(values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) places[i] = place_of(asked, i);
+  return {{"shape", asked.lorentz ? "lorentz" : "gauss"},
+          {"width", asked.width},
+          {"origin", asked.origin},
+          {"process", request.emission ? "emission" : "absorption"},
+          {"wavenumber", places},
+          {"strength", values}};
+}
+
 }  // namespace
 
-std::string json(const Request& request, const zandor::RunData& run,
-                 const analysis::PreparedDipoles& dipoles, const Results& results) {
+std::string json(const Report& report) {
+  const auto& [request, run, dipoles, results] = report;
   Json json = {{"program", io::program_name},
                {"control_file", request.control_file},
                {"units", units()},
                {"molecule", molecule(request, run)},
+               {"modes_of", modes_of(request, results)},
                {"rigid_motions", results.rigid_motions},
                {"disp_sign", run.disp_sign},
                {"derivatives_take_true_steps", true},
@@ -139,6 +165,7 @@ std::string json(const Request& request, const zandor::RunData& run,
   json["modes"] = modes(request, results.lines);
   json["degenerate"] = modes(request, results.degenerate);
   json["totals"] = totals(results.totals);
+  if (request.spectrum) json["spectrum"] = spectrum(request, results.spectrum);
   return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

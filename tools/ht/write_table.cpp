@@ -80,10 +80,10 @@ std::string totals_text(const Totals& totals) {
 
 }  // namespace
 
-std::string table(const Request& request, const zandor::RunData& run,
-                  const analysis::PreparedDipoles& dipoles, const Results& results) {
+std::string table(const Report& report) {
+  const auto& [request, run, dipoles, results] = report;
   std::string text;
-  for (const std::string& line : head_lines(request, run, dipoles, results)) text += line + "\n";
+  for (const std::string& line : head_lines(report)) text += line + "\n";
   text += "\n" + caption(request);
   for (const Line& line : results.lines) text += table_row(request, line);
   if (!results.degenerate.empty()) text += "\n degenerate modes together\n";

@@ -1,6 +1,7 @@
 // zandor_ht: Herzberg-Teller terms along the normal modes. Runs in the job directory, on the
 // control file of zandor_gather, and writes to standard output only.
 #include <cmath>
+#include <tuple>
 
 #include "analysis/rigid_motions.hpp"
 #include "ht/output.hpp"
@@ -28,47 +29,93 @@ bool parse(int argc, char** argv, CommandLine& line) {
   app.footer("Exit status: 0 done, 1 the reference sign file lacks a keyword, 2 anything else.");
   ht::Request& request = line.request;
   options::JobOptions job;
-  std::string kind;
-  double kelvin = 0.0, energy = 0.0;
+  ht::Spectrum spectrum;
+  std::vector<double> range;
+  std::string kind, file, shape = "gauss";
   options::add_job_options(app, job);
   auto* const json = app.add_flag("--json", line.as_json, "write JSON");
   app.add_flag("--csv", line.as_csv, "write comma-separated values")->excludes(json);
-  auto* const temperature =
-      app.add_option("--temperature", kelvin, "thermal strengths at K kelvin");
-  auto* const given_energy =
-      app.add_option("--energy", energy, "electronic energy in eV, for oscillator strengths");
+  app.add_option("--temperature", request.kelvin, "thermal strengths at K kelvin");
+  auto* const given_energy = app.add_option("--energy", request.energy,
+                                            "electronic energy in eV, for oscillator strengths");
   auto* const given_kind =
       app.add_option("--energy-kind", kind, "what --energy is: vertical or 0-0");
   given_kind->check(CLI::IsMember({"vertical", "0-0"}))->needs(given_energy);
   given_energy->needs(given_kind);
-  app.add_flag("--emission", request.emission, "oscillator strengths of emission, not absorption")
-      ->needs(given_energy);
+  app.add_flag("--emission", request.emission,
+               "oscillator strengths and spectrum of emission, not absorption");
+  auto* const other = app.add_option("--modes-of", file,
+                                     "take the modes of another state, from a formatted checkpoint "
+                                     "file, an ORCA .hess file or the JSON of zandor_export")
+                          ->type_name("FILE");
+  app.add_option("--within", request.within,
+                 "how far its geometry may be from that of the jobs, Angstrom, root mean square")
+      ->capture_default_str()
+      ->needs(other);
+  auto* const given_range =
+      app.add_option("--spectrum", range,
+                     "the broadened strengths at these wavenumbers, as CSV or JSON")
+          ->expected(3)
+          ->allow_extra_args(false)
+          ->type_name("MIN MAX STEP");
+  auto* const width =
+      app.add_option("--width", spectrum.width, "full width at half maximum of its lines, cm-1")
+          ->needs(given_range);
+  given_range->needs(width);
+  app.add_option("--shape", shape, "shape of its lines")
+      ->check(CLI::IsMember({"gauss", "lorentz"}))
+      ->capture_default_str()
+      ->needs(given_range);
+  app.add_option("--origin", spectrum.origin, "wavenumber of the transition without quanta, cm-1")
+      ->capture_default_str()
+      ->needs(given_range);
   if (!options::parse(app, argc, argv)) return false;
-  if (temperature->count() > 0) request.kelvin = kelvin;
-  if (given_energy->count() > 0) request.energy = energy;
   request.vertical = kind == "vertical";
+  if (other->count() > 0) request.modes_of = file;
+  if (given_range->count() > 0) {
+    spectrum.lorentz = shape == "lorentz";
+    std::tie(spectrum.low, spectrum.high, spectrum.step) = std::tie(range[0], range[1], range[2]);
+    request.spectrum = spectrum;
+  }
   request.control_file = job.control_file;
   request.dipoles = {job.characters, job.settle_signs, {}, {}};
   request.masses = analysis::parse_mass_changes(job.isotopes, job.masses);
   return true;
 }
 
+// Whether the number behind an option is above 0, or at least 0.
+void check(const char* option, const std::optional<double>& number, bool zero_too) {
+  if (!number || (std::isfinite(*number) && (zero_too ? *number >= 0.0 : *number > 0.0))) return;
+  io::fatal_stop("expected behind " + std::string(option) +
+                 (zero_too ? " a number of 0 or more, found " : " a number above 0, found ") +
+                 io::shown(*number));
+}
+
 void check(const ht::Request& request) {
-  if (request.kelvin && !(std::isfinite(*request.kelvin) && *request.kelvin >= 0.0)) {
-    io::fatal_stop("expected behind --temperature a number of 0 or more, found " +
-                   io::shown(*request.kelvin));
+  constexpr double most_points = 1e6;
+  check("--temperature", request.kelvin, true);
+  check("--energy", request.energy, false);
+  check("--within", request.within, true);
+  if (request.emission && !request.energy && !request.spectrum) {
+    io::fatal_stop("expected --energy or --spectrum beside --emission, found neither");
   }
-  if (request.energy && !(std::isfinite(*request.energy) && *request.energy > 0.0)) {
-    io::fatal_stop("expected behind --energy a number above 0, found " +
-                   io::shown(*request.energy));
+  if (!request.spectrum) return;
+  const auto& [low, high, step, width, lorentz, origin] = *request.spectrum;
+  if (!(step > 0.0 && high > low && (high - low) / step < most_points && std::isfinite(origin))) {
+    io::fatal_stop(
+        "expected behind --spectrum MIN below MAX and a STEP above 0 with at most 1000000 points, "
+        "behind --origin a number, found " +
+        io::shown(low) + " " + io::shown(high) + " " + io::shown(step) + " and " +
+        io::shown(origin));
   }
+  check("--width", width, false);
 }
 
 int run_and_write(int argc, char** argv) {
   CommandLine line;
   if (!parse(argc, argv, line)) return 0;
   check(line.request);
-  const zandor::RunData run =
+  zandor::RunData run =
       analysis::load_job_directory(line.request.control_file, line.request.masses);
   const std::string turned = analysis::turned_geometry(run);
   if (!turned.empty()) io::warn({run.com_name.content()}, turned);
@@ -76,10 +123,16 @@ int run_and_write(int argc, char** argv) {
   const analysis::PreparedDipoles dipoles = analysis::prepare_dipoles(run, line.request.dipoles);
   for (const std::string& warning : dipoles.warnings) io::warn({}, warning);
   if (!dipoles.refusal.empty()) io::fatal_stop(dipoles.refusal);
-  const ht::Results results = ht::form_results(line.request, run, dipoles);
-  const auto write = line.as_json ? ht::json : line.as_csv ? ht::csv : ht::table;
+  std::optional<ht::Fit> fit;
+  if (line.request.modes_of) {
+    fit = ht::take_modes(*line.request.modes_of, line.request.within, line.request.masses, run);
+  }
+  ht::Results results = ht::form_results(line.request, run, dipoles);
+  results.fit = fit;
+  const bool as_csv = line.as_csv || line.request.spectrum;
+  const auto write = line.as_json ? ht::json : as_csv ? ht::csv : ht::table;
   io::open_standard_output(unit);
-  io::output(unit).text(write(line.request, run, dipoles, results));
+  io::output(unit).text(write({line.request, run, dipoles, results}));
   io::close(unit);
   return 0;
 }
