@@ -10,7 +10,7 @@ namespace exporting {
 
 namespace {
 
-// Of elements 1 to 96, pm.
+// Of elements 1 to 96, pm (Cordero et al., Dalton Trans. 2008, 2832).
 constexpr int covalent_radii[] = {
     31,  28,  128, 96,  84,  76,  71,  66,  57,  58,  166, 141, 121, 111, 107, 105,
     102, 106, 203, 176, 170, 160, 153, 139, 139, 132, 126, 124, 132, 122, 122, 120,
@@ -20,33 +20,34 @@ constexpr int covalent_radii[] = {
     145, 146, 148, 140, 150, 150, 260, 221, 215, 206, 200, 196, 190, 187, 180, 169};
 
 double radius(int atomic_number) {
-  const bool known = atomic_number >= 1 && atomic_number <= int{std::size(covalent_radii)};
-  return known ? covalent_radii[atomic_number - 1] / 100.0 : 1.5;
+  const auto place = static_cast<std::size_t>(atomic_number - 1);
+  return place < std::size(covalent_radii) ? covalent_radii[place] / 100.0 : 1.5;
 }
 
-}  // namespace
-
-std::vector<int> bonded_atoms(const Content& content) {
-  std::vector<int> pairs;
+// Pairs of atoms (from 0), one after the other, that are closer than 1.2 times the sum of their
+// radii.
+std::vector<std::size_t> bonded_atoms(const Content& content) {
+  std::vector<std::size_t> pairs;
   const std::vector<int>& numbers = content.atomic_numbers;
   for (std::size_t a = 0; a < numbers.size(); ++a) {
     const double* const p = &content.geometry[3 * a];
     for (std::size_t b = 0; b < a; ++b) {
       const double* const q = &content.geometry[3 * b];
       const double apart = std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
-      if (apart * flib::angstrom_per_bohr >= 1.2 * (radius(numbers[a]) + radius(numbers[b])))
-        continue;
-      pairs.insert(pairs.end(), {static_cast<int>(b), static_cast<int>(a)});
+      const double touching = (radius(numbers[a]) + radius(numbers[b])) / flib::angstrom_per_bohr;
+      if (apart < 1.2 * touching) pairs.insert(pairs.end(), {b, a});
     }
   }
   return pairs;
 }
 
+}  // namespace
+
 void write_cjson(const Content& content, io::OutputFile& out) {
   const ModeList& list = content.projected;
   const std::vector<std::size_t> modes = vibrations(list);
   const std::size_t n3 = list.frequencies.size();
-  const std::vector<int> bonds = bonded_atoms(content);
+  const std::vector<std::size_t> bonds = bonded_atoms(content);
   std::vector<double> geometry, frequencies;
   for (const double x : content.geometry) geometry.push_back(x * flib::angstrom_per_bohr);
   for (const std::size_t k : modes) frequencies.push_back(list.frequencies[k - 1]);

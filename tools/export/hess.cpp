@@ -50,7 +50,7 @@ void write_hess(const Content& content, io::OutputFile& out) {
   write_matrix(displacements, out);
   out.text("\n#\n# " + title(content) + "\n#\n$atoms\n").text(std::to_string(n3 / 3) + "\n");
   for (std::size_t a = 0; a < n3 / 3; ++a) {
-    out.text(symbol_column(content.symbols[a])).fixed(content.masses[a], 16, 9);
+    out.text(content.symbols[a], 4).fixed(content.masses[a], 16, 9);
     for (std::size_t k = 0; k < 3; ++k) out.fixed(content.geometry[3 * a + k], 19, 12);
     out.end_line();
   }
