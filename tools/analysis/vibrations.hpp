@@ -46,10 +46,9 @@ struct Vibrations {
   Eigen::VectorXd overlap;
 };
 
-// Takes the modes of M^-1/2 hess M^-1/2 beside the rigid motions, and puts them beside the report's
-// projected modes. Takes hess, sqtmass, cp and freqp
-// of the run as analyse_vibrations leaves them. Numbers too large to be diagonalised are a fatal
-// stop.
+// Takes the modes of M^-1/2 hess M^-1/2 beside the rigid motions, and pairs them with the report's
+// projected modes. Needs hess, sqtmass, cp and freqp of the run as analyse_vibrations leaves them.
+// Numbers too large to be diagonalised are a fatal stop.
 Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigid);
 
 // The positions (from 0) of vibrations that are degenerate, by groups of two or more: real
