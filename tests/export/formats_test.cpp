@@ -71,7 +71,7 @@ TEST(Formats, write_molden_without_blank_lines_exponents_or_rigid_motions) {
             "[Molden Format]\n[Atoms] AU\n"
             "  Cl 1 17      0.1000000000 -200000.0000000000      0.0000000000\n"
             "   X 2 0      0.0000000000      0.0000000000      2.4000000000\n"
-            "[FREQ]\n     -500.250000\n[FR-COORD]\n"
+            "[N_FREQ]\n1\n[FREQ]\n     -500.250000\n[FR-COORD]\n"
             "  Cl      0.1000000000 -200000.0000000000      0.0000000000\n"
             "   X      0.0000000000      0.0000000000      2.4000000000\n"
             "[FR-NORM-COORD]\nvibration 1\n"

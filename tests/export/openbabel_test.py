@@ -1,4 +1,4 @@
-"""Open Babel reads the Molden file with the vibrations of the JSON.
+"""Open Babel reads the Molden file with the vibrations of the JSON, and the geometry of the checkpoint file.
 
 usage: openbabel_test.py ZANDOR_EXPORT JOBDIRECTORY...
 """
@@ -26,10 +26,22 @@ def read_by_open_babel(path):
     return [float(word) for word in frequencies.split()], displacements
 
 
+def geometry_by_open_babel(path):
+    """Symbols and places in Angstrom."""
+    run = subprocess.run(["obabel", "-ifchk", path, "-oxyz"], capture_output=True, text=True, check=True)
+    rows = [line.split() for line in run.stdout.split("\n")[2:] if line]
+    return [row[0] for row in rows], [float(word) for row in rows for word in row[1:]]
+
+
 for job in sys.argv[2:]:
     with tempfile.TemporaryDirectory() as temporary:
         place = copy_of(job, temporary)
-        modes = json.loads(export(program, place, "json"))["projected"]
+        data = json.loads(export(program, place, "json"))
+        modes = data["projected"]
+        export(program, place, "fchk", "-o", os.path.join(place, "modes.fchk"))
+        symbols, places = geometry_by_open_babel(os.path.join(place, "modes.fchk"))
+        assert symbols == data["symbols"]
+        assert max(abs(x - y * 0.529177249) for x, y in zip(places, data["geometry"])) < 2e-5
         rigid = 5 if len(modes["frequencies"]) == 6 else 6
         all_modes = range(len(modes["frequencies"]))
         motions = sorted(all_modes, key=lambda k: -modes["rigid_weight"][k])[:rigid]

@@ -25,6 +25,11 @@ add_program_test(ZandorExport.frequencies_are_rebuilt_by_ase ${scripts}/ase_test
   $<TARGET_FILE:zandor_export> $<TARGET_FILE:zandor_gather> ${jobs})
 add_program_test(ZandorExport.molden_is_read_by_open_babel ${scripts}/openbabel_test.py
   $<TARGET_FILE:zandor_export> ${jobs})
+add_program_test(ZandorExport.vibrations_are_read_by_jmol ${scripts}/jmol_test.py
+  $<TARGET_FILE:zandor_export> ${PROJECT_SOURCE_DIR}/examples/formaldehyde-s1
+  ${CMAKE_CURRENT_SOURCE_DIR}/zandor/cases/diatomic-dipoles)
+add_program_test(ZandorExport.formats_hold_what_the_json_holds ${scripts}/round_trip_test.py
+  $<TARGET_FILE:zandor_export> $<TARGET_FILE:zandor_collect> ${jobs})
 add_program_test(ZandorExport.json_fits_its_schema ${scripts}/schema_test.py
   $<TARGET_FILE:zandor_export> ${PROJECT_SOURCE_DIR}/docs/zandor-vibrations.schema.json ${jobs})
 add_program_test(ZandorExport.page_works_in_chromium ${scripts}/page_test.py

@@ -89,6 +89,32 @@ TEST_F(ZandorExport, gives_what_the_report_and_its_jobs_hold) {
   }
 }
 
+// The state, in the words of either program that writes sign files.
+TEST_F(ZandorExport, tells_what_the_reference_says_of_its_state) {
+  enter("examples/formaldehyde-s1");
+  const std::string name = "coord-ch2o-s1-ref.sgn", electronvolts = "3.376900";
+  const auto line_of_checkpoint = [&](const std::string& name_of_record) {
+    const std::string text = run({"fchk", "control.inp"}).out;
+    const std::size_t at = text.find("\n" + name_of_record + " ");
+    return at == text.npos ? "" : text.substr(at + 45, 27);
+  };
+  json all = exported();
+  EXPECT_NEAR(all["excitation_energy"], 3.3769 / 27.211386245988, 1e-12);
+  EXPECT_EQ(all["oscillator_strength"], 0.0);
+  EXPECT_EQ(all["gradient"][2], -7.84e-8);
+  EXPECT_EQ(line_of_checkpoint("SCF Energy"), "     -1.144841996836000E+02");
+  EXPECT_EQ(line_of_checkpoint("Total Energy"), "     -1.143601008975450E+02");
+  support::edit_file(name, " Total ground state energy (Hartree)       -114.4841996836",
+                     " Energy of the state (Hartree)  -1.1436D2");
+  support::edit_file(name, electronvolts, electronvolts + " 2.0");
+  support::edit_file(name, "0.0000000784", "0.00000007x4");
+  all = exported();
+  for (const char* key : {"excitation_energy", "gradient"}) EXPECT_FALSE(all.contains(key)) << key;
+  EXPECT_EQ(line_of_checkpoint("SCF Energy"), "      0.000000000000000E+00");
+  EXPECT_EQ(line_of_checkpoint("Total Energy"), "     -1.143600000000000E+02");
+  EXPECT_EQ(line_of_checkpoint("Cartesian Gradient"), "");
+}
+
 TEST_F(ZandorExport, leaves_out_derivatives_that_mean_nothing_and_says_so) {
   enter("tests/zandor/cases/nine-atoms-c2v");
   const support::Outcome outcome = run({"json", "control.inp"});
@@ -139,9 +165,11 @@ TEST_F(ZandorExport, names_what_it_cannot_do) {
   fs::create_symlink("files.out", "link");
   support::write_file("vib.xyz", "");
   const std::pair<Arguments, const char*> cases[] = {
-      {{"pdf", "control.inp"}, "expected a format (json, molden, xyz or html), found 'pdf'"},
-      {{}, "expected a format (json, molden, xyz or html), found none"},
-      {{"control.inp", "json"}, "(json, molden, xyz or html), found 'control.inp'"},
+      {{"pdf", "control.inp"},
+       "expected a format (json, fchk, hess, cjson, molden, xyz or html), found 'pdf'"},
+      {{}, "expected a format (json, fchk, hess, cjson, molden, xyz or html), found none"},
+      {{"control.inp", "json"},
+       "(json, fchk, hess, cjson, molden, xyz or html), found 'control.inp'"},
       {{"--mass", "3=2", "json", "control.inp"}, "options behind the format, found '--mass'"},
       {{"json"}, "CONTROLFILE is required"},
       {{"json", "control.inp", "--all"}, "--all"},

@@ -201,19 +201,14 @@ PreparedDipoles prepare_dipoles(const zandor::RunData& run, const DipoleChoices&
 
 Eigen::MatrixXd vibration_directions(const zandor::RunData& run) {
   const Eigen::Map<const Eigen::MatrixXd> forces(run.force.column(1, 1), run.n3, run.n6);
-  Eigen::VectorXd root_mass(run.n3);
-  for (int i = 0; i < run.n3; ++i) root_mass(i) = std::sqrt(run.mass(i / 3 + 1));
-  const Eigen::MatrixXd weight = root_mass.cwiseInverse().asDiagonal();
+  Eigen::VectorXd inverse(run.n3);
+  for (int i = 0; i < run.n3; ++i) inverse(i) = 1.0 / std::sqrt(run.mass(i / 3 + 1));
   Eigen::MatrixXd weighted(run.n3, run.n3);
   for (Eigen::Index i = 0; i < run.n3; ++i) {
-    weighted.col(i) = weight * (forces.col(2 * i) - forces.col(2 * i + 1)) * weight(i, i);
+    weighted.col(i) = inverse(i) * inverse.cwiseProduct(forces.col(2 * i) - forces.col(2 * i + 1));
   }
-  const RigidMotions rigid = rigid_motions(run);
-  const Eigen::MatrixXd out = rigid.basis * rigid.basis.transpose();
-  const Eigen::MatrixXd in = Eigen::MatrixXd::Identity(run.n3, run.n3) - out;
-  weighted = in * (weighted + weighted.transpose()) * in;
-  weighted += 10.0 * weighted.norm() * out;
-  return weight * eigenmodes(weighted).vectors.leftCols(run.n3 - rigid.rank);
+  const Eigenmodes modes = modes_beside(rigid_motions(run), weighted + weighted.transpose());
+  return inverse.asDiagonal() * modes.vectors;
 }
 
 DensityElement density_element(const zandor::SignHeader& header) {

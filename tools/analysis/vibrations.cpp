@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <tuple>
+#include <utility>
 
+#include "flib/ddiag.hpp"
 #include "flib/units_of_measure.hpp"
 
 namespace analysis {
@@ -12,15 +14,6 @@ namespace {
 
 using Matrix = Eigen::Map<const Eigen::MatrixXd>;
 using Vector = Eigen::Map<const Eigen::VectorXd>;
-
-// n3 x (n3 - rank): orthonormal columns, orthogonal to the rigid motions.
-Eigen::MatrixXd complement(const RigidMotions& rigid) {
-  const Eigen::Index n3 = rigid.basis.rows();
-  const Eigen::HouseholderQR<Eigen::MatrixXd> qr(rigid.basis);
-  Eigen::MatrixXd all = Eigen::MatrixXd::Identity(n3, n3);
-  all.applyOnTheLeft(qr.householderQ());
-  return all.rightCols(n3 - rigid.rank);
-}
 
 // Gives every vibration (row) the mode of the report (column) that it is most alike, each once.
 std::vector<int> pair_modes(const Eigen::MatrixXd& alike) {
@@ -99,26 +92,41 @@ Eigen::MatrixXd mass_weighted_force_constants(const zandor::RunData& run) {
 }
 
 Eigenmodes eigenmodes(const Eigen::MatrixXd& weighted) {
-  const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(weighted);
-  const Eigen::VectorXd& lambda = solver.eigenvalues();
-  if (solver.info() != Eigen::Success || !lambda.allFinite()) {
+  const auto n = static_cast<int>(weighted.rows());
+  Eigenmodes modes{Eigen::VectorXd(n), Eigen::MatrixXd(n, n)};
+  Eigen::VectorXd lambda(n), work(n);
+  int not_converged = 0;
+  flib::tred2e(n, n, weighted.data(), lambda.data(), work.data(), modes.vectors.data());
+  flib::tql2e(n, n, lambda.data(), work.data(), modes.vectors.data(), not_converged);
+  if (not_converged != 0 || !lambda.allFinite()) {
     io::fatal_stop(
         "expected vibrations that can be told from the rigid motions, found a geometry or "
         "force constants too large for it");
   }
-  return {lambda.cwiseAbs().cwiseSqrt().cwiseProduct(lambda.cwiseSign()), solver.eigenvectors()};
+  modes.frequency = lambda.cwiseAbs().cwiseSqrt().cwiseProduct(lambda.cwiseSign());
+  return modes;
+}
+
+Eigenmodes modes_beside(const RigidMotions& rigid, Eigen::MatrixXd weighted) {
+  const Eigen::Index n3 = weighted.rows();
+  const Eigen::Index count = n3 - rigid.rank;
+  // Its reflections turn the rigid motions into the first coordinates.
+  const Eigen::HouseholderQR<Eigen::MatrixXd> qr(rigid.basis);
+  weighted.applyOnTheLeft(qr.householderQ().adjoint());
+  weighted.applyOnTheRight(qr.householderQ());
+  weighted = weighted.bottomRightCorner(count, count).eval();
+  Eigenmodes modes = eigenmodes(weighted);
+  weighted.setZero(n3, count);
+  weighted.bottomRows(count) = modes.vectors;
+  weighted.applyOnTheLeft(qr.householderQ());
+  modes.vectors = std::move(weighted);
+  return modes;
 }
 
 Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigid) {
-  const Eigen::MatrixXd weighted = mass_weighted_force_constants(run);
-  const Eigen::MatrixXd space = complement(rigid);
-  Vibrations vibrations;
-  vibrations.modes = space;
-  if (space.cols() == 0) return vibrations;  // one atom
-  const Eigenmodes within = eigenmodes(space.transpose() * weighted * space);
-  vibrations.frequency = within.frequency;
-  vibrations.modes = space * within.vectors;
-  compare_with_report(run, vibrations);
+  Eigenmodes modes = modes_beside(rigid, mass_weighted_force_constants(run));
+  Vibrations vibrations{std::move(modes.frequency), std::move(modes.vectors), {}, {}};
+  if (vibrations.frequency.size() > 0) compare_with_report(run, vibrations);  // more than one atom
   return vibrations;
 }
 

@@ -25,6 +25,10 @@ struct Eigenmodes {
 // Diagonalises symmetric mass-weighted force constants. Numbers too large for it are a fatal stop.
 Eigenmodes eigenmodes(const Eigen::MatrixXd& weighted);
 
+// The same within the space that is orthogonal to the rigid motions: n3 - rank of them, each vector
+// with n3 components.
+Eigenmodes modes_beside(const RigidMotions& rigid, Eigen::MatrixXd weighted);
+
 // n = n3 - rank vibrations, by ascending frequency. What is left when the rigid motions are gone is
 // a vibration, however small its frequency.
 struct Vibrations {
@@ -42,10 +46,9 @@ struct Vibrations {
   Eigen::VectorXd overlap;
 };
 
-// Diagonalises U^T M^-1/2 hess M^-1/2 U, with U an orthonormal basis of what is orthogonal to the
-// rigid motions, and puts it beside the report's projected modes. Takes hess, sqtmass, cp and freqp
-// of the run as analyse_vibrations leaves them. Numbers too large to be diagonalised are a fatal
-// stop.
+// Takes the modes of M^-1/2 hess M^-1/2 beside the rigid motions, and pairs them with the report's
+// projected modes. Needs hess, sqtmass, cp and freqp of the run as analyse_vibrations leaves them.
+// Numbers too large to be diagonalised are a fatal stop.
 Vibrations exact_vibrations(const zandor::RunData& run, const RigidMotions& rigid);
 
 // The positions (from 0) of vibrations that are degenerate, by groups of two or more: real

@@ -4,7 +4,14 @@
 #include <cmath>
 #include <numeric>
 
+#include "io/fatal.hpp"
+
 namespace exporting {
+
+std::string title(const Content& content) {
+  const std::string changed = content.changed_masses.empty() ? "" : "; " + content.changed_masses;
+  return "zandor_export " ZANDOR_VERSION ": " + io::printable(content.folder) + changed;
+}
 
 std::vector<int> largest_rigid_weights(const std::vector<double>& rigid_weights,
                                        std::size_t count) {
@@ -22,6 +29,14 @@ std::vector<int> largest_rigid_weights(const std::vector<double>& rigid_weights,
 bool is_rigid_motion(const ModeList& list, std::size_t mode) {
   return std::binary_search(list.rigid_motions.begin(), list.rigid_motions.end(),
                             static_cast<int>(mode));
+}
+
+std::vector<std::size_t> vibrations(const ModeList& list) {
+  std::vector<std::size_t> modes;
+  for (std::size_t k = 1; k <= list.frequencies.size(); ++k) {
+    if (!is_rigid_motion(list, k)) modes.push_back(k);
+  }
+  return modes;
 }
 
 double scale_to_unit_motion(const ModeList& list, std::size_t mode) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,10 @@ struct Content {
   std::vector<double> geometry;  // x, y, z of every atom, Bohr
   // Rows of a rotation that turns the axis of the largest moment of inertia to the viewer.
   std::array<double, 9> view{};
+  // What the reference's sign file tells of its state, as far as it does: Hartree, and the gradient
+  // of the energy (Hartree/Bohr, as the geometry), empty where the file holds no forces.
+  std::optional<double> ground_energy, energy, excitation_energy, oscillator_strength;
+  std::vector<double> gradient;
   double step = 0.0;  // Bohr
   bool symmetry_used = false;
   flib::Array<double, 2> hessian;  // 3 natom x 3 natom, Hartree/Bohr**2, symmetric
@@ -50,18 +55,23 @@ struct Content {
   // atom; empty where signs or characters are not known.
   std::vector<double> dipole_gradient;
 
-  // The rigid motions are taken out exactly; vibrations have the numbers that they have in the
-  // report, rigid motions (frequency 0) the rest.
-  ModeList projected;
-  // The modes of the force constants as they are, ascending.
-  ModeList unprojected;
+  // Either list is empty where it was not asked for. Projected: the rigid motions are taken out
+  // exactly; vibrations have the numbers that they have in the report, rigid motions (frequency 0)
+  // the rest. Unprojected: the modes of the force constants as they are, ascending.
+  ModeList projected, unprojected;
 };
+
+// One line for formats with a place for one: the program, the job directory, changed masses.
+std::string title(const Content& content);
 
 // The numbers, ascending, of the `count` modes with the largest rigid weights.
 std::vector<int> largest_rigid_weights(const std::vector<double>& rigid_weights, std::size_t count);
 
 // Whether mode `mode` (from 1) is one of the list's rigid motions.
 bool is_rigid_motion(const ModeList& list, std::size_t mode);
+
+// The numbers of the other modes.
+std::vector<std::size_t> vibrations(const ModeList& list);
 
 // The factor that makes the farthest moving atom of mode `mode` (from 1) move by 1; 0 where no atom
 // moves.

@@ -1,7 +1,6 @@
 #include "export/json.hpp"
 
 #include <cmath>
-#include <functional>
 #include <nlohmann/json.hpp>
 #include <numeric>
 #include <span>
@@ -44,6 +43,9 @@ Json units() {
       {"masses", "u"},
       {"geometry", "bohr"},
       {"step", "bohr"},
+      {"excitation_energy", "hartree, as the reference's sign file has it"},
+      {"oscillator_strength", "none, as the reference's sign file has it"},
+      {"gradient", "hartree/bohr, of the energy at the reference geometry: minus the forces"},
       {"hessian", "hartree/bohr**2, symmetrised: both elements of a pair are their mean"},
       {"transition_dipole", "e*bohr"},
       {"transition_dipole_gradient",
@@ -58,31 +60,17 @@ Json units() {
   };
 }
 
-Json modes(const ModeList& list) {
+void add_modes(const ModeList& list, JsonObject& json) {
   const std::size_t n3 = list.frequencies.size();
-  Json json = {{"frequencies", numbers(list.frequencies.data(), {n3})},
-               {"reduced_masses", numbers(list.reduced_masses.data(), {n3})},
-               {"displacements", numbers(list.displacements.data(), {n3, n3 / 3, 3})},
-               {"rigid_weight", numbers(list.rigid_weights.data(), {n3})}};
+  json.add("frequencies", numbers(list.frequencies.data(), {n3}));
+  json.add("reduced_masses", numbers(list.reduced_masses.data(), {n3}));
+  json.add_rows("displacements", n3, [&](std::size_t k) {
+    return numbers(list.displacements.column(1, k + 1), {n3 / 3, 3});
+  });
+  json.add("rigid_weight", numbers(list.rigid_weights.data(), {n3}));
   if (!list.dipole_derivatives.empty()) {
-    json["transition_dipole_derivatives"] = numbers(list.dipole_derivatives.data(), {n3, 3});
+    json.add("transition_dipole_derivatives", numbers(list.dipole_derivatives.data(), {n3, 3}));
   }
-  return json;
-}
-
-// Objects a key to a line; an array stays on the line of its key.
-void write_value(const Json& value, const std::string& indent, io::OutputFile& out) {
-  if (!value.is_object()) {
-    out.text(text_of(value));
-    return;
-  }
-  const char* before = "{\n ";
-  for (const auto& [key, member] : value.items()) {
-    out.text(before + indent + text_of(key) + ": ");
-    write_value(member, indent + " ", out);
-    before = ",\n ";
-  }
-  out.text("\n" + indent + "}");
 }
 
 }  // namespace
@@ -95,27 +83,63 @@ std::string text_of(const Json& value) {
   return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+void JsonObject::write(io::OutputFile& out, const std::string& indent, const Members& members) {
+  JsonObject object(out, indent);
+  members(object);
+  out.text("\n" + indent + "}");
+}
+
+io::OutputFile& JsonObject::begin(const std::string& key) {
+  out_.text((empty_ ? "{\n " : ",\n ") + indent_ + text_of(key) + ": ");
+  empty_ = false;
+  return out_;
+}
+
+void JsonObject::add(const std::string& key, const Json& value) {
+  if (!value.is_object()) {
+    begin(key).text(text_of(value));
+    return;
+  }
+  add_object(key, [&](JsonObject& object) {
+    for (const auto& [name, member] : value.items()) object.add(name, member);
+  });
+}
+
+void JsonObject::add_rows(const std::string& key, std::size_t count,
+                          const std::function<Json(std::size_t)>& row) {
+  begin(key);
+  for (std::size_t i = 0; i < count; ++i) out_.text((i == 0 ? "[" : ",") + text_of(row(i)));
+  out_.text(count == 0 ? "[]" : "]");
+}
+
 void write_json(const Content& content, io::OutputFile& out) {
   const std::size_t natom = content.symbols.size();
-  Json json = {{"schema_name", "zandor_vibrations"},
-               {"schema_version", 1},
-               {"provenance", provenance(content)},
-               {"units", units()},
-               {"symbols", content.symbols},
-               {"atomic_numbers", content.atomic_numbers},
-               {"masses", numbers(content.masses.data(), {natom})},
-               {"geometry", numbers(content.geometry.data(), {3 * natom})},
-               {"step", numbers(&content.step, {})},
-               {"symmetry_used", content.symmetry_used},
-               {"hessian", numbers(content.hessian.data(), {3 * natom, 3 * natom})},
-               {"transition_dipole", numbers(content.dipole.data(), {3})}};
-  if (!content.dipole_gradient.empty()) {
-    json["transition_dipole_gradient"] = numbers(content.dipole_gradient.data(), {natom, 3, 3});
-  }
-  json["projected"] = modes(content.projected);
-  json["unprojected"] = modes(content.unprojected);
-  write_value(json, "", out);
-  out.end_line();
+  const auto n3 = 3 * natom;
+  JsonObject::write(out, [&](JsonObject& json) {
+    json.add("schema_name", "zandor_vibrations");
+    json.add("schema_version", 1);
+    json.add("provenance", provenance(content));
+    json.add("units", units());
+    json.add("symbols", content.symbols);
+    json.add("atomic_numbers", content.atomic_numbers);
+    json.add("masses", numbers(content.masses.data(), {natom}));
+    json.add("geometry", numbers(content.geometry.data(), {n3}));
+    json.add("step", numbers(&content.step, {}));
+    json.add("symmetry_used", content.symmetry_used);
+    if (content.excitation_energy) json.add("excitation_energy", *content.excitation_energy);
+    if (content.oscillator_strength) json.add("oscillator_strength", *content.oscillator_strength);
+    if (!content.gradient.empty()) json.add("gradient", numbers(content.gradient.data(), {n3}));
+    json.add_rows("hessian", n3,
+                  [&](std::size_t i) { return numbers(content.hessian.column(i + 1), {n3}); });
+    json.add("transition_dipole", numbers(content.dipole.data(), {3}));
+    if (!content.dipole_gradient.empty()) {
+      json.add("transition_dipole_gradient",
+               numbers(content.dipole_gradient.data(), {natom, 3, 3}));
+    }
+    json.add_object("projected", [&](JsonObject& modes) { add_modes(content.projected, modes); });
+    json.add_object("unprojected",
+                    [&](JsonObject& modes) { add_modes(content.unprojected, modes); });
+  });
 }
 
 }  // namespace exporting

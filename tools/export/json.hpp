@@ -1,6 +1,7 @@
 // The analysis as JSON in atomic units; docs/zandor-vibrations.schema.json describes the keys.
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
@@ -19,6 +20,35 @@ Json numbers(const double* values, std::initializer_list<std::size_t> shape);
 
 // The value on one line; bytes that are no UTF-8 become replacement characters.
 std::string text_of(const Json& value);
+
+// An object written member by member, a key to a line; an array stays on the line of its key. What
+// is large is never a tree of values as a whole, which would take many times its memory.
+class JsonObject {
+ public:
+  using Members = std::function<void(JsonObject& object)>;
+  // Writes the object whose members `members` adds.
+  static void write(io::OutputFile& out, const Members& members) {
+    write(out, "", members);
+    out.end_line();
+  }
+
+  void add(const std::string& key, const Json& value);
+  // An array of `count` values, row(0) and so on.
+  void add_rows(const std::string& key, std::size_t count,
+                const std::function<Json(std::size_t)>& row);
+  void add_object(const std::string& key, const Members& members) {
+    write(begin(key), indent_ + " ", members);
+  }
+
+ private:
+  JsonObject(io::OutputFile& out, std::string indent) : out_(out), indent_(std::move(indent)) {}
+  static void write(io::OutputFile& out, const std::string& indent, const Members& members);
+  io::OutputFile& begin(const std::string& key);
+
+  io::OutputFile& out_;
+  std::string indent_;
+  bool empty_ = true;
+};
 
 void write_json(const Content& content, io::OutputFile& out);
 

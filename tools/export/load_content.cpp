@@ -11,7 +11,9 @@
 #include "analysis/vibrations.hpp"
 #include "flib/units_of_measure.hpp"
 #include "io/fatal.hpp"
+#include "io/process.hpp"
 #include "zandor/result_names.hpp"
+#include "zandor/sign_file.hpp"
 
 namespace exporting {
 
@@ -119,6 +121,37 @@ std::array<double, 9> first_view(const RunData& run) {
   return view;
 }
 
+// What only the report needs: as large as the force constants, each of them.
+void release_results(RunData& run) {
+  for (auto* const matrix : {&run.hessp, &run.mhess, &run.mhessp}) *matrix = {};
+  run.disp = {};
+  run.dispp = {};
+}
+
+// What its sign file tells of the reference besides what the phases have read. Nothing rests on it:
+// forces that are malformed are passed over, as the phases do.
+void describe_state(const RunData& run, Content& content) {
+  zandor::SignFile file;
+  std::array<double, 3> dipole{};
+  std::vector<double> forces(static_cast<std::size_t>(run.n3));
+  const io::SinkScope said_already({.warn = [](const io::Place&, std::string_view) {}});
+  const auto stop = io::collect([&] {
+    zandor::read_sign_file(run.jobs[0].sgn_name.content(), 0, run.natom, dipole.data(),
+                           forces.data(), &file);
+  });
+  content.ground_energy = file.states.ground_energy;
+  content.energy = file.states.energy;
+  content.oscillator_strength = file.states.oscillator_strength;
+  if (file.states.excitation_energy) {
+    content.excitation_energy = *file.states.excitation_energy / flib::electronvolts_per_hartree;
+    if (!content.energy && content.ground_energy) {
+      content.energy = *content.ground_energy + *content.excitation_energy;
+    }
+  }
+  if (stop || file.forces_line == 0) return;
+  for (const double force : forces) content.gradient.push_back(0.0 - force);
+}
+
 void describe_molecule(const RunData& run, Content& content) {
   content.symbols = analysis::symbols(run);
   for (int a = 1; a <= run.natom; ++a) {
@@ -136,14 +169,16 @@ void describe_molecule(const RunData& run, Content& content) {
 
 Content load_content(const std::string& control_file,
                      const std::vector<analysis::MassChange>& mass_changes,
-                     const analysis::DipoleChoices& dipoles) {
+                     const analysis::DipoleChoices& dipoles, Lists lists) {
   RunData run = analysis::load_job_directory(control_file, mass_changes);
+  release_results(run);
   Content content;
   std::error_code unknown;
   content.folder = std::filesystem::current_path(unknown).filename().string();
   content.control_file = control_file;
   content.input_files = zandor::input_names(run);
   describe_molecule(run, content);
+  describe_state(run, content);
   content.changed_masses = analysis::describe(mass_changes, run);
   if (!content.changed_masses.empty()) content.notes.push_back({content.changed_masses});
   const std::string turned = analysis::turned_geometry(run);
@@ -153,9 +188,15 @@ Content load_content(const std::string& control_file,
   }
   const Eigen::Matrix3Xd gradient = known_gradient(run, dipoles, content);
   content.dipole_gradient.assign(gradient.data(), gradient.data() + gradient.size());
+  run.force = {};
   const analysis::RigidMotions rigid = analysis::rigid_motions(run);
-  content.projected = mode_list(run, projected_modes(run, rigid), rigid, gradient);
-  content.unprojected = mode_list(run, unprojected_modes(run), rigid, gradient);
+  if (lists != Lists::unprojected) {
+    content.projected = mode_list(run, projected_modes(run, rigid), rigid, gradient);
+  }
+  run.cp = {};
+  if (lists != Lists::projected) {
+    content.unprojected = mode_list(run, unprojected_modes(run), rigid, gradient);
+  }
   content.view = first_view(run);
   content.hessian = std::move(run.hess);
   return content;

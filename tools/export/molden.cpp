@@ -1,5 +1,7 @@
 #include "export/molden.hpp"
 
+#include <numeric>
+
 #include "export/text_columns.hpp"
 
 namespace exporting {
@@ -24,14 +26,13 @@ void write_atoms(const Content& content, io::OutputFile& out) {
 
 void write_molden(const Content& content, const ModeList& list, bool all_modes,
                   io::OutputFile& out) {
-  std::vector<std::size_t> modes;
-  for (std::size_t k = 1; k <= list.frequencies.size(); ++k) {
-    if (all_modes || !is_rigid_motion(list, k)) modes.push_back(k);
-  }
+  std::vector<std::size_t> modes(list.frequencies.size());
+  std::iota(modes.begin(), modes.end(), std::size_t{1});
+  if (!all_modes) modes = vibrations(list);
   out.text("[Molden Format]\n");
   if (!content.changed_masses.empty()) out.text("[Title]\n" + content.changed_masses + "\n");
   write_atoms(content, out);
-  out.text("[FREQ]\n");
+  out.text("[N_FREQ]\n" + std::to_string(modes.size()) + "\n[FREQ]\n");
   for (const std::size_t k : modes) {
     out.text(fixed_column(list.frequencies[k - 1], 16, 6) + "\n");
   }

@@ -1,6 +1,7 @@
 #include "export/text_columns.hpp"
 
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 namespace exporting {
@@ -14,6 +15,8 @@ std::string fixed_column(double value, int width, int decimals) {
   return std::string(size < width ? static_cast<std::size_t>(width - size) : 1, ' ')
       .append(text, end);
 }
+
+double with_short_exponent(double value) { return std::fabs(value) < 1e-99 ? 0.0 : value; }
 
 std::string symbol_column(const std::string& symbol) {
   constexpr std::size_t width = 4;

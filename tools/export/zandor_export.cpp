@@ -7,6 +7,9 @@
 #include <optional>
 #include <string_view>
 
+#include "export/cjson.hpp"
+#include "export/fchk.hpp"
+#include "export/hess.hpp"
 #include "export/html.hpp"
 #include "export/json.hpp"
 #include "export/load_content.hpp"
@@ -44,14 +47,21 @@ struct Format {
   const char* name;
   const char* description;
   Writer write;
+  bool both_lists = false;  // of modes; otherwise the one that was asked for
 };
+
+// Of formats without options of their own.
+template <void (*write)(const Content&, io::OutputFile&)>
+void write_plain(const Request&, const Content& content, io::OutputFile& out) {
+  write(content, out);
+}
 
 const ModeList& list_of(const Request& request, const Content& content) {
   return request.unprojected ? content.unprojected : content.projected;
 }
 
 std::size_t checked_mode(int mode, const Content& content) {
-  const std::size_t count = content.projected.frequencies.size();
+  const std::size_t count = 3 * content.symbols.size();
   if (mode >= 1 && static_cast<std::size_t>(mode) <= count) return static_cast<std::size_t>(mode);
   io::fatal_stop("expected a mode from 1 to " + std::to_string(count) + ", found " +
                  std::to_string(mode));
@@ -75,21 +85,21 @@ void write_frames(const Request& request, const Content& content, io::OutputFile
   exporting::write_xyz_movie(content, list, request.amplitude, mode, request.movie[1], out);
 }
 
-void write_page(const Request&, const Content& content, io::OutputFile& out) {
-  exporting::write_html(content, out);
-}
-
 constexpr Format formats[] = {
-    {"json", "everything, in atomic units, for other programs",
-     [](const Request&, const Content& content, io::OutputFile& out) {
-       exporting::write_json(content, out);
-     }},
+    {"json", "everything, in atomic units, for other programs", write_plain<exporting::write_json>,
+     true},
+    {"fchk", "formatted checkpoint: force constants, modes, transition dipole and its derivatives",
+     write_plain<exporting::write_fchk>},
+    {"hess", "force constants and modes as ORCA keeps them", write_plain<exporting::write_hess>},
+    {"cjson", "Chemical JSON: geometry and vibrations for Avogadro",
+     write_plain<exporting::write_cjson>},
     {"molden", "geometry, frequencies and displacements for viewers",
      [](const Request& request, const Content& content, io::OutputFile& out) {
        exporting::write_molden(content, list_of(request, content), request.all_modes, out);
      }},
     {"xyz", "one frame per mode in extended XYZ, or frames that play one mode", write_frames},
-    {"html", "one page to look at the modes, without any network", write_page},
+    {"html", "one page to look at the modes, without any network",
+     write_plain<exporting::write_html>, true},
 };
 
 void add_common_options(CLI::App& format, Request& request) {
@@ -129,9 +139,9 @@ void check_first_argument(int argc, const char* const* argv) {
   if (first == "-h" || first == "--help" || first == "--version" || format_of(first) != nullptr) {
     return;
   }
-  const char* const expected = first.starts_with('-')
-                                   ? "expected options behind the format"
-                                   : "expected a format (json, molden, xyz or html)";
+  const char* const expected =
+      first.starts_with('-') ? "expected options behind the format"
+                             : "expected a format (json, fchk, hess, cjson, molden, xyz or html)";
   io::fatal_stop(std::string(expected) + ", found " + (argc > 1 ? io::quoted(first) : "none") +
                  " (see zandor_export --help)");
 }
@@ -153,7 +163,8 @@ void write_format(const Format& format, const Request& request) {
     io::open_replaced(unit, request.output_name);
   } else {
     // Nobody reads megabytes of a page on a screen; whoever wants them says so.
-    if (request.output_name.empty() && format.write == write_page && ::isatty(STDOUT_FILENO) == 1) {
+    if (request.output_name.empty() && format.write == write_plain<exporting::write_html> &&
+        ::isatty(STDOUT_FILENO) == 1) {
       io::fatal_stop("expected -o FILE behind html, found a terminal (-o - writes the page to it)");
     }
     io::open_standard_output(unit);
@@ -161,7 +172,10 @@ void write_format(const Format& format, const Request& request) {
   const options::JobOptions& job = request.job;
   const Content content = exporting::load_content(
       job.control_file, analysis::parse_mass_changes(job.isotopes, job.masses),
-      {job.characters, job.settle_signs, {}, {}});
+      {job.characters, job.settle_signs, {}, {}},
+      format.both_lists     ? exporting::Lists::both
+      : request.unprojected ? exporting::Lists::unprojected
+                            : exporting::Lists::projected);
   if (to_file) check_output(request.output_name, content);
   format.write(request, content, io::output(unit));
   io::close(unit);

@@ -1,6 +1,8 @@
 #include "zandor/sign_file.hpp"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 #include "flib/search_word.hpp"
 #include "io/free_form.hpp"
@@ -155,6 +157,24 @@ void read_header_line(std::string_view record, SignHeader& header) {
   if (stop) header.malformed.push_back({stop->line, stop->message});
 }
 
+void read_state_line(std::string_view record, StateLines& states) {
+  constexpr std::pair<std::string_view, std::optional<double> StateLines::*> lines[] = {
+      {"total ground state energy (hartree)", &StateLines::ground_energy},
+      {"energy of the state (hartree)", &StateLines::energy},
+      {"excitation energy (ev)", &StateLines::excitation_energy},
+      {"oscillator strength", &StateLines::oscillator_strength}};
+  const std::string_view text = io::trimmed(io::without_leading_blanks(record));
+  for (const auto& [beginning, place] : lines) {
+    const std::string_view head = text.substr(0, beginning.size());
+    if (states.*place || !std::ranges::equal(head, beginning, {}, io::lowered)) continue;
+    double value = 0.0;
+    if (io::parse_real(io::without_leading_blanks(text.substr(head.size())), value) &&
+        std::isfinite(value)) {
+      states.*place = value;
+    }
+  }
+}
+
 // Looks at the lines before the next one that holds `header`, and stays before it. False, and where
 // it began, when there is none.
 bool look_up_to(const char* header, int natom, const SignFile* reference, SignFile& file) {
@@ -170,6 +190,7 @@ bool look_up_to(const char* header, int natom, const SignFile* reference, SignFi
       look_at_geometry(natom, reference, file);
     } else if (!file.has_dipole) {
       read_header_line(record, file.header);
+      read_state_line(record, file.states);
     }
   }
   go_back_to(begin);

@@ -38,6 +38,14 @@ struct SignHeader {
   std::vector<Malformed> malformed;
 };
 
+// What lines in front of the dipole tell of the states, each by how it begins, in any letter case:
+// "Total ground state energy (Hartree)", "energy of the state (Hartree)", "Excitation energy (eV)",
+// "Oscillator strength". A number follows, alone; a line where it is malformed or not finite says
+// nothing.
+struct StateLines {
+  std::optional<double> ground_energy, energy, excitation_energy, oscillator_strength;
+};
+
 // Symbols, numbers, masses (amu) and coordinates (3 per atom, Angstrom) of a geometry, each in the
 // order of the file.
 struct Atoms {
@@ -64,7 +72,8 @@ struct BlockRows {
 
 // What a sign file holds beyond dipole and forces, as far as it could be read.
 struct SignFile {
-  SignHeader header;                      // what stands in front of the dipole
+  SignHeader header;  // what stands in front of the dipole
+  StateLines states;
   std::optional<Atoms> geometry;          // complete, or not there
   std::optional<io::Stop> geometry_stop;  // a row of it that is short, malformed or not finite
   BlockRows geometry_rows;
