@@ -10,7 +10,7 @@
 #include "flib/array.hpp"
 #include "flib/com.hpp"
 #include "flib/formtrm1.hpp"
-#include "flib/vectors.hpp"
+#include "flib/rotn.hpp"
 
 namespace {
 

@@ -1,9 +1,12 @@
 // The small text routines: string, str_delete, del_space, is_number, file, get_free_fid.
 #include <gtest/gtest.h>
 
-#include "flib/string.hpp"
+#include "flib/del_space.hpp"
 #include "flib/file.hpp"
 #include "flib/get_free_fid.hpp"
+#include "flib/is_number.hpp"
+#include "flib/str_delete.hpp"
+#include "flib/string.hpp"
 #include "io/text.hpp"
 #include "io/units.hpp"
 #include "support/support.hpp"

@@ -6,8 +6,9 @@
 #include "flib/com.hpp"
 #include "flib/ddiag.hpp"
 #include "flib/formtrm1.hpp"
+#include "flib/sprod.hpp"
 #include "flib/units_of_measure.hpp"
-#include "flib/vectors.hpp"
+#include "flib/vscal.hpp"
 
 namespace zandor {
 

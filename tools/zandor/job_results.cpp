@@ -5,9 +5,9 @@
 #include <string>
 
 #include "flib/qm_file_ifoniom.hpp"
+#include "flib/rotn.hpp"
 #include "flib/search_word.hpp"
 #include "flib/units_of_measure.hpp"
-#include "flib/vectors.hpp"
 #include "io/free_form.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"

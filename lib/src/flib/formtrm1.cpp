@@ -4,7 +4,8 @@
 #include <cmath>
 
 #include "flib/array.hpp"
-#include "flib/vectors.hpp"
+#include "flib/sprod.hpp"
+#include "flib/vscal.hpp"
 
 namespace flib {
 

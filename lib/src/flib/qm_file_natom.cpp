@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "flib/is_number.hpp"
 #include "flib/qm_file.hpp"
 #include "flib/search_word.hpp"
-#include "flib/string.hpp"
 #include "io/fatal.hpp"
 #include "io/units.hpp"
 

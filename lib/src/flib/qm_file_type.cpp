@@ -7,7 +7,7 @@
 
 #include "flib/get_free_fid.hpp"
 #include "flib/search_word.hpp"
-#include "flib/string.hpp"
+#include "flib/str_delete.hpp"
 #include "io/fatal.hpp"
 #include "io/free_form.hpp"
 #include "io/text.hpp"

@@ -3,6 +3,8 @@
 #include <limits>
 #include <string>
 
+#include "flib/del_space.hpp"
+#include "flib/is_number.hpp"
 #include "flib/string.hpp"
 #include "io/fatal.hpp"
 #include "io/free_form.hpp"

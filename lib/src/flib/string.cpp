@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "io/text.hpp"
 #include "io/values.hpp"
 
 namespace flib {
@@ -11,39 +10,6 @@ std::string strlowcase(std::string_view input) {
   std::string result(input);
   std::transform(result.begin(), result.end(), result.begin(), io::lowered);
   return result;
-}
-
-void del_space(std::span<char> a) {
-  const auto kept = std::remove(a.begin(), a.end(), ' ');
-  std::fill(kept, a.end(), ' ');
-}
-
-bool is_number(std::span<char> a) {
-  io::assign(a, io::without_leading_blanks(io::view(a)));
-  const std::string_view content = io::trimmed(io::view(a));
-  return !content.empty() && std::all_of(content.begin(), content.end(), io::is_digit);
-}
-
-void str_delete(std::span<char> string, std::string_view sub) {
-  const std::string content(io::trimmed(io::view(string)));
-  const std::string lowered = strlowcase(content);
-  const std::string wanted = strlowcase(io::trimmed(sub));
-  const std::size_t size = wanted.size();
-  if (size > content.size()) return;
-  const std::size_t last = content.size() - size;  // where the last slice of that size begins
-  std::string result;
-  for (std::size_t i = 0; i <= last; ++i) {
-    if (lowered.compare(i, size, wanted) == 0) i += size;
-    if (i >= content.size()) break;
-    if (i == last) {
-      result.append(content, i, size);
-      break;
-    }
-    // Behind an occurrence too near to the end there is nothing left that is copied.
-    if (i > last) break;
-    result += content[i];
-  }
-  io::assign(string, result);
 }
 
 }  // namespace flib

@@ -1,18 +1,8 @@
-#include "flib/vectors.hpp"
+#include "flib/rotn.hpp"
 
 #include "flib/array.hpp"
 
 namespace flib {
-
-double sprod(const int& n, const double* v1, const double* v2) {
-  double sum = 0.0;
-  for (int i = 0; i < n; ++i) sum += v1[i] * v2[i];
-  return sum;
-}
-
-void vscal(const int& n, const double& skal, double* v) {
-  for (int i = 0; i < n; ++i) v[i] *= skal;
-}
 
 void rotn(const int& n, const double* r, double* v) {
   const ArrayView<const double, 2> matrix(r, {3, 3});
