@@ -252,6 +252,8 @@ TEST_F(Readers, refuse_what_is_not_whole) {
   } faults[] = {
       {0, "\"finished\":true", "\"finished\":false",
        "expected 'finished' to be true, found 'false'"},
+      {0, "\"finished\":true", "\"finished\":[[[[[[[[[[[[[[[[[1]]]]]]]]]]]]]]]]]",
+       "expected at most 16 brackets within each other, found more"},
       {0, "\"dipole\":\"Debye\"", "\"dipole\":\"D\"", "as 'dipole' au or Debye, found '\"D\"'"},
       {0, "\"gradient\"", "\"hessian\"", "expected either 'gradient' or 'forces'"},
       {0, "\"state\":1", "\"state\":2", "expected state 1 as in the other jobs, found state 2"},

@@ -15,6 +15,7 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr std::size_t longest_text = 64UL << 20;
+constexpr int deepest = 16;
 
 struct Unit {
   const char* name;
@@ -156,7 +157,14 @@ void read_neutral_json(const std::string& file, const Request& request, JobOutpu
         lines.stop("expected a JSON document of at most 64 MiB, found a longer one");
     }
   }
-  Json document = Json::parse(text, nullptr, false);
+  // Messages show what they found, with a call for each bracket within another.
+  const auto shallow = [&](int depth, Json::parse_event_t, const Json&) {
+    if (depth > deepest) {
+      io::fatal_stop({file}, "expected at most 16 brackets within each other, found more");
+    }
+    return true;
+  };
+  Json document = Json::parse(text, shallow, false);
   if (!document.is_object()) {
     io::fatal_stop({file}, "expected a JSON object, found a text that is none (cut, or malformed)");
   }
