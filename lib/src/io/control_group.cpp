@@ -89,10 +89,8 @@ Token GroupTokens::next() {
     return token;
   }
   take_item(cursor_, Grammar::control_group, token.item);
-  if (token.item.kind == Item::Kind::ended) {
-    fatal_stop(next_place(fid_), "expected a closing quote for the text in line ", token.line,
-               ", found the end of the file");
-  }
+  token.kind = Token::Kind::ended;
+  if (token.item.kind == Item::Kind::ended) return token;
   // A word lies in the record, which reading ahead may replace.
   if (token.item.kind != Item::Kind::quoted) token.item.quoted = token.item.word;
   const bool ending =
@@ -105,8 +103,10 @@ template <class... Parts>
 void GroupTokens::stop(const Token& token, const Parts&... parts) const {
   // The end of the file is an error only when it is reached: what stands before it may be wrong.
   if (token.kind == Token::Kind::ended) {
-    fatal_stop(next_place(fid_), "expected '/' to close the group opened in line ", opening_line_,
-               ", found the end of the file");
+    const std::string missing =
+        token.line > 0 ? joined("a closing quote for the text in line ", token.line)
+                       : joined("'/' to close the group opened in line ", opening_line_);
+    fatal_stop(next_place(fid_), "expected ", missing, ", found the end of the file");
   }
   fatal_stop({name(fid_), token.line}, parts...);
 }
