@@ -24,6 +24,7 @@ struct Engine {
   const char *version, *sign_by;
   // The engine's own numerical frequencies, cm-1, of the highest modes.
   std::vector<double> frequencies;
+  double excitation_energy;  // eV
   void (*read)(const std::string&, const collect::Request&, collect::JobOutput&);
   const char* last_line;
 };
@@ -35,6 +36,7 @@ const Engine nwchem = {"nwchem-formaldehyde",
                        "NWChem 7.0.2, state 1",
                        "quadrupole",
                        {563.16, 993.88, 1438.86, 1662.66, 3206.12, 3296.93},
+                       3.9708,
                        collect::read_nwchem,
                        " Total times"};
 const Engine openmolcas = {"openmolcas-hno",
@@ -44,6 +46,7 @@ const Engine openmolcas = {"openmolcas-hno",
                            "OpenMolcas 22.10, state 2",
                            "transition density",
                            {1196.92, 1398.80, 3593.98},
+                           1.7974,
                            collect::read_openmolcas,
                            "Happy landing"};
 
@@ -57,11 +60,11 @@ void replace_all(std::string& text, const std::string& from, const std::string& 
 struct SignFile {
   std::vector<double> dipole = std::vector<double>(3), forces;
 };
-SignFile sign_file(const std::string& name, int natom) {
+SignFile sign_file(const std::string& name, int natom, zandor::SignFile* whole = nullptr) {
   SignFile file;
   file.forces.resize(3 * static_cast<std::size_t>(natom));
-  zandor::read_sign_file("coord-" + name + ".sgn", 1, natom, file.dipole.data(),
-                         file.forces.data());
+  zandor::read_sign_file("coord-" + name + ".sgn", 1, natom, file.dipole.data(), file.forces.data(),
+                         whole);
   return file;
 }
 
@@ -122,6 +125,9 @@ TEST_F(Collect, takes_real_outputs_whole) {
     for (std::size_t k = 0; k < engine.frequencies.size(); ++k) {
       EXPECT_NEAR(found[found.size() - engine.frequencies.size() + k], engine.frequencies[k], 1.0);
     }
+    zandor::SignFile states;
+    sign_file(engine.job + std::string("ref"), engine.natom, &states);
+    EXPECT_NEAR(states.states.excitation_energy.value_or(0.0), engine.excitation_energy, 1e-4);
     const auto document = nlohmann::json::parse(run({"--json"}).out);
     for (const auto& job : document["jobs"]) {
       EXPECT_EQ(job["sign_by"], job["job"] == 0 ? "reference" : engine.sign_by) << job;

@@ -44,6 +44,7 @@ struct JobOutput {
   int force_decimals = 16;                    // as far as they are printed
   int dipole_decimals = 16;                   // as far as they are printed
   int root = 0;                               // state of the gradient, as the program counts
+  std::optional<double> ground_energy;        // Hartree
   std::optional<double> energy;               // of the state, Hartree
   std::optional<double> oscillator_strength;  // of the transition
   std::optional<LeadingElement> leading;

@@ -50,6 +50,21 @@ void add_header(int natom, const SignFileData& data, Fields& out) {
   out.words("\n");
 }
 
+// The lines that zandor_export looks for.
+void add_states(const JobOutput& output, Fields& out) {
+  const auto line = [&](const char* words, std::optional<double> value) {
+    if (value) out.words(words).fixed(*value, 20, 10).words("\n");
+  };
+  std::optional<double> excitation;
+  if (output.energy && output.ground_energy) {
+    excitation = (*output.energy - *output.ground_energy) * flib::electronvolts_per_hartree;
+  }
+  line(" total ground state energy (Hartree) ", output.ground_energy);
+  line(" energy of the state (Hartree) ", output.energy);
+  line(" excitation energy (eV) ", excitation);
+  line(" oscillator strength ", output.oscillator_strength);
+}
+
 void add_geometry(const zandor::RunData& run, const Eigen::Matrix3Xd& places, Fields& out) {
   out.words("\n ").words(zandor::geometry_header);
   out.words("\n Number  Symbol  Number      Mass             X               Y               Z\n");
@@ -72,11 +87,7 @@ std::string sign_file_text(const zandor::RunData& run, const SignFileData& data)
   out.words("\n").words(source_mark).words(io::printable(data.source));
   out.words(" (").words(io::printable(output.program)).words(", state ").integer(output.root, 1);
   out.words(")\n");
-  if (output.energy)
-    out.words(" energy of the state (Hartree) ").fixed(*output.energy, 20, 10).words("\n");
-  if (output.oscillator_strength) {
-    out.words(" oscillator strength ").fixed(*output.oscillator_strength, 14, 10).words("\n");
-  }
+  add_states(output, out);
   add_geometry(run, output.places, out);
   out.words("\n ").words(zandor::dipole_header).words("\n state ").integer(output.root, 1);
   for (int k = 0; k < 3; ++k) {

@@ -73,6 +73,9 @@ class JobDocument {
       stop("'" + what + "' (number)", value);
     return value.get<double>();
   }
+  double energy(const char* key) const {
+    return number(all_[key], key) * factor("energy", energy_units);
+  }
   int integer(const char* key) const {
     const Json& value = member(key);
     if (!value.is_number_integer() || value < 0 || value > 1000000) {
@@ -129,9 +132,8 @@ class JobDocument {
     Transition transition;
     transition.dipole = vector(member("transition_dipole"), "transition_dipole", 3);
     for (double& value : transition.dipole) value *= factor("dipole", dipole_units);
-    if (all_.contains("energy")) {
-      transition.energy = number(all_["energy"], "energy") * factor("energy", energy_units);
-    }
+    if (all_.contains("energy")) transition.energy = energy("energy");
+    if (all_.contains("ground_energy")) transition.ground_energy = energy("ground_energy");
     if (all_.contains("oscillator_strength")) {
       transition.oscillator_strength = number(all_["oscillator_strength"], "oscillator_strength");
     }

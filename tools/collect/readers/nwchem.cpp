@@ -36,6 +36,7 @@ class NwchemOutput {
     } else if (lines.begins_with("  Root ") && lines.find_word("a.u.") > 0) {
       root_ = lines.integer(2, "the number of a root");
       roots_[root_] = {};
+      roots_[root_].ground_energy = ground_;
       roots_[root_].energy =
           ground_ + lines.number(lines.find_word("a.u.") - 1, "an excitation energy");
     } else if (lines.holds("Calculation failed to converge") || lines.holds("exceeded maxiter")) {

@@ -72,6 +72,7 @@ class OpenMolcasOutput {
          "'PROPERTY: MLTPL  1   COMPONENT:' with the state " + std::to_string(state));
     transition.quadrupole = components("MLTPL 2", state, 6);
     transition.magnetic = components("ANGMOM ", state, 3);
+    if (energies_.count(1) > 0) transition.ground_energy = energies_[1];
     if (energies_.count(root_) > 0) transition.energy = energies_[root_];
     output.program = "OpenMolcas " + version_;
     output.numbers = numbers_;

@@ -72,6 +72,7 @@ void need_root(const std::string& file, const Request& request, int found) {
 }
 
 void fill_transition(const Transition& transition, JobOutput& output) {
+  output.ground_energy = transition.ground_energy;
   output.energy = transition.energy;
   output.oscillator_strength = transition.oscillator_strength;
   output.dipole = Eigen::Map<const Eigen::Vector3d>(transition.dipole.data());

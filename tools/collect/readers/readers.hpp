@@ -48,7 +48,7 @@ void need_root(const std::string& file, const Request& request, int found);
 // What an output tells of the transition from the ground state to one state, atomic units; empty
 // where it does not.
 struct Transition {
-  std::optional<double> energy;  // of the state
+  std::optional<double> ground_energy, energy;  // of the ground state and of this one
   std::optional<double> oscillator_strength;
   std::vector<double> dipole, velocity, magnetic;  // x y z
   std::vector<double> quadrupole;                  // xx xy xz yy yz zz
