@@ -119,12 +119,13 @@ Suspects suspects_among(const Search& search, double& total) {
   return all;
 }
 
-// The likeliest first: the group without which least is left. Of those that leave as little, but
-// for what is no trouble, one with a net force; else the smallest. Where nothing but size decides,
-// the others are suspects, too, if hardly anything is left without them.
+// The likeliest first: the group without which least is left. Of those that leave nearly as little,
+// one with a net force; else the smallest. Where nothing but size decides, the others are suspects,
+// too, if hardly anything is left without them.
 Suspects find_suspects(const Search& search) {
-  constexpr double nearly = 1.5;
-  constexpr double hardly = 0.02;  // of the sum of all squares
+  constexpr double nearly = 1.5;   // with 1, noise of a second bad job makes a sound one look worst
+  constexpr double hardly = 0.02;  // of the sum of all squares; else four sound jobs are listed
+                                   // beside one with half a step and no reference to tell
   double total = 0.0;
   Suspects alike = suspects_among(search, total);
   const auto least =
@@ -174,7 +175,7 @@ Suspects narrow_down(const Search& search, const Suspects& suspects) {
 }
 
 std::string names_of_columns(const JobData& jobs, const Columns& columns) {
-  constexpr std::size_t most = 4;
+  constexpr std::size_t most = 4;  // in one line
   std::string names;
   for (std::size_t k = 0; k < std::min(columns.size(), most); ++k) {
     names += (k > 0 ? ", " : "") + coordinate_text(jobs, columns[k] + 1);

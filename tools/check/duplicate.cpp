@@ -14,7 +14,7 @@ namespace {
 // rounding makes of it.
 bool is_rounding(const RawForceConstants& raw, const Eigen::VectorXd& change,
                  const std::vector<int>& others) {
-  constexpr double roundings = 4.0;
+  constexpr double roundings = 4.0;  // the difference of two elements has two of them, either way
   return (change(others).array().abs() <= roundings * raw.rounding(others).array()).all();
 }
 

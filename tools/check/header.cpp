@@ -126,7 +126,7 @@ void compare_value(const JobData& jobs, std::size_t k, double limit, Report& rep
     return;
   }
   for (const auto& [i, meaning] : different) {
-    add(i, text_of(i) + ", in the reference " + expected + ": " + meaning);
+    add(i, text_of(i).append(", in the reference ").append(expected).append(": ").append(meaning));
   }
 }
 

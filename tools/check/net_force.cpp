@@ -49,7 +49,7 @@ double distance_from_usual(const NetForces& sums, int job) {
 
 // The job of a column that is further from the usual by a factor, or both; by their sources.
 std::vector<int> suspects(const JobData& jobs, int column) {
-  constexpr double further = 2.0;
+  constexpr double further = 2.0;  // where the other comes nearer, both are named
   const int a = jobs.source(2 * column + 1), b = jobs.source(2 * column + 2);
   const double of_a = distance_from_usual(jobs.context.sums, 2 * column + 1);
   const double of_b = distance_from_usual(jobs.context.sums, 2 * column + 2);
