@@ -46,10 +46,15 @@ struct Spoiling {
   Headers headers = Headers::none;
 };
 
-// Turns jobs drawn by lot, with the result of settling the signs; the run is as before.
-analysis::PreparedDipoles settle(Directory& directory, std::size_t turned, unsigned seed,
-                                 const Spoiling& spoiling) {
+struct Settled {
+  analysis::PreparedDipoles dipoles;
+  bool right = false;  // |dmu/dQ| is that of the same dipoles with no sign turned, but for noise
+};
+
+// Turns jobs drawn by lot and settles the signs; the run is as before.
+Settled settle(Directory& directory, std::size_t turned, unsigned seed, const Spoiling& spoiling) {
   zandor::RunData& run = directory.run;
+  const analysis::PreparedDipoles sound = analysis::prepare_dipoles(run, {});
   const auto reference = run.dipole0;
   const std::vector<double> dipoles(run.tdip.data(), run.tdip.data() + run.tdip.size());
   auto density = directory.density;
@@ -63,6 +68,8 @@ analysis::PreparedDipoles settle(Directory& directory, std::size_t turned, unsig
       *d = std::round((*d + spoiling.noise * error(random)) * 1e5) / 1e5;
     }
   }
+  Eigen::Matrix3Xd expected = analysis::job_dipoles(run);
+  if (sound.characters) analysis::derive_dipoles(run, sound.characters->characters, expected);
   std::shuffle(jobs.begin(), jobs.end(), random);
   jobs.resize(std::min(turned, jobs.size()));
   for (const int i : jobs) {
@@ -73,22 +80,17 @@ analysis::PreparedDipoles settle(Directory& directory, std::size_t turned, unsig
   analysis::DipoleChoices choices;
   choices.settle_signs = true;
   if (spoiling.headers != Headers::none) choices.density = [&] { return density; };
-  analysis::PreparedDipoles settled = analysis::prepare_dipoles(run, choices);
+  Settled settled{analysis::prepare_dipoles(run, choices)};
   run.dipole0 = reference;
   std::copy(dipoles.begin(), dipoles.end(), run.tdip.data());
+  const Eigen::MatrixXd along = analysis::vibration_directions(run);
+  const double error_of_gradient = std::max(spoiling.noise, 3e-6) / std::abs(run.dx);
+  settled.right = ((settled.dipoles.gradient * along).colwise().norm() -
+                   (analysis::dipole_gradient(run, expected) * along).colwise().norm())
+                      .cwiseAbs()
+                      .cwiseQuotient(4.0 * error_of_gradient * along.colwise().norm())
+                      .maxCoeff() <= 1.0;
   return settled;
-}
-
-// Whether the derivatives along all vibrations have the lengths that they should have.
-bool is_right(const Directory& directory, const analysis::PreparedDipoles& settled, double noise) {
-  const analysis::PreparedDipoles sound = analysis::prepare_dipoles(directory.run, {});
-  const Eigen::MatrixXd along = analysis::vibration_directions(directory.run);
-  const Eigen::RowVectorXd difference =
-      (sound.gradient * along).colwise().norm() - (settled.gradient * along).colwise().norm();
-  const double error = std::max(noise, analysis::dipole_error(directory.run, sound.dipoles));
-  const Eigen::RowVectorXd allowed =
-      8.0 * error / std::abs(directory.run.dx) * along.colwise().norm();
-  return (difference.cwiseAbs().array() <= allowed.array()).all();
 }
 
 TEST(signs, are_settled_or_refused) {
@@ -96,39 +98,41 @@ TEST(signs, are_settled_or_refused) {
     const char* name;
     Directory directory;
     bool can_tell;
-  } cases[] = {{"bright", model_of(model::general()), true},
-               {"dark", model_of(model::dark()), true},
-               {"line", model_of(model::line()), true},
+    int least;  // settled with noise, of 162: fewer where a limit of settle_signs.cpp is off
+  } cases[] = {{"bright", model_of(model::general()), true, 162},
+               {"dark", model_of(model::dark()), true, 80},
+               {"line", model_of(model::line()), true, 162},
                // Two atoms of opposite charge side by side: the sums do not tell their signs.
-               {"square", model_of(model::dark_square()), false},
-               {"formaldehyde", read("examples/formaldehyde-s1"), true},
-               {"formaldehyde, C2v", read("examples/formaldehyde-s1-c2v"), true},
-               {"ammonia, C3v", read("examples/ammonia-s1-c3v"), true},
-               {"water, C2v", read("tests/ht/cases/water-s1-c2v"), true}};
-  for (auto& [name, directory, can_tell] : cases) {
+               {"square", model_of(model::dark_square()), false, 0},
+               {"formaldehyde", read("examples/formaldehyde-s1"), true, 75},
+               {"formaldehyde, C2v", read("examples/formaldehyde-s1-c2v"), true, 80},
+               {"ammonia, C3v", read("examples/ammonia-s1-c3v"), true, 162},
+               {"water, C2v", read("tests/ht/cases/water-s1-c2v"), true, 162}};
+  for (auto& [name, directory, can_tell, least] : cases) {
+    int settled_with_noise = 0;
     for (const std::size_t turned : {0, 1, 2, 3, 9, 99}) {
-      for (const Spoiling& spoiling : {Spoiling{0.0, Headers::none},
-                                       {0.0, Headers::raw},
-                                       {0.0, Headers::stale},
-                                       {1e-4, Headers::none},
-                                       {1e-4, Headers::raw},
-                                       {1e-4, Headers::stale}}) {
-        for (unsigned seed = 1; seed <= 3; ++seed) {
-          const auto settled = settle(directory, turned, seed, spoiling);
-          const bool sure = settled.refusal.empty();
-          EXPECT_TRUE(!sure || is_right(directory, settled, spoiling.noise))
-              << name << ", turned " << turned << ", seed " << seed << ", noise " << spoiling.noise
-              << ", taken for turned: " << analysis::job_names(directory.run, settled.signs.jobs);
-          if (spoiling.noise == 0.0) {
-            EXPECT_EQ(sure, can_tell) << name << turned << settled.refusal;
-          }
-          if (!can_tell) {
-            EXPECT_NE(settled.refusal.find("only tden_maxval can tell"), std::string::npos)
-                << settled.refusal;
+      for (const double noise : {0.0, 1e-5, 3e-5, 1e-4}) {
+        for (const Headers headers : {Headers::none, Headers::raw, Headers::stale}) {
+          for (unsigned seed = 1; seed <= 3; ++seed) {
+            const auto [settled, right] = settle(directory, turned, seed, {noise, headers});
+            const bool sure = settled.refusal.empty();
+            EXPECT_TRUE(!sure || right)
+                << name << ", turned " << turned << ", seed " << seed << ", noise " << noise
+                << ", taken for turned: " << analysis::job_names(directory.run, settled.signs.jobs);
+            if (noise == 0.0) {
+              EXPECT_EQ(sure, can_tell) << name << turned << settled.refusal;
+            } else {
+              settled_with_noise += sure ? 1 : 0;
+            }
+            if (!can_tell) {
+              EXPECT_NE(settled.refusal.find("only tden_maxval can tell"), std::string::npos)
+                  << settled.refusal;
+            }
           }
         }
       }
     }
+    EXPECT_GE(settled_with_noise, least) << name;
   }
 }
 
@@ -170,6 +174,23 @@ TEST(signs, do_not_explain_everything) {
   }
   run.dipole0 = {0.0, 0.0, 0.7};
   refusal_holds("may be degenerate");
+}
+
+// Some choice of signs comes near enough to all but a few.
+TEST(signs, do_not_explain_the_dipole_of_another_state) {
+  Directory directory = read("examples/formaldehyde-s1");
+  analysis::DipoleChoices choices;
+  choices.settle_signs = true;
+  int refused = 0, tried = 0;
+  for (int i = 1; i <= directory.run.n6; ++i) {
+    double* const d = dipole(directory.run, i);
+    if (Eigen::Map<Eigen::Vector3d>(d).norm() < 1e-3) continue;
+    std::rotate(d, d + 1, d + 3);
+    ++tried;
+    refused += analysis::prepare_dipoles(directory.run, choices).refusal.empty() ? 0 : 1;
+    std::rotate(d, d + 2, d + 3);
+  }
+  EXPECT_EQ(refused, tried);
 }
 
 }  // namespace

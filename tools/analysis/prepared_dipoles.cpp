@@ -73,7 +73,7 @@ std::string compare(const zandor::RunData& run, const Trial& best, const Trial& 
     choice.others_fall_out = true;
     return {};
   }
-  const double noise = dipole_error(run, best.dipoles, image_relations(run, best.characters));
+  const double noise = sign_demands(run, best.dipoles, image_relations(run, best.characters)).noise;
   const double near =
       std::max(3.0 * best.residual().absolute, 3.0 * noise * sum_rule_errors(run).norm());
   if (other.residual().absolute <= near) {

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/sign_demands.hpp"
 #include "analysis/sum_rules.hpp"
 #include "zandor/run_data.hpp"
 
@@ -29,12 +30,6 @@ struct DensityElement {
 // reference's, since it stands at the same place and agrees within 2 % in absolute value (the same
 // state: 42 of 42 jobs; another one agrees in 3 %); else 0. elements: 0..n6.
 std::vector<int> density_signs(const std::vector<DensityElement>& elements);
-
-// mu(to) = image mu(from) for two jobs, or one and the same, 0 included.
-struct ImageRelation {
-  int from = 0, to = 0;
-  Eigen::Matrix3d image;
-};
 
 // What counts as explained, as SumRuleResidual::explained takes it.
 struct ResidualLimits {
@@ -82,13 +77,6 @@ SettledSigns signs_as_read(const zandor::RunData& run, const Eigen::Matrix3Xd& d
 // Multiplies the dipoles of these jobs, and of those derived from them, by -1.
 void turn_signs(const zandor::RunData& run, const std::vector<int>& jobs,
                 Eigen::Matrix3Xd& dipoles);
-
-// The error of a component of a dipole, atomic units: print rounding, or the scatter of what has to
-// vanish whatever the signs, (mu(+) + mu(-)) / 2 - mu0 and mu(to) - image mu(from). Unlike
-// dipole_noise it takes the images in and leaves out what print rounding explains, most of a dark
-// state with symmetry; and it is never zero.
-double dipole_error(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles,
-                    const std::vector<ImageRelation>& images = {});
 
 // Whether |dmu/dQ|**2 is the same for two gradients (3 x n3) along all directions, but for `noise`
 // in the dipoles.
