@@ -1,9 +1,11 @@
 #include "check/support/dipole_fit.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
 #include <set>
+#include <utility>
 
 #include "analysis/dipoles.hpp"
 #include "analysis/median.hpp"
@@ -77,14 +79,38 @@ struct Fitted {
   Eigen::Vector3d change;
 };
 
-Fitted fit_job(const JobData& jobs, const JobDipoles& at, const SumRuleErrors& errors, int job,
-               const Eigen::VectorXd& as_read) {
-  Eigen::MatrixX3d effect(as_read.size(), 3);
+// What 1 au more in a component of the dipole of every computed job makes of the conditions, formed
+// once: the sum rules take each job by itself.
+using Effects = std::array<std::pair<Eigen::Matrix3Xd, analysis::SumRuleVectors>, 3>;
+
+Effects unit_effects(const JobData& jobs, const JobDipoles& at, const SumRuleErrors& errors) {
+  Effects effects;
   for (Eigen::Index k = 0; k < 3; ++k) {
-    Eigen::Matrix3Xd unit = Eigen::Matrix3Xd::Zero(3, jobs.run.n6 + 1);
-    unit(k, job) = 1.0;
-    if (!at.characters.empty()) analysis::derive_dipoles(jobs.run, at.characters, unit);
-    effect.col(k) = conditions(jobs, at, errors, unit);
+    auto& [dipoles, rules] = effects[static_cast<std::size_t>(k)];
+    dipoles = Eigen::Vector3d::Unit(k).replicate(1, jobs.run.n6 + 1);
+    if (!at.characters.empty()) analysis::derive_dipoles(jobs.run, at.characters, dipoles);
+    const analysis::SumRuleVectors terms = analysis::sum_rule_terms(jobs.run, dipoles);
+    rules = analysis::SumRuleVectors::Zero(terms.rows(), terms.cols());
+    for (int i = 0; at.all && i <= jobs.run.n6; ++i) {
+      rules.col(jobs.source(i)) += terms.col(i).cwiseQuotient(errors);
+    }
+  }
+  return effects;
+}
+
+Fitted fit_job(const JobData& jobs, const JobDipoles& at, const Effects& effects, int job,
+               const Eigen::VectorXd& as_read) {
+  Eigen::MatrixX3d effect = Eigen::MatrixX3d::Zero(as_read.size(), 3);
+  for (Eigen::Index k = 0; k < 3; ++k) {
+    const auto& [dipoles, rules] = effects[static_cast<std::size_t>(k)];
+    effect.col(k).head<analysis::sum_rule_count>() = rules.col(job);
+    for (int i = 1; i <= jobs.run.n6; ++i) {
+      const int ih = (i + 1) / 2;
+      if (!is_looked_at(at, ih)) continue;
+      auto mean = effect.col(k).segment<3>(analysis::sum_rule_count + 3 * (ih - 1));
+      if (job == 0 && i % 2 == 0) mean -= dipoles.col(0);
+      if (job > 0 && jobs.source(i) == job) mean += dipoles.col(i) / 2.0;
+    }
   }
   const Eigen::Vector3d change = -effect.colPivHouseholderQr().solve(as_read);
   return {job, (as_read + effect * change).norm(), change};
@@ -147,9 +173,10 @@ std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const JobDipol
                                              const DipoleMeans& means) {
   const SumRuleErrors errors = analysis::sum_rule_errors(jobs.run);
   const Eigen::VectorXd as_read = conditions(jobs, at, errors, at.dipoles);
+  const Effects effects = unit_effects(jobs, at, errors);
   std::vector<Fitted> fits;
   for (const int job : candidates(jobs, means))
-    fits.push_back(fit_job(jobs, at, errors, job, as_read));
+    fits.push_back(fit_job(jobs, at, effects, job, as_read));
   std::sort(fits.begin(), fits.end(),
             [](const Fitted& a, const Fitted& b) { return a.left < b.left; });
   fits.resize(std::min<std::size_t>(fits.size(), 2));
