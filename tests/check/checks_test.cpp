@@ -128,6 +128,8 @@ const Row rows[] = {
      "the order of the lines (and 1 more line of the block)"},
     {"columns", [] { edit(input, " C  ", " C 0"); },
      "ref.com:8: warning: the coordinates of atom 1"},
+    {"columns", [] { edit(input, "-0.59735072", "-0.59735072 \"open"); },
+     "atom 1: more items than the 4 that are read, the first of them '\"open'"},
     {"columns",
      [] {
        write_input([](double x, double y, double z) { return numbers(x, y, z) + " H"; });

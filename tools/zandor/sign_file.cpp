@@ -34,10 +34,16 @@ class RowWatch {
     line_ += row.records();
     lines_.push_back(line_);
     const std::string_view rest = row.rest();
-    if (row.records() > 1 || rest.find_first_not_of(" \t") == rest.npos) return;
+    const std::size_t begin = rest.find_first_not_of(" \t");
+    if (row.records() > 1 || begin == rest.npos) return;
     // What is left begins with the separator behind the last item that was read.
-    const io::Line extra = io::item_of(input_unit, "x" + std::string(rest), 2);
-    if (!extra.content().empty()) add(rows_.extra, line_, atom, extra.content());
+    const io::Line item = io::item_of(input_unit, "x" + std::string(rest), 2);
+    std::string_view extra = item.content();
+    // A quote that stays open is no item, but stands there.
+    if (extra.empty() && (rest[begin] == '"' || rest[begin] == '\'')) {
+      extra = rest.substr(begin, rest.find_first_of(" \t", begin) - begin);
+    }
+    if (!extra.empty()) add(rows_.extra, line_, atom, extra);
   }
   void pass_over_line() { lines_.push_back(++line_); }
 
