@@ -176,21 +176,4 @@ TEST(signs, do_not_explain_everything) {
   refusal_holds("may be degenerate");
 }
 
-// Some choice of signs comes near enough to all but a few.
-TEST(signs, do_not_explain_the_dipole_of_another_state) {
-  Directory directory = read("examples/formaldehyde-s1");
-  analysis::DipoleChoices choices;
-  choices.settle_signs = true;
-  int refused = 0, tried = 0;
-  for (int i = 1; i <= directory.run.n6; ++i) {
-    double* const d = dipole(directory.run, i);
-    if (Eigen::Map<Eigen::Vector3d>(d).norm() < 1e-3) continue;
-    std::rotate(d, d + 1, d + 3);
-    ++tried;
-    refused += analysis::prepare_dipoles(directory.run, choices).refusal.empty() ? 0 : 1;
-    std::rotate(d, d + 2, d + 3);
-  }
-  EXPECT_EQ(refused, tried);
-}
-
 }  // namespace
