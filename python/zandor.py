@@ -50,6 +50,10 @@ class ProgramError(RuntimeError):
         return f"{'' if own else self.program + ': '}{self.message} (exit status {self.status})"
 
 
+class SchemaError(ValueError):
+    """A document of another version than this module reads."""
+
+
 class Record(dict):
     """An object of a document. Its members are attributes, too; which are there depends on the job: `"name" in record`.
 
@@ -67,7 +71,7 @@ class Record(dict):
     def __getattr__(self, name: str) -> Any:
         if name in self:
             return self[name]
-        raise AttributeError(f"no {name!r} here, only {', '.join(self)}")
+        raise AttributeError(f"no {name!r} here, only {', '.join(self) or 'nothing'}")
 
     def __dir__(self) -> List[str]:  # for completion
         return [*super().__dir__(), *self]
@@ -103,7 +107,7 @@ class Vibrations(Record):
 
     def __init__(self, document: Dict[str, Any]) -> None:
         if document.get("schema_version") != 1:
-            raise ValueError(f"expected schema_version 1, found {document.get('schema_version')}")
+            raise SchemaError(f"expected schema_version 1, found {document.get('schema_version')}")
         super().__init__(document)
         for name in {"geometry", "gradient"} & self.keys():
             self[name] = self[name].reshape(-1, 3)
@@ -168,6 +172,7 @@ class HerzbergTeller(Record):
 
     def __init__(self, document: Dict[str, Any]) -> None:
         names = dict.fromkeys(name for mode in document["modes"] for name in mode)
+        names = names or ("mode", "frequency", "overlap", "dmu_dQ", "dmu_dq", "strength", "share")  # an atom has none
         super().__init__(document, modes={name: [mode.get(name) for mode in document["modes"]] for name in names})
 
 
@@ -237,10 +242,12 @@ def _document(text: bytes) -> Any:
         document = json.loads(text)
         kind = document.get("program") or document["provenance"]["program"]
         made = {"zandor_export": Vibrations, "zandor_check": Check, "zandor_ht": HerzbergTeller}[kind]
-    except (AttributeError, KeyError, TypeError, ValueError):
+        return made(document)
+    except SchemaError:
+        raise
+    except (AttributeError, KeyError, RecursionError, TypeError, ValueError):
         raise ValueError("expected JSON of zandor_export, zandor_check or zandor_ht, found "
                          f"{text[:40].decode(errors='replace')!r}") from None
-    return made(document)
 
 
 def _import(module: str) -> Any:

@@ -302,6 +302,9 @@ TEST_F(ZandorHt, refuses_files_that_hold_no_modes_of_the_molecule) {
   enter(formaldehyde);
   const json own = exported();
   const std::string fchk = checkpoint(own), hess = orca(own), text = own.dump();
+  json changed = own;
+  changed["hessian"][0][5] = 0.3;
+  const std::string skew = changed.dump();
   const struct {
     const std::string& good;
     const char *from, *to, *message;
@@ -312,7 +315,7 @@ TEST_F(ZandorHt, refuses_files_that_hold_no_modes_of_the_molecule) {
       {fchk, "Cartesian Force", "Cartesian force",
        "file:29: expected 'Cartesian Force Constants', found"},
       {fchk, "1.599", "-1.599",
-       "file: expected masses above 0 and places of a molecule, found others"},
+       "file: expected masses, places and force constants of a molecule, found others"},
       {fchk, "1.599", "x1.599", "file:11: expected 'Real atomic weights', value 2 (number), found"},
       {fchk, "Number of atoms", "Number of electrons", "file:1: expected a formatted checkpoint"},
       {hess, "$hessian\n12", "$hessian\n15",
@@ -329,11 +332,15 @@ TEST_F(ZandorHt, refuses_files_that_hold_no_modes_of_the_molecule) {
       {text, "\"geometry\":", "\"geometry\":[1,2],\"g\":", "expected 'geometry' with 12 values"},
       {text, "\"hessian\"", "\"Hessian\"", "expected 'hessian', found the end of the file"},
       {text, "\"step\":", "\"step\":[[[[[[[[[[[[[[[[[[", "expected at most 16 brackets within"},
+      {skew, "{", "{", "file: expected symmetric force constants, found two that differ by 0."},
+      {text, "\"hessian\":[[-0.", "\"hessian\":[[-1000.",
+       "file: expected masses, places and force constants of a molecule, found others"},
       {text, "}", "", "file:1: expected a JSON object, found a text that is none"},
   };
   for (const auto& [good, from, to, message] : cases) {
     support::write_file("file", good);
     support::edit_file("file", from, to);
+    SCOPED_TRACE(message);
     expect(2, message, {"--modes-of=file"});
   }
 }
@@ -373,6 +380,11 @@ TEST_F(ZandorHt, broadens_strengths_to_lines_of_their_area) {
     return results({"--spectrum", from, "1e4", "1e4", "--width=0.5"})["spectrum"]["strength"][0];
   };
   EXPECT_NEAR(height(0.25) / height(0.0), 0.5, 1e-4);
+  const support::Outcome narrow =
+      run({"--spectrum", "0", "10", "5", "--width=1e-320", "--shape=lorentz"});
+  EXPECT_NE(narrow.err.find("the points of the spectrum are 5 cm-1 apart, further"),
+            std::string::npos);
+  EXPECT_EQ(narrow.out.find("nan"), std::string::npos);
   const std::string csv = run({"--spectrum", "0", "1", "0.1", "--width=9"}).out;
   EXPECT_NE(
       csv.find("\n# 1 imaginary (or zero) left out\nwavenumber_cm-1,strength_au_per_cm-1\n0,"),

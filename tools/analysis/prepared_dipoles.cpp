@@ -44,6 +44,10 @@ SettledSigns look_at_signs(const zandor::RunData& run, const DipoleChoices& choi
   return settle_signs(run, dipoles, evidence);
 }
 
+Eigen::MatrixXd directions_of(const zandor::RunData& run, const DipoleChoices& choices) {
+  return choices.directions ? choices.directions() : vibration_directions(run);
+}
+
 // With characters that are not known, signs are turned only if they are to be.
 Trial trial_of(const zandor::RunData& run, const DipoleChoices& choices,
                const Characters& characters) {
@@ -52,7 +56,7 @@ Trial trial_of(const zandor::RunData& run, const DipoleChoices& choices,
   const SignEvidence evidence{
       {},
       needs_characters(run) ? image_relations(run, characters) : std::vector<ImageRelation>{},
-      [&run] { return vibration_directions(run); },
+      [&] { return directions_of(run, choices); },
       choices.limits};
   trial.signs = choices.settle_signs || choices.characters || !needs_characters(run)
                     ? look_at_signs(run, choices, trial.dipoles, evidence)
@@ -63,8 +67,8 @@ Trial trial_of(const zandor::RunData& run, const DipoleChoices& choices,
 
 // Adds to the choice what another pattern says about it. The result is why the choice is not to be
 // used, if it is not.
-std::string compare(const zandor::RunData& run, const Trial& best, const Trial& other,
-                    CharacterChoice& choice) {
+std::string compare(const zandor::RunData& run, const DipoleChoices& choices, const Trial& best,
+                    const Trial& other, CharacterChoice& choice) {
   const Eigen::Matrix3Xd gradient = dipole_gradient(run, best.dipoles);
   const Eigen::Matrix3Xd of_other = dipole_gradient(run, other.dipoles);
   if ((gradient - of_other).cwiseAbs().maxCoeff() <= gradient_rounding(run)) return {};
@@ -78,7 +82,7 @@ std::string compare(const zandor::RunData& run, const Trial& best, const Trial& 
       std::max(3.0 * best.residual().absolute, 3.0 * noise * sum_rule_errors(run).norm());
   if (other.residual().absolute <= near) {
     choice.same_derivatives = false;
-    if (!ambiguous && same_strengths(run, gradient, of_other, vibration_directions(run), noise)) {
+    if (!ambiguous && same_strengths(run, gradient, of_other, directions_of(run, choices), noise)) {
       return {};
     }
     return "the dipoles do not tell the characters of the operations (" +
@@ -121,7 +125,7 @@ void find_characters(const zandor::RunData& run, const DipoleChoices& choices,
   }
   for (std::size_t k = 0; k < patterns.size() && prepared.refusal.empty(); ++k) {
     if (patterns[k] == best.characters) continue;
-    prepared.refusal = compare(run, best, trial_of(run, choices, patterns[k]), choice);
+    prepared.refusal = compare(run, choices, best, trial_of(run, choices, patterns[k]), choice);
   }
   if (!prepared.refusal.empty()) {
     prepared.refusal +=
@@ -199,6 +203,11 @@ PreparedDipoles prepare_dipoles(const zandor::RunData& run, const DipoleChoices&
   return prepared;
 }
 
+Eigen::MatrixXd vibration_directions(const zandor::RunData& run, const Eigen::MatrixXd& weighted) {
+  const Eigen::Map<const Eigen::VectorXd> root_mass(run.sqtmass.data(), run.n3);
+  return root_mass.cwiseInverse().asDiagonal() * modes_beside(rigid_motions(run), weighted).vectors;
+}
+
 Eigen::MatrixXd vibration_directions(const zandor::RunData& run) {
   const Eigen::Map<const Eigen::MatrixXd> forces(run.force.column(1, 1), run.n3, run.n6);
   Eigen::VectorXd inverse(run.n3);
@@ -207,8 +216,7 @@ Eigen::MatrixXd vibration_directions(const zandor::RunData& run) {
   for (Eigen::Index i = 0; i < run.n3; ++i) {
     weighted.col(i) = inverse(i) * inverse.cwiseProduct(forces.col(2 * i) - forces.col(2 * i + 1));
   }
-  const Eigenmodes modes = modes_beside(rigid_motions(run), weighted + weighted.transpose());
-  return inverse.asDiagonal() * modes.vectors;
+  return vibration_directions(run, weighted + weighted.transpose());
 }
 
 DensityElement density_element(const zandor::SignHeader& header) {

@@ -22,6 +22,8 @@ struct DipoleChoices {
   // tden_maxloc and tden_maxval of all jobs, asked for where signs are in doubt; may be empty.
   std::function<std::vector<DensityElement>()> density;
   ResidualLimits limits;
+  // Of the modes along which strengths count; without it, vibration_directions of the run.
+  std::function<Eigen::MatrixXd()> directions = {};
 };
 
 struct CharacterChoice {
@@ -57,6 +59,8 @@ PreparedDipoles prepare_dipoles(const zandor::RunData& run, const DipoleChoices&
 // n3 x n: L_jk / sqrt(m_j) of the n vibrations, the directions along which dmu/dQ is taken, from
 // forces and masses of the run alone.
 Eigen::MatrixXd vibration_directions(const zandor::RunData& run);
+// The same of these mass-weighted force constants.
+Eigen::MatrixXd vibration_directions(const zandor::RunData& run, const Eigen::MatrixXd& weighted);
 
 DensityElement density_element(const zandor::SignHeader& header);
 

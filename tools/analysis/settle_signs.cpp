@@ -17,8 +17,8 @@ namespace {
 // Figures below: wrong answers and refusals among 4752 draws of noise (1e-5 to 1e-4 au), turned
 // signs and headers in 14 directories; "spoilt": 3168 with the dipole of one job permuted.
 
-// Choices of signs stay in doubt that leave no more than this times what noise makes of the sum
-// rules, or than what the best choice leaves. 1.5 takes 40 more spoilt ones for right; 6 refuses
+// Choices of signs that leave no more than this times what noise makes of the sum rules, or than
+// what the best choice leaves, stay in doubt. 1.5 takes 40 more spoilt ones for right; 6 refuses
 // 163 more.
 constexpr double in_doubt = 3.0;
 
@@ -26,8 +26,8 @@ constexpr double in_doubt = 3.0;
 // in 6 draws whose dipoles were turned without their headers; 1.5 refuses 24 more.
 constexpr double most_left_by_headers = 3.0;
 
-// They are believed, too, where the best signs do not leave less by more than this. 2 is wrong in 2
-// of those draws; 1 refuses 72 more.
+// They are believed, too, where they leave no more than this times what the best signs leave. 2 is
+// wrong in 2 of those draws; 1 refuses 72 more.
 constexpr double nearly_best = 1.1;
 
 // |dmu/dQ| is the same within so many standard deviations of its noise. 1 refuses 190 more; 9 is
@@ -121,7 +121,7 @@ SignChoices fitting_choices(const Settling& all, const FreeSets& sets) {
   }
 }
 
-// Of the jobs that a choice turns and all others the fewer.
+// The jobs that a choice turns, or all others where these are fewer.
 std::vector<int> jobs_turned(const Settling& all, const TiedSigns& signs, const FreeSets& sets,
                              const Eigen::VectorXd& choice) {
   std::vector<int> turned, others;

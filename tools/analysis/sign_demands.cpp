@@ -14,8 +14,8 @@ namespace {
 // the length of three has its median at 1.54 times that.
 constexpr double median_over_noise = 1.88;
 
-// Signs count as possible whose length is no more than this times the noise, or what the best pair
-// leaves. Of 4752 draws with noise of 1e-5 to 1e-4 au in 14 directories 2 refuses 943, 4 refuses
+// Signs whose length is no more than this times the noise, or what the best pair leaves, count as
+// possible. Of 4752 draws with noise of 1e-5 to 1e-4 au in 14 directories 2 refuses 943, 4 refuses
 // 931, 8 refuses 1036: smaller ones rule out what holds, larger ones leave open what is told.
 constexpr double possible_within = 4.0;
 

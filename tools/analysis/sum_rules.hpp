@@ -50,7 +50,6 @@ struct SumRuleResidual {
   // the root mean square; infinite where they have none.
   double noise_ratio = std::numeric_limits<double>::infinity();
 
-  bool within_rounding() const { return worst_ratio <= 1.0; }
   // Print rounding and the other errors of the jobs explain it: no condition stands above `bounds`
   // times its bound, none above `noise` times its noise, or the residual is `part` relative at
   // most.

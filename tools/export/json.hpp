@@ -21,8 +21,8 @@ Json numbers(const double* values, std::initializer_list<std::size_t> shape);
 // The value on one line; bytes that are no UTF-8 become replacement characters.
 std::string text_of(const Json& value);
 
-// An object written member by member, a key to a line; an array stays on the line of its key. What
-// is large is never a tree of values as a whole, which would take many times its memory.
+// An object written member by member, a key to a line; an array stays on the line of its key. A
+// large array is never held as one tree of values, which would take many times its memory.
 class JsonObject {
  public:
   using Members = std::function<void(JsonObject& object)>;

@@ -50,7 +50,7 @@ struct Format {
   bool both_lists = false;  // of modes; otherwise the one that was asked for
 };
 
-// Of formats without options of their own.
+// For formats that have no options of their own.
 template <void (*write)(const Content&, io::OutputFile&)>
 void write_plain(const Request&, const Content& content, io::OutputFile& out) {
   write(content, out);

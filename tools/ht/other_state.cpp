@@ -20,8 +20,8 @@ void check_atoms(const std::string& file, const OtherState& state, const zandor:
   }
 }
 
-// The turn that lays the places onto those of the run, both counted from their centres of mass,
-// which the result has, too.
+// The turn that lays the places onto those of the run, both counted from their centres of mass.
+// The laid ones become those of the run.
 Eigen::Matrix3d lay_onto(zandor::RunData& run, const Places& places, Fit& fit) {
   const Eigen::Map<const Eigen::VectorXd> mass(run.mass.data(), run.natom);
   Eigen::Map<Eigen::Matrix3Xd> x(run.x.data(), 3, run.natom);

@@ -166,7 +166,8 @@ std::string first_words() {
   constexpr std::string_view third = "Number of atoms";
   std::string first;
   std::string_view record;
-  for (int line = 1; line <= 3 && io::read_record(unit, record) == io::read_ok; ++line) {
+  for (int line = 1; (line <= 3 || first.empty()) && io::read_record(unit, record) == io::read_ok;
+       ++line) {
     if (line == 3 && record.starts_with(third)) first = third;
     if (first.empty()) first = io::trimmed(io::without_leading_blanks(record));
   }
@@ -203,11 +204,11 @@ void read_arrays(std::size_t natom, OtherState& state) {
     io::fatal_stop({io::name(unit), 1},
                    "expected a formatted checkpoint file, an ORCA .hess file or the JSON of "
                    "zandor_export, found " +
-                       io::quoted(first));
+                       (first.empty() ? "nothing" : io::quoted(first)));
   }
 }
 
-// All elements of a symmetric matrix, of its lower triangle by rows.
+// The whole symmetric matrix, from its lower triangle by rows.
 std::vector<double> unpacked(const std::vector<double>& triangle, std::size_t n3) {
   std::vector<double> all(n3 * n3);
   auto value = triangle.begin();
@@ -217,10 +218,37 @@ std::vector<double> unpacked(const std::vector<double>& triangle, std::size_t n3
   return all;
 }
 
+// Bounds far from any molecule's numbers; beyond them other units, or another kind of file.
+void check_values(const std::string& file, const OtherState& state) {
+  const auto within = [](const std::vector<double>& values, double low, double high) {
+    return std::ranges::all_of(values, [=](double value) { return value > low && value < high; });
+  };
+  constexpr double heaviest = 1e3, farthest = 1e6, stiffest = 1e3;  // u, Bohr, Hartree/Bohr**2
+  if (!within(state.masses, 0.1, heaviest) || !within(state.places, -farthest, farthest) ||
+      !within(state.force_constants, -stiffest, stiffest)) {
+    io::fatal_stop({file},
+                   "expected masses, places and force constants of a molecule, found others");
+  }
+}
+
+// Only one half goes into the modes: both have to hold the same, but for last digits.
+void take_mean_of_halves(const std::string& file, std::vector<double>& force_constants,
+                         std::size_t n3) {
+  constexpr double most = 1e-3;  // Hartree/Bohr**2, as asymmetry of zandor_check
+  const auto size = static_cast<Eigen::Index>(n3);
+  Eigen::Map<Eigen::MatrixXd> all(force_constants.data(), size, size);
+  const Eigen::MatrixXd turned = all.transpose();
+  const double difference = (all - turned).cwiseAbs().maxCoeff();
+  if (difference > most) {
+    io::fatal_stop({file}, "expected symmetric force constants, found two that differ by " +
+                               io::shown(difference) + " Hartree/Bohr**2");
+  }
+  all = (all + turned) / 2.0;
+}
+
 }  // namespace
 
 OtherState read_other_state(const std::string& file, int natom) {
-  constexpr double largest = 1e6;  // mass or coordinate that is believed
   OtherState state;
   io::open_existing(unit, file);
   read_arrays(static_cast<std::size_t>(natom), state);
@@ -229,11 +257,8 @@ OtherState read_other_state(const std::string& file, int natom) {
   if (state.force_constants.size() < n3 * n3) {
     state.force_constants = unpacked(state.force_constants, n3);
   }
-  const auto [light, heavy] = std::minmax_element(state.masses.begin(), state.masses.end());
-  const auto [left, right] = std::minmax_element(state.places.begin(), state.places.end());
-  if (!(*light > 0.0 && *heavy<largest&& * left> - largest && *right < largest)) {
-    io::fatal_stop({file}, "expected masses above 0 and places of a molecule, found others");
-  }
+  check_values(file, state);
+  take_mean_of_halves(file, state.force_constants, n3);
   return state;
 }
 

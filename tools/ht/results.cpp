@@ -97,7 +97,7 @@ std::vector<double> broadened(const Request& request, const std::vector<Line>& l
   const auto add_line = [&](double place, double strength) {
     for (std::size_t i = 0; i < values.size() && strength > 0.0; ++i) {
       const double away = (place_of(spectrum, i) - place) / spectrum.width;
-      values[i] += strength / spectrum.width * line_shape(away, spectrum.lorentz);
+      values[i] += strength * (line_shape(away, spectrum.lorentz) / spectrum.width);
     }
   };
   for (const Line& line : lines) {

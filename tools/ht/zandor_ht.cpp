@@ -3,7 +3,7 @@
 #include <cmath>
 #include <tuple>
 
-#include "analysis/rigid_motions.hpp"
+#include "analysis/vibrations.hpp"
 #include "ht/output.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
@@ -109,6 +109,10 @@ void check(const ht::Request& request) {
         io::shown(origin));
   }
   check("--width", width, false);
+  if (step > width) {
+    io::warn({}, "the points of the spectrum are " + io::shown(step) +
+                     " cm-1 apart, further than its lines are wide: lines may fall between them");
+  }
 }
 
 int run_and_write(int argc, char** argv) {
@@ -120,13 +124,16 @@ int run_and_write(int argc, char** argv) {
   const std::string turned = analysis::turned_geometry(run);
   if (!turned.empty()) io::warn({run.com_name.content()}, turned);
   line.request.dipoles.density = [&run] { return analysis::density_elements(run); };
-  const analysis::PreparedDipoles dipoles = analysis::prepare_dipoles(run, line.request.dipoles);
-  for (const std::string& warning : dipoles.warnings) io::warn({}, warning);
-  if (!dipoles.refusal.empty()) io::fatal_stop(dipoles.refusal);
   std::optional<ht::Fit> fit;
   if (line.request.modes_of) {
     fit = ht::take_modes(*line.request.modes_of, line.request.within, line.request.masses, run);
+    line.request.dipoles.directions = [&run] {
+      return analysis::vibration_directions(run, analysis::mass_weighted_force_constants(run));
+    };
   }
+  const analysis::PreparedDipoles dipoles = analysis::prepare_dipoles(run, line.request.dipoles);
+  for (const std::string& warning : dipoles.warnings) io::warn({}, warning);
+  if (!dipoles.refusal.empty()) io::fatal_stop(dipoles.refusal);
   ht::Results results = ht::form_results(line.request, run, dipoles);
   results.fit = fit;
   const bool as_csv = line.as_csv || line.request.spectrum;

@@ -169,13 +169,14 @@ void read_state_line(std::string_view record, StateLines& states) {
       {"energy of the state (hartree)", &StateLines::energy},
       {"excitation energy (ev)", &StateLines::excitation_energy},
       {"oscillator strength", &StateLines::oscillator_strength}};
+  constexpr double largest = 1e6;  // Hartree or eV; beyond any molecule's
   const std::string_view text = io::trimmed(io::without_leading_blanks(record));
   for (const auto& [beginning, place] : lines) {
     const std::string_view head = text.substr(0, beginning.size());
     if (states.*place || !std::ranges::equal(head, beginning, {}, io::lowered)) continue;
     double value = 0.0;
     if (io::parse_real(io::without_leading_blanks(text.substr(head.size())), value) &&
-        std::isfinite(value)) {
+        std::fabs(value) < largest) {
       states.*place = value;
     }
   }

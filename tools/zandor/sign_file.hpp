@@ -40,8 +40,7 @@ struct SignHeader {
 
 // What lines in front of the dipole tell of the states, each by how it begins, in any letter case:
 // "Total ground state energy (Hartree)", "energy of the state (Hartree)", "Excitation energy (eV)",
-// "Oscillator strength". A number follows, alone; a line where it is malformed or not finite says
-// nothing.
+// "Oscillator strength". A number below a million follows, alone; any other line says nothing.
 struct StateLines {
   std::optional<double> ground_energy, energy, excitation_energy, oscillator_strength;
 };

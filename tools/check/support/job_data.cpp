@@ -157,7 +157,7 @@ void read_computed(JobData& jobs, int i) {
   if (!is_read) reading.sign_file.geometry_stop.reset();  // one fault is enough of what is cut
   const std::vector<Fault> besides = faults_besides(jobs, i);
   reading.faults.insert(reading.faults.end(), besides.begin(), besides.end());
-  // Memory that nothing was written to is not to be had before it is needed.
+  // Writing zeros would take memory for pages that were never touched.
   if (reading.failed && !jobs.forces(i).isZero(0.0)) {
     std::fill_n(run.force.column(1, i), run.n3, 0.0);
   }
