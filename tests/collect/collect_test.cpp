@@ -345,8 +345,8 @@ TEST_F(Collect, replaces_older_sign_files_only_and_names_what_is_missing) {
       outcome.err,
       "zandor_collect: coord-hno-01px: expected an output with the suffix .log, .out, .fchk, "
       ".json, found none\n"
-      "zandor_collect: warning: coord-hno-01mx.sgn hold something else than the outputs give, "
-      "and stay as they are, being newer: remove them to have them written\n");
+      "zandor_collect: warning: not what the outputs give, but newer, and so left alone (remove "
+      "what is to be written): coord-hno-01mx.sgn\n");
   EXPECT_NE(outcome.out.find("17 taken"), std::string::npos) << outcome.out;
   EXPECT_NE(
       outcome.out.find("1 with a sign file but no output, 1 missing, 0 bad\n1 sign file written\n"),

@@ -34,6 +34,14 @@ constexpr double nearly_best = 1.1;
 // wrong in 34 draws.
 constexpr double same_length_within = 3.0;
 
+// But no more than this part of the longest: where all of it drowns in the noise nothing is the
+// same. 0.03 refuses more; without it fewer are refused, none of them wrong.
+constexpr double same_part_within = 0.1;
+
+// The means of two steps lie so near the reference's dipole, as part of what the steps change. 0.08
+// refuses 135 more; larger ones change nothing.
+constexpr double passes_within = 0.25;
+
 // Whether the dipoles of two steps lie on either side of the reference's, with the signs that suit
 // best, as goes_through_reference says for given signs. Those of a degenerate state do not. The
 // coordinate that is furthest off does not count: one dipole may be wrong.
@@ -41,7 +49,7 @@ bool may_go_through(const SignFreeSteps& steps, double rounding) {
   const Eigen::RowVectorXd off = steps.even.colwise().norm();
   const double largest = off.maxCoeff();
   const double others = std::sqrt(std::max(0.0, off.squaredNorm() - largest * largest));
-  return largest <= 3.0 * rounding || others <= 0.25 * steps.change.norm();
+  return largest <= 3.0 * rounding || others <= passes_within * steps.change.norm();
 }
 
 // One directory while its signs are settled.
@@ -307,10 +315,9 @@ bool same_strengths(const zandor::RunData& run, const Eigen::Matrix3Xd& a,
   const Eigen::RowVectorXd along_a = (a * directions).colwise().norm();
   const Eigen::RowVectorXd along_b = (b * directions).colwise().norm();
   const double of_gradient = noise / (std::sqrt(2.0) * std::abs(run.dx));
-  // Where all of it drowns in the noise nothing is the same.
   const Eigen::RowVectorXd allowed =
       (same_length_within * std::sqrt(3.0) * of_gradient * directions.colwise().norm())
-          .cwiseMin(along_a.size() > 0 ? 0.1 * along_a.maxCoeff() : 0.0);
+          .cwiseMin(along_a.size() > 0 ? same_part_within * along_a.maxCoeff() : 0.0);
   return ((along_a - along_b).cwiseAbs().array() <= allowed.array()).all();
 }
 

@@ -70,9 +70,10 @@ void report_faults(const Choices& choices, const Collection& all) {
   }
   const std::vector<int> other = jobs_with_other_files(all);
   if (!other.empty()) {
-    io::warn({}, analysis::job_names(all.run, other) +
-                     " hold something else than the outputs give, and stay as they are, being "
-                     "newer: remove them to have them written");
+    io::warn({},
+             "not what the outputs give, but newer, and so left alone (remove what is to be "
+             "written): " +
+                 analysis::job_names(all.run, other));
   }
   if (all.unsettled_jobs.empty()) return;
   io::report({}, "cannot settle the sign of the dipole of " +
