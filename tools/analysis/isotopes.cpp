@@ -106,16 +106,11 @@ double nearest_among(std::span<const Isotope> known, int atomic_number, double m
   return nearest;
 }
 
-bool same_letters(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return io::lowered(x) == io::lowered(y); });
-}
-
 }  // namespace
 
 int element_number(std::string_view symbol) {
   const auto found = std::find_if(std::begin(element_symbols), std::end(element_symbols),
-                                  [&](auto known) { return same_letters(known, symbol); });
+                                  [&](auto known) { return io::equal_in_any_case(known, symbol); });
   return found == std::end(element_symbols)
              ? 0
              : static_cast<int>(found - std::begin(element_symbols)) + 1;

@@ -1,41 +1,27 @@
 #include "analysis/job_directory.hpp"
 
-#include <cctype>
-#include <charconv>
 #include <cmath>
 
 #include "flib/units_of_measure.hpp"
+#include "io/values.hpp"
 #include "zandor/phases.hpp"
 
 namespace analysis {
 
 namespace {
 
-template <class Number>
-bool parse_whole(std::string_view text, Number& number) {
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size();
-}
-
 [[noreturn]] void stop_at_option(const char* option, const char* expected, std::string_view text) {
-  io::fatal_stop("expected " + std::string(option) + " " + expected + ", found " +
-                 io::quoted(text));
+  io::fatal_stop({}, "expected ", option, " ", expected, ", found ", io::quoted(text));
 }
 
 // Splits "KEY=MASS".
 std::string split(const char* option, const char* expected, std::string_view text, double& amu) {
   const std::size_t equals = text.find('=');
-  if (equals == 0 || equals == text.npos || !parse_whole(text.substr(equals + 1), amu) ||
+  if (equals == 0 || equals == text.npos || !io::parse_real(text.substr(equals + 1), amu) ||
       !std::isfinite(amu) || !(amu > 0.0)) {
     stop_at_option(option, expected, text);
   }
   return std::string(text.substr(0, equals));
-}
-
-bool same_element(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&](char x, char y) { return lower(x) == lower(y); });
 }
 
 std::string_view symbol_of(const zandor::RunData& run, int atom) {
@@ -43,7 +29,7 @@ std::string_view symbol_of(const zandor::RunData& run, int atom) {
 }
 
 bool concerns(const MassChange& change, const zandor::RunData& run, int atom) {
-  return change.atom == 0 ? same_element(change.element, symbol_of(run, atom))
+  return change.atom == 0 ? io::equal_in_any_case(change.element, symbol_of(run, atom))
                           : change.atom == atom;
 }
 
@@ -53,7 +39,8 @@ MassChange parse_mass(const std::string& text) {
   constexpr const char* expected = "ATOM=MASS with an atom number and a mass (amu) above 0";
   MassChange change;
   const std::string atom = split("--mass", expected, text, change.amu);
-  if (!parse_whole(atom, change.atom) || change.atom < 1) stop_at_option("--mass", expected, text);
+  if (!io::parse_integer(atom, change.atom) || change.atom < 1)
+    stop_at_option("--mass", expected, text);
   return change;
 }
 
@@ -84,8 +71,8 @@ void change_masses(const std::vector<MassChange>& changes, zandor::RunData& run)
     }
     if (found) continue;
     if (change.atom > 0) {
-      io::fatal_stop("expected an atom within 1.." + std::to_string(run.natom) +
-                     " behind --mass, found " + std::to_string(change.atom));
+      io::fatal_stop({}, "expected an atom within 1..", run.natom, " behind --mass, found ",
+                     change.atom);
     }
     io::fatal_stop("expected an element of the molecule behind --isotope, found " +
                    io::quoted(change.element));

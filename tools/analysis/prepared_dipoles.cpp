@@ -1,7 +1,6 @@
 #include "analysis/prepared_dipoles.hpp"
 
 #include <cmath>
-#include <cstdio>
 #include <tuple>
 #include <utility>
 
@@ -146,7 +145,7 @@ std::string turned_text(const zandor::RunData& run, const PreparedDipoles& prepa
                                residual_text(signs.as_read) + ")";
   if (signs.found()) {
     return text + ": the sign of " + job_names(run, signs.jobs) +
-           " seems to have turned, with it " + figure(signs.settled.absolute) + " is left";
+           " seems to have turned, with it " + io::rounded(signs.settled.absolute) + " is left";
   }
   if (given && signs.nothing_fits) return text + ": the characters given do not fit";
   return text + (signs.fits_as_read ? ", but so do others: " : ": ") + signs.refusal +
@@ -239,15 +238,10 @@ std::vector<DensityElement> density_elements(const zandor::RunData& run) {
   return elements;
 }
 
-std::string figure(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.3g", value);
-  return text;
-}
-
 std::string residual_text(const SumRuleResidual& residual) {
-  return "residual " + figure(residual.absolute) + ", relative " + figure(residual.relative) +
-         ", largest condition " + figure(residual.worst_ratio) + " times its rounding";
+  return "residual " + io::rounded(residual.absolute) + ", relative " +
+         io::rounded(residual.relative) + ", largest condition " +
+         io::rounded(residual.worst_ratio) + " times its rounding";
 }
 
 std::string job_names(const zandor::RunData& run, const std::vector<int>& jobs) {

@@ -68,9 +68,6 @@ DensityElement density_element(const zandor::SignHeader& header);
 // cannot be read has no value.
 std::vector<DensityElement> density_elements(const zandor::RunData& run);
 
-// A number with the three digits with which texts show residuals.
-std::string figure(double value);
-
 // "residual 0.0017, relative 0.0032, largest condition 0.532 times its rounding".
 std::string residual_text(const SumRuleResidual& residual);
 

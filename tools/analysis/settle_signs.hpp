@@ -31,16 +31,6 @@ struct DensityElement {
 // state: 42 of 42 jobs; another one agrees in 3 %); else 0. elements: 0..n6.
 std::vector<int> density_signs(const std::vector<DensityElement>& elements);
 
-// What counts as explained, as SumRuleResidual::explained takes it.
-struct ResidualLimits {
-  double bounds = 3.0;
-  double relative = residual_allowed;
-  double noise = noise_allowed;
-  bool explain(const SumRuleResidual& residual) const {
-    return residual.explained(bounds, relative, noise);
-  }
-};
-
 struct SignEvidence {
   std::vector<int> density;  // as density_signs gives them; empty where there are no headers
   std::vector<ImageRelation> images;

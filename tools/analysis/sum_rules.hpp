@@ -49,13 +49,18 @@ struct SumRuleResidual {
   // The largest ratio of a condition to what the noise of the dipoles (dipole_noise) makes of it in
   // the root mean square; infinite where they have none.
   double noise_ratio = std::numeric_limits<double>::infinity();
+};
 
-  // Print rounding and the other errors of the jobs explain it: no condition stands above `bounds`
-  // times its bound, none above `noise` times its noise, or the residual is `part` relative at
-  // most.
-  bool explained(double bounds = 3.0, double part = residual_allowed,
-                 double noise = noise_allowed) const {
-    return worst_ratio <= bounds || relative <= part || noise_ratio <= noise;
+// What counts as explained by print rounding and the other errors of the jobs: no condition stands
+// above `bounds` times its bound, none above `noise` times its noise, or the residual is `relative`
+// of its terms at most.
+struct ResidualLimits {
+  double bounds = 3.0;
+  double relative = residual_allowed;
+  double noise = noise_allowed;
+  bool explain(const SumRuleResidual& residual) const {
+    return residual.worst_ratio <= bounds || residual.relative <= relative ||
+           residual.noise_ratio <= noise;
   }
 };
 

@@ -15,9 +15,8 @@ std::string origin_of(const analysis::CharacterChoice& choice, bool by_hand) {
            : choice.same_derivatives ? "characters: every pattern gives the same derivatives"
                                      : "characters: every pattern gives the same |dmu/dQ|**2";
   }
-  return "characters found by the sum rules: residual " +
-         analysis::figure(choice.residual.absolute) + ", next best " +
-         analysis::figure(choice.next_best->absolute);
+  return "characters found by the sum rules: residual " + io::rounded(choice.residual.absolute) +
+         ", next best " + io::rounded(choice.next_best->absolute);
 }
 
 void add_characters(const zandor::RunData& run, const analysis::PreparedDipoles& dipoles,
@@ -68,7 +67,7 @@ void add_columns(const Request& request, const Results& results, std::vector<std
                   " in the projected list of zandor-es.out");
 }
 
-std::string area(double strength) { return analysis::figure(strength) + " e**2 Bohr**2"; }
+std::string area(double strength) { return io::rounded(strength) + " e**2 Bohr**2"; }
 
 void add_spectrum(const Request& request, const Results& results, std::vector<std::string>& lines) {
   const Spectrum& spectrum = *request.spectrum;

@@ -19,7 +19,7 @@ struct Thresholds {
   double frequency = 6000.0;      // sound: 4407 at most
   double rounding_note = 5.0;     // six decimals move frequencies by 4.7 at most, five by 48
   double rounding = 50.0;         // four decimals move them by up to 228
-  double dipole_bounds = 3.0;     // SumRuleResidual::explained tells of these three
+  double dipole_bounds = 3.0;     // ResidualLimits tells of these three
   double dipole_relative = 1e-2;
   double dipole_noise = 8.0;
   double dipole_mean = 10.0;  // sound: 6.3 at most
