@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
+#include <numbers>
 #include <set>
 
 #include "analysis/dipoles.hpp"
@@ -51,24 +53,32 @@ TEST(characters, follow_the_products_of_the_group) {
   }
 }
 
-// As many turns about z of which no two make a third, all of them as often.
-std::size_t patterns_of_turns(int different, int repeated) {
+// Turns about z by these angles, printed with three decimals.
+std::size_t patterns_of_turns(int count, const std::function<double(int)>& angle) {
   zandor::RunData run = model::run_of(model::line());
-  run.nop = different * repeated;
-  run.op = {"op", {3, 3, run.nop}};
-  for (int k = 1; k <= run.nop; ++k) {
-    Eigen::Map<Eigen::Matrix3d>(run.op.column(1, k)) =
-        Eigen::AngleAxisd(std::pow(3, k % different), Eigen::Vector3d::UnitZ()).matrix();
+  run.nop = count;
+  run.op = {"op", {3, 3, count}};
+  for (int k = 1; k <= count; ++k) {
+    const Eigen::Matrix3d turn =
+        Eigen::AngleAxisd(angle(k), Eigen::Vector3d::UnitZ()).matrix() * 1e3;
+    Eigen::Map<Eigen::Matrix3d>(run.op.column(1, k)) = turn.array().round() / 1e3;
   }
   return analysis::allowed_characters(run).size();
 }
 
 TEST(characters, are_looked_for_among_so_many_operations) {
-  EXPECT_EQ(patterns_of_turns(12, 30), 4096U);
-  EXPECT_TRUE(support::stops(2, "more than 4096 patterns", [] { patterns_of_turns(13, 1); }));
-  EXPECT_TRUE(support::stops(2, "at most 256 different", [] { patterns_of_turns(300, 1); }));
+  EXPECT_EQ(patterns_of_turns(7, [](int k) { return 2.0 * std::numbers::pi * k / 7; }), 1U);
+  // No two of these make a third.
+  const auto unrelated = [](int different) {
+    return [=](int k) { return std::pow(3, k % different); };
+  };
+  EXPECT_EQ(patterns_of_turns(360, unrelated(12)), 4096U);
+  EXPECT_TRUE(
+      support::stops(2, "more than 4096 patterns", [&] { patterns_of_turns(13, unrelated(13)); }));
+  EXPECT_TRUE(support::stops(2, "at most 256 different",
+                             [] { patterns_of_turns(300, [](int k) { return 0.01 * k; }); }));
   zandor::RunData run = model::run_of(model::general());
-  set_operations(run, {{1, 1, 1}, {1, 1, 1.01}});
+  set_operations(run, {{1, 1, 1}, {1, 1, 1.002}});
   EXPECT_TRUE(support::stops(2, "expected orthogonal operations, found operation 2",
                              [&] { analysis::allowed_characters(run); }));
 }

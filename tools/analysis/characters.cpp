@@ -12,7 +12,6 @@ namespace analysis {
 
 namespace {
 
-constexpr double orthogonal_within = 1e-3;    // operations may be printed with few digits
 constexpr std::size_t most_operations = 256;  // the largest finite molecular group has 120
 constexpr std::size_t most_free = 12;         // 4096 patterns
 
@@ -71,8 +70,7 @@ void look_at_operations(const zandor::RunData& run) {
   for (int i = 1; i <= run.n6; ++i) {
     const zandor::Job& job = run.jobs[static_cast<std::size_t>(i)];
     if (job.is_calc) continue;
-    const Eigen::Matrix3d op = operation(run, job.iops);
-    if (!((op * op.transpose() - Eigen::Matrix3d::Identity()).norm() <= orthogonal_within)) {
+    if (!(off_orthogonal(operation(run, job.iops)) <= same_within)) {
       io::fatal_stop({zandor::job_list_name}, "expected orthogonal operations, found operation " +
                                                   std::to_string(job.iops) + ", which is not");
     }
@@ -193,7 +191,6 @@ void derive_dipoles(const zandor::RunData& run, const Characters& characters,
 
 std::vector<ImageRelation> image_relations(const zandor::RunData& run,
                                            const Characters& characters) {
-  constexpr double along_axis = 1e-4;  // as operations are alike
   std::vector<ImageRelation> relations;
   if (run.atom_m.size() == 0) return relations;
   for (int k = 1; k <= run.nop; ++k) {
@@ -202,7 +199,7 @@ std::vector<ImageRelation> image_relations(const zandor::RunData& run,
     relations.push_back({0, 0, image});
     for (int to = 1; to <= run.n6; ++to) {
       if (!run.jobs[static_cast<std::size_t>(to)].is_calc) continue;
-      const int from = image_source(run, to, k, along_axis);
+      const int from = image_source(run, to, k, same_within);
       if (from > 0 && run.jobs[static_cast<std::size_t>(from)].is_calc) {
         relations.push_back({from, to, image});
       }

@@ -6,12 +6,6 @@
 
 namespace analysis {
 
-namespace {
-
-constexpr double same_within = 1e-4;
-
-}  // namespace
-
 Eigen::Map<const Eigen::Matrix3d> operation(const zandor::RunData& run, int k) {
   return Eigen::Map<const Eigen::Matrix3d>(run.op.column(1, k));
 }

@@ -161,58 +161,68 @@ SettledSigns nothing_fits(std::string why) {
   return result;
 }
 
+// Ties what leaves no choice. The result is why no signs suit; empty where some may.
+std::string tie_or_refuse(const Settling& all, TiedSigns& signs) {
+  if (!may_go_through(sign_free_steps(all.run, all.dipoles), all.demands.rounding)) {
+    return "whatever the signs, the dipoles of the two steps do not lie on either side of the "
+           "reference's: the state may be degenerate";
+  }
+  const SignDemand* const demand = tie_demands(all.demands, signs);
+  if (demand == nullptr) return {};
+  return "no signs of " + named(all, *demand) +
+         " suit the reference or the images of the jobs: a state may have changed";
+}
+
+// Whether all candidates, sets of jobs that are turned, give the same |dmu/dQ|**2.
+bool all_same_strengths(const Settling& all, const std::vector<std::vector<int>>& candidates) {
+  if (candidates.size() == 1) return true;
+  const Eigen::MatrixXd directions = all.evidence.directions();
+  const auto gradient = [&](const std::vector<int>& jobs) {
+    return dipole_gradient(all.run, all.turned_dipoles(jobs));
+  };
+  const Eigen::Matrix3Xd first = gradient(candidates.front());
+  return std::all_of(candidates.begin() + 1, candidates.end(), [&](const auto& jobs) {
+    return same_strengths(all.run, first, gradient(jobs), directions, all.demands.noise);
+  });
+}
+
 // Settles the signs that are not tied yet.
 SettledSigns settle(const Settling& all, TiedSigns signs) {
-  if (!may_go_through(sign_free_steps(all.run, all.dipoles), all.demands.rounding)) {
-    return nothing_fits(
-        "whatever the signs, the dipoles of the two steps do not lie on either side of "
-        "the reference's: the state may be degenerate");
-  }
-  if (const SignDemand* demand = tie_demands(all.demands, signs)) {
-    return nothing_fits("no signs of " + named(all, *demand) +
-                        " suit the reference or the images of the jobs: a state may have changed");
+  if (std::string why = tie_or_refuse(all, signs); !why.empty()) {
+    return nothing_fits(std::move(why));
   }
   const FreeSets sets = free_sets(all, signs);
   const SignChoices choices = fitting_choices(all, sets);
-  const std::string count = std::to_string(choices.signs.size());
+  const std::size_t count = choices.signs.size();
   if (!choices.complete) {
-    return refused("the signs of " + std::to_string(sets.roots.size()) +
-                   " sets of jobs are too many to try; of those tried " + count +
-                   " choices fit the sum rules, and only tden_maxval can tell");
+    return refused(io::joined("the signs of ", sets.roots.size(),
+                              " sets of jobs are too many to try; of those tried ", count,
+                              " choices fit the sum rules, and only tden_maxval can tell"));
   }
-  const std::string none = "no choice of signs meets the sum rules: a state may have changed";
-  if (choices.signs.empty()) return nothing_fits(none);
   std::vector<std::vector<int>> candidates;
   for (const auto& choice : choices.signs) {
     candidates.push_back(jobs_turned(all, signs, sets, choice));
   }
+  std::sort(candidates.begin(), candidates.end(), [](const auto& a, const auto& b) {
+    return std::make_tuple(a.size(), std::cref(a)) < std::make_tuple(b.size(), std::cref(b));
+  });
   SettledSigns result;
-  result.jobs =
-      *std::min_element(candidates.begin(), candidates.end(), [](const auto& a, const auto& b) {
-        return std::make_tuple(a.size(), std::cref(a)) < std::make_tuple(b.size(), std::cref(b));
-      });
+  const std::string none = "no choice of signs meets the sum rules: a state may have changed";
+  if (candidates.empty()) return nothing_fits(none);
   result.settled = sum_rule_residual(
       all.run, all.turned_dipoles(jobs_turned(all, signs, sets, best_of(sets, choices.signs))));
-  const Eigen::Matrix3Xd settled = all.turned_dipoles(result.jobs);
+  const Eigen::Matrix3Xd settled = all.turned_dipoles(candidates.front());
   // Where most of what has to vanish does not, it is no noise.
   if (!all.evidence.limits.explain(result.settled) || !goes_through_reference(all.run, settled)) {
     return nothing_fits(none);
   }
-  if (candidates.size() > 1) {
-    const Eigen::MatrixXd directions = all.evidence.directions();
-    const Eigen::Matrix3Xd gradient = dipole_gradient(all.run, settled);
-    const bool same = std::all_of(candidates.begin(), candidates.end(), [&](const auto& jobs) {
-      return same_strengths(all.run, gradient, dipole_gradient(all.run, all.turned_dipoles(jobs)),
-                            directions, all.demands.noise);
-    });
-    if (!same) {
-      result.jobs.clear();
-      result.refusal = count +
-                       " choices of signs fit the sum rules and give different strengths: only "
-                       "tden_maxval can tell";
-      return result;
-    }
+  if (!all_same_strengths(all, candidates)) {
+    result.refusal = io::joined(count,
+                                " choices of signs fit the sum rules and give different strengths: "
+                                "only tden_maxval can tell");
+    return result;
   }
+  result.jobs = candidates.front();
   result.settled = sum_rule_residual(all.run, settled);
   return result;
 }
@@ -235,7 +245,6 @@ bool leaves_noise(const Settling& all, const std::vector<int>& jobs) {
 // What the headers tell, if it can be believed: somebody may have turned dipoles and left them.
 SettledSigns settle_by_headers(const Settling& all, const TiedSigns& signs, bool fits_as_read) {
   SettledSigns result = settle(all, signs);
-  result.by_density = true;
   if (result.nothing_fits || (result.found() && !leaves_noise(all, result.jobs))) {
     SettledSigns others = settle(all, TiedSigns(all.run.n6));
     const bool is_best =

@@ -47,7 +47,6 @@ struct SettledSigns {
   // have to be multiplied by -1, the fewest that do; an overall sign means nothing.
   std::vector<int> jobs;
   SumRuleResidual settled;  // with the signs of `jobs` turned
-  bool by_density = false;  // the headers told
   // Why the signs are not settled, a clause; `jobs` is empty then.
   std::string refusal;
   bool nothing_fits = false;  // of the refusals: no choice does, rather than several
