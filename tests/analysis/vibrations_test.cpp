@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
+#include <random>
 #include <span>
 
 #include "analysis/dipoles.hpp"
@@ -79,6 +81,30 @@ TEST(vibrations, are_what_the_rigid_motions_leave) {
     if (run.natom == 1) continue;
     EXPECT_LT(analysis::rigid_weights(rigid, vibrations.modes).maxCoeff(), 1e-25);
     EXPECT_NEAR(analysis::rigid_weights(rigid, rigid.basis).minCoeff(), 1.0, 1e-13);
+  }
+}
+
+// Each limit from either side, 1.4 times of it. A line whose places are rounded is 5, see above.
+TEST(rigid_motions, are_judged_by_limits_that_hold) {
+  model::Molecule bent = model::line();
+  bent.x(2, 1) += 0.01;  // 0.3 degrees
+  EXPECT_EQ(analysis::rigid_motions(model::run_of(bent)).rank, 6);
+  for (const double limit : {1.0 / 1.4, 1.4}) {
+    zandor::RunData apart = model::run_of(model::general());
+    apart.xa(1, 2) += limit * 1e-3 / 0.8;  // a fifth goes into the shift of all
+    EXPECT_EQ(analysis::turned_geometry(apart).empty(), limit < 1.0);
+    model::Molecule top = model::triangle();
+    top.mass(0) *= 1.0 + 3.0 * limit * 1e-4;
+    top.x = Eigen::AngleAxisd(0.4, Eigen::Vector3d::UnitZ()) * top.x;
+    const double angle = analysis::principal_axes(model::run_of(top)).largest_angle;
+    EXPECT_NEAR(angle, limit < 1.0 ? 0.0 : 0.4 * 180.0 / std::numbers::pi, 1e-3);
+    zandor::RunData noisy = model::run_of(model::general());
+    std::mt19937 random(1);
+    std::normal_distribution<double> error(0.0, limit * 2e-3);
+    for (double& d : std::span(noisy.tdip.data(), noisy.tdip.size())) d += error(random);
+    const double noise =
+        analysis::dipole_noise(analysis::sign_free_steps(noisy, analysis::job_dipoles(noisy)));
+    EXPECT_NEAR(noise, limit < 1.0 ? limit * 2e-3 : 0.0, 3e-4);
   }
 }
 
