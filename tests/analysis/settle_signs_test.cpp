@@ -158,6 +158,17 @@ TEST(density_signs, tell_where_the_element_is_that_of_the_reference) {
   EXPECT_EQ(analysis::density_signs(elements), (std::vector<int>{1, -1, 1, 0, 0, 0}));
 }
 
+// Dipoles that change by less than their last digit go through the reference's all the same.
+TEST(signs, are_right_where_only_rounding_changes_dipoles) {
+  zandor::RunData run = model::run_of(model::general());
+  const auto print = [](double& d) { d = std::round(1e-4 * d * 1e5) / 1e5; };
+  std::for_each_n(run.tdip.data(), run.tdip.size(), print);
+  std::for_each_n(run.dipole0.data(), 3, print);
+  const analysis::PreparedDipoles prepared = analysis::prepare_dipoles(run, {});
+  EXPECT_EQ(prepared.refusal, "");
+  EXPECT_TRUE(prepared.warnings.empty()) << prepared.warnings.front();
+}
+
 // Numbers that no signs explain, and a state whose dipoles turn from job to job at equal length.
 TEST(signs, do_not_explain_everything) {
   zandor::RunData run = model::run_of(model::general());

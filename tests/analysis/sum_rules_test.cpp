@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
+#include <random>
+#include <span>
 
 #include "analysis/dipoles.hpp"
 #include "analysis/model.hpp"
@@ -31,6 +34,39 @@ TEST(sum_rules, are_missed_by_print_rounding_no_more_than_it_may) {
   const auto rounded = analysis::sum_rule_residual(run, analysis::job_dipoles(run));
   EXPECT_GT(rounded.worst_ratio, 1e-3);
   EXPECT_LE(rounded.worst_ratio, 1.0);
+}
+
+// One dipole that is off, so far that the largest condition is 1.4 times a limit, or over 1.4.
+TEST(sum_rules, are_missed_by_what_each_limit_allows) {
+  const auto error_of = [](double noise, double digits, auto figure) {
+    return [=](double size) {
+      zandor::RunData run = model::run_of(model::general());
+      std::mt19937 random(3);
+      std::normal_distribution<double> error(0.0, noise);
+      for (double& d : std::span(run.tdip.data(), run.tdip.size())) {
+        d = std::round((d + error(random)) * digits) / digits;
+      }
+      for (double& d : run.dipole0) d = std::round(d * digits) / digits;
+      run.tdip(1, 7) += std::round(size * digits) / digits;
+      const auto residual = analysis::sum_rule_residual(run, analysis::job_dipoles(run));
+      return std::pair(figure(residual), analysis::ResidualLimits().explain(residual));
+    };
+  };
+  using Residual = analysis::SumRuleResidual;
+  const struct {
+    std::function<std::pair<double, bool>(double)> of;
+    double limit;
+  } cases[] = {{error_of(0.0, 1e12, [](const Residual& r) { return r.relative; }), 1e-2},
+               {error_of(0.0, 1e4, [](const Residual& r) { return r.worst_ratio; }), 3.0},
+               {error_of(1e-4, 1e12, [](const Residual& r) { return r.noise_ratio; }), 8.0}};
+  for (const auto& [of, limit] : cases) {
+    double within = 0.0, beyond = 1.0;
+    for (int i = 0; i < 40; ++i) {
+      const double size = (within + beyond) / 2.0;
+      (of(size).second ? within : beyond) = size;
+    }
+    EXPECT_NEAR(of(within).first / limit, 1.0, 0.1);
+  }
 }
 
 TEST(print_rounding, is_half_a_last_digit) {

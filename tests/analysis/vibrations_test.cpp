@@ -148,6 +148,19 @@ TEST(vibrations, are_paired_with_the_modes_of_the_report) {
   const auto groups = analysis::degenerate_groups(vibrations);
   ASSERT_EQ(groups.size(), 1U);
   EXPECT_EQ(groups[0], (std::vector<Eigen::Index>{0, 1}));
+  // A little heavier on one side their frequencies part.
+  for (const double apart : {0.07, 0.14}) {
+    model::Molecule split = model::triangle();
+    split.charge << std::sqrt(apart * 5.5e-4), std::sqrt(apart * 5.5e-4), 0.0;
+    const zandor::RunData of = model::run_of(split);
+    EXPECT_EQ(
+        analysis::degenerate_groups(analysis::exact_vibrations(of, analysis::rigid_motions(of)))
+            .empty(),
+        apart > 0.1)
+        << (analysis::exact_vibrations(of, analysis::rigid_motions(of)).frequency *
+            flib::wavenumbers_per_au)
+               .transpose();
+  }
   // Springs k = 0.3: omega**2 = 3k/m of the breathing mode, 3k/2m of the pair.
   EXPECT_NEAR(vibrations.frequency(2), std::sqrt(0.9 / 2000), 1e-14);
   EXPECT_NEAR(vibrations.frequency(0), std::sqrt(0.45 / 2000), 1e-14);

@@ -127,7 +127,7 @@ double gradient_rounding(const zandor::RunData& run) {
 
 bool goes_through_reference(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
   const Eigen::Matrix3Xd midpoints = dipole_midpoints(run, dipoles);
-  return midpoints.cwiseAbs().maxCoeff() <= 3.0 * gradient_rounding(run) ||
+  return midpoints.cwiseAbs().maxCoeff() <= 2.0 * gradient_rounding(run) ||
          midpoints.norm() <= 0.5 * dipole_gradient(run, dipoles).norm();
 }
 

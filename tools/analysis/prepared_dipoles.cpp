@@ -78,7 +78,7 @@ std::string compare(const zandor::RunData& run, const DipoleChoices& choices, co
   }
   const double noise = sign_demands(run, best.dipoles, image_relations(run, best.characters)).noise;
   const double near =
-      std::max(3.0 * best.residual().absolute, 3.0 * noise * sum_rule_errors(run).norm());
+      in_doubt * std::max(best.residual().absolute, noise * sum_rule_errors(run).norm());
   if (other.residual().absolute <= near) {
     choice.same_derivatives = false;
     if (!ambiguous && same_strengths(run, gradient, of_other, directions_of(run, choices), noise)) {
@@ -115,12 +115,12 @@ void find_characters(const zandor::RunData& run, const DipoleChoices& choices,
   }
   CharacterChoice choice{best.characters, best.residual(), {}};
   if (!best.signs.found()) {
-    const bool undecided = !best.signs.found() && !best.signs.nothing_fits;
     prepared.refusal =
-        undecided ? best.signs.refusal
-                  : "no characters of the operations suit the transition dipoles of the computed "
-                    "jobs (the nearest: " +
-                        shown(run, best.characters) + ", " + residual_text(best.residual()) + ")";
+        !best.signs.nothing_fits
+            ? best.signs.refusal
+            : "no characters of the operations suit the transition dipoles of the computed "
+              "jobs (the nearest: " +
+                  shown(run, best.characters) + ", " + residual_text(best.residual()) + ")";
   }
   for (std::size_t k = 0; k < patterns.size() && prepared.refusal.empty(); ++k) {
     if (patterns[k] == best.characters) continue;

@@ -59,20 +59,18 @@ SignDemands sign_demands(const zandor::RunData& run, const Eigen::Matrix3Xd& dip
                          const std::vector<ImageRelation>& images) {
   SignDemands demands;
   const auto add = [&](int i, const Eigen::Vector3d& u, int j, const Eigen::Vector3d& v,
-                       const Eigen::Vector3d& sum, bool of_steps) {
+                       const Eigen::Vector3d& sum) {
     demands.all.push_back({computed_source(run, i),
                            computed_source(run, j),
-                           of_steps,
                            {{{(u + v - sum).norm(), (u - v - sum).norm()},
                              {(-u + v - sum).norm(), (-u - v - sum).norm()}}}});
   };
   for (int ih = 1; ih <= run.n3; ++ih) {
     add(2 * ih, dipoles.col(2 * ih) / 2.0, 2 * ih - 1, dipoles.col(2 * ih - 1) / 2.0,
-        dipoles.col(0), true);
+        dipoles.col(0));
   }
   for (const auto& [from, to, image] : images) {
-    add(to, dipoles.col(to) / 2.0, from, -image * dipoles.col(from) / 2.0, Eigen::Vector3d::Zero(),
-        false);
+    add(to, dipoles.col(to) / 2.0, from, -image * dipoles.col(from) / 2.0, Eigen::Vector3d::Zero());
   }
   demands.rounding = print_rounding(run).maxCoeff();
   const double scatter = scatter_of(demands);
@@ -98,11 +96,8 @@ bool TiedSigns::tie(int a, int b, int product) {
 
 const SignDemand* tie_demands(const SignDemands& demands, TiedSigns& signs) {
   for (const SignDemand& demand : demands.all) {
-    // Second derivatives stand above the noise in sound jobs (most_dipole_noise).
-    const double smallest = demand.smallest();
-    const double most = std::max(10.0 * demands.floor, demand.of_steps ? most_dipole_noise : 0.0);
-    const double allowed = possible_within * std::max(demands.floor, smallest);
-    if (smallest > most || !tie(demand, allowed, signs)) return &demand;
+    const double allowed = possible_within * std::max(demands.floor, demand.smallest());
+    if (!tie(demand, allowed, signs)) return &demand;
   }
   return nullptr;
 }

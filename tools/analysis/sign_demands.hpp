@@ -20,7 +20,6 @@ struct ImageRelation {
 // against the reference's, at [sign of a is -][sign of b is -]. Atomic units.
 struct SignDemand {
   int a = 0, b = 0;
-  bool of_steps = false;  // rather than of images
   std::array<std::array<double, 2>, 2> length{};
 
   double smallest() const;
