@@ -12,6 +12,7 @@
 #include "analysis/dipoles.hpp"
 #include "analysis/herzberg_teller.hpp"
 #include "analysis/model.hpp"
+#include "analysis/prepared_dipoles.hpp"
 #include "flib/units_of_measure.hpp"
 
 namespace {
@@ -20,14 +21,19 @@ struct Found {
   Eigen::VectorXd frequency, dmu_dq;
 };
 
+Eigen::VectorXd lengths(const Eigen::Matrix3Xd& of) { return of.colwise().norm().transpose(); }
+
 Found analyse(const model::Molecule& molecule, int disp_sign = 1) {
   const zandor::RunData run = model::run_of(molecule, disp_sign);
   const analysis::Vibrations vibrations =
       analysis::exact_vibrations(run, analysis::rigid_motions(run));
+  const Eigen::Matrix3Xd gradient = analysis::dipole_gradient(run, analysis::job_dipoles(run));
   const auto terms =
-      analysis::herzberg_teller(run, analysis::dipole_gradient(run, analysis::job_dipoles(run)),
-                                {vibrations.frequency, vibrations.modes});
-  return {vibrations.frequency, terms.dmu_dq.colwise().norm().transpose()};
+      analysis::herzberg_teller(run, gradient, {vibrations.frequency, vibrations.modes});
+  Eigen::VectorXd along = lengths(gradient * analysis::vibration_directions(run));
+  if (disp_sign != 1) along.reverseInPlace();  // from the highest to the lowest
+  EXPECT_TRUE(along.isApprox(lengths(terms.dmu_dQ), 1e-9));
+  return {vibrations.frequency, lengths(terms.dmu_dq)};
 }
 
 Eigen::Matrix3d turn() {
