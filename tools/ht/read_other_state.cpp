@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <streambuf>
 
+#include "analysis/checkpoint.hpp"
 #include "analysis/isotopes.hpp"
 #include "ht/other_state.hpp"
 #include "io/free_form.hpp"
@@ -44,24 +45,13 @@ const Array* find(const Arrays& arrays, std::string_view name) {
   return array == arrays.end() ? nullptr : &*array;
 }
 
-void read_checkpoint(const Arrays& arrays) {
-  constexpr std::size_t name_width = 40;
-  std::string_view record;
-  while (io::read_record(unit, record) == io::read_ok) {
-    const Array* const array = find(arrays, io::trimmed(record.substr(0, name_width)));
-    const std::size_t count_at = record.find("N=");
-    if (array == nullptr || count_at == record.npos) continue;
-    int size = 0;
-    const std::string subject = "the number of values of '" + array->name + "'";
-    io::FreeForm(unit, record.substr(count_at + 2)).integer(size, {subject});
-    check_size(*array, size);
-    array->values.assign(array->size, 0.0);
-    const std::string value = "'" + array->name + "', value";
-    io::FreeForm form(unit);
-    for (std::size_t i = 0; i < array->size; ++i) {
-      form.finite_real(array->values[i], {value, static_cast<int>(i) + 1});
-    }
-  }
+void read_fchk(const Arrays& arrays) {
+  analysis::CheckpointArrays found;
+  for (const Array& array : arrays) found[array.name];
+  analysis::read_checkpoint(unit, found, [&](const std::string& name, int size) {
+    check_size(*find(arrays, name), size);
+  });
+  for (const Array& array : arrays) array.values = std::move(found[array.name]);
 }
 
 void expect_number(io::FreeForm& form, const char* what, std::size_t expected) {
@@ -193,7 +183,7 @@ void read_arrays(std::size_t natom, OtherState& state) {
   };
   const std::string first = first_words();
   if (first == "Number of atoms") {
-    read_as(read_checkpoint,
+    read_as(read_fchk,
             {"Atomic numbers", "Real atomic weights", "Current cartesian coordinates",
              "Cartesian Force Constants"},
             n3 * (n3 + 1) / 2);

@@ -1,40 +1,29 @@
 // Formatted checkpoint files: geometry, gradient, and the transition dipole of the state that the
 // calculation followed.
 #include <algorithm>
-#include <map>
 
-#include "collect/output_lines.hpp"
+#include "analysis/checkpoint.hpp"
 #include "collect/readers/readers.hpp"
 #include "flib/units_of_measure.hpp"
-#include "io/text.hpp"
+#include "io/units.hpp"
 
 namespace collect {
 
 namespace {
 
-constexpr std::size_t name_width = 40;
-constexpr std::size_t most_values = 100'000'000;  // of an array that is believed
+constexpr int unit = 14;
+constexpr int most_values = 1'000'000;  // of an array that is believed
 
-using Arrays = std::map<std::string, std::vector<double>, std::less<>>;
-
-// The arrays and numbers of the file whose names are keys of `arrays`.
-void read_arrays(const std::string& file, Arrays& arrays) {
-  OutputLines lines(file);
-  while (lines.next()) {
-    const auto found = arrays.find(io::trimmed(lines.text().substr(0, name_width)));
-    if (found == arrays.end() || lines.text().size() < name_width + 9) continue;
-    const std::string what = "'" + found->first + "'";
-    if (lines.text().substr(name_width).find("N=") == lines.text().npos) {
-      found->second = {lines.number(lines.word_count(), what)};
-      continue;
-    }
-    const int count = lines.integer(lines.word_count(), "the number of values of " + what);
-    if (count < 1 || static_cast<std::size_t>(count) > most_values) {
-      lines.stop("expected a number of values of " + what + " from 1 to " +
-                 std::to_string(most_values) + ", found " + std::to_string(count));
-    }
-    found->second = lines.numbers(static_cast<std::size_t>(count), what);
-  }
+// Reads the arrays whose names are keys, all of which must be there.
+void read_arrays(const std::string& file, analysis::CheckpointArrays& arrays) {
+  io::open_existing(unit, file);
+  analysis::read_checkpoint(unit, arrays, [](const std::string& name, int size) {
+    if (size >= 1 && size <= most_values) return;
+    io::fatal_stop(io::place(unit), "expected a number of values of '", name, "' from 1 to ",
+                   most_values, ", found ", size);
+  });
+  io::close(unit);
+  for (const auto& [name, values] : arrays) need(!values.empty(), file, "'" + name + "'");
 }
 
 Eigen::Matrix3Xd by_atom(const std::vector<double>& values) {
@@ -45,13 +34,12 @@ Eigen::Matrix3Xd by_atom(const std::vector<double>& values) {
 }  // namespace
 
 void read_fchk(const std::string& file, const Request& request, JobOutput& output) {
-  Arrays arrays;
-  for (const char* name : {"Atomic numbers", "Current cartesian coordinates", "Cartesian Gradient",
-                           "ETran scalars", "ETran state values"}) {
-    arrays[name];
-  }
+  analysis::CheckpointArrays arrays = {{"Atomic numbers", {}},
+                                       {"Current cartesian coordinates", {}},
+                                       {"Cartesian Gradient", {}},
+                                       {"ETran scalars", {}},
+                                       {"ETran state values", {}}};
   read_arrays(file, arrays);
-  for (const auto& [name, values] : arrays) need(!values.empty(), file, "'" + name + "'");
   const auto& scalars = arrays["ETran scalars"];
   const auto& states = arrays["ETran state values"];
   const auto atoms = [&](const char* name, std::size_t each) {
