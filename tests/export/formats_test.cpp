@@ -152,6 +152,7 @@ TEST(Formats, write_a_page_whose_data_no_text_can_end) {
   EXPECT_EQ(data["control_file"], content.control_file);
   EXPECT_EQ(data["notes"][0]["warning"], true);
   EXPECT_EQ(data["formula"], nlohmann::json({"Cl", "", "X", ""}));
+  EXPECT_EQ(data["radii"], nlohmann::json({1.02, 1.5}));
   EXPECT_EQ(data["columns"].size(), 10U);
   const auto& rows = data["projected"]["rows"];
   EXPECT_EQ(rows[5], nlohmann::json({6, 2000.0, 1.5, 0.8, 0, 0.0, 0.0, 0.0, 4.0, 8.0}));

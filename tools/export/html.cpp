@@ -8,6 +8,7 @@
 #include "analysis/formula.hpp"
 #include "analysis/herzberg_teller.hpp"
 #include "analysis/vibrations.hpp"
+#include "export/bonds.hpp"
 #include "export/json.hpp"
 #include "export/page.hpp"
 #include "export/xyz.hpp"
@@ -69,9 +70,10 @@ Json mode_set(const Content& content, const ModeList& list) {
 }
 
 Json data_of(const Content& content) {
-  std::vector<double> geometry;
+  std::vector<double> geometry, radii;
   Json notes = Json::array(), atoms = Json::array();
   for (const double x : content.geometry) geometry.push_back(x * flib::angstrom_per_bohr);
+  for (const int number : content.atomic_numbers) radii.push_back(covalent_radius(number));
   for (const Note& note : content.notes) {
     notes.push_back({{"text", note.text}, {"warning", note.warning}});
   }
@@ -87,6 +89,8 @@ Json data_of(const Content& content) {
           {"symbols", content.symbols},
           {"atomic_numbers", content.atomic_numbers},
           {"geometry", numbers(geometry.data(), {geometry.size()})},
+          {"radii", radii},
+          {"bonds", bonded_atoms(content)},
           {"view", content.view},
           {"atoms", atoms},
           {"columns", columns(!content.projected.dipole_derivatives.empty())},

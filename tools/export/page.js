@@ -456,7 +456,7 @@
     still.addEventListener('change', function () { if (still.matches) play(false); });
   }
 
-  scene = createRenderer(at('molecule'), zandor.atomic_numbers, zandor.geometry, zandor.view);
+  scene = createRenderer(at('molecule'), zandor.atomic_numbers, zandor.geometry, zandor.radii, zandor.bonds, zandor.view);
   document.querySelector('[name=height][value=' + (has_dipoles ? 'strength' : 'frequency') + ']').checked = true;
   document.querySelector('[name=height][value=strength]').disabled = !has_dipoles;
   document.querySelector('[name=set][value=projected]').checked = true;

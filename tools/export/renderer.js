@@ -1,20 +1,17 @@
 // Draws a molecule as balls and sticks on a 2D canvas, from the back to the front; it asks for no WebGL.
-// Coordinates and displacements are flat arrays in Angstrom; `view` is a 3 x 3 rotation, row by row.
-function createRenderer(canvas, numbers, geometry, view) {
-  // Of elements 1 to 96: colours as Jmol has them, covalent radii in pm (Cordero et al., Dalton Trans. 2008, 2832).
+// Coordinates, displacements and radii are flat arrays in Angstrom, `bonds` is one of pairs of atoms, from 0; `view` is
+// a 3 x 3 rotation, row by row.
+function createRenderer(canvas, numbers, geometry, radii, bonds, view) {
+  // Of elements 1 to 96, as Jmol has them.
   var colours = 'ffffffd9ffffcc80ffc2ff00ffb5b59090903050f8ff0d0d90e050b3e3f5ab5cf28aff00bfa6a6f0c8a0ff8000ffff30' +
     '1ff01f80d1e38f40d43dff00e6e6e6bfc2c7a6a6ab8a99c79c7ac7e06633f090a050d050c880337d80b0c28f8f668f8fbd80e3ffa100' +
     'a629295cb8d1702eb000ff0094ffff94e0e073c2c954b5b53b9e9e248f8f0a7d8c006985c0c0c0ffd98fa675736680809e63b5d47a00' +
     '940094429eb057178f00c90070d4ffffffc7d9ffc7c7ffc7a3ffc78fffc761ffc745ffc730ffc71fffc700ff9c00e67500d45200bf38' +
     '00ab244dc2ff4da6ff2194d6267dab266696175487d0d0e0ffd123b8b8d0a6544d5759619e4fb5ab5c00754f45428296420066007d00' +
     '70abfa00baff00a1ff008fff0080ff006bff545cf2785ce3';
-  var radii = '031028128096084076071066057058166141121111107105102106203176170160153139139132126124132122122120119120' +
-    '116120220195190175164154147146142139145144142139139138139140244215207204203201199198198196194192192189190187' +
-    '187175170162151144141136136132145146148140150150260221215206200196190187180169';
   var depths = 6;     // steps of the haze that fades what lies behind
   var eye = 4;        // distance of the eye, in radii of the molecule
   var count = numbers.length, context = canvas.getContext('2d');
-  var radius = numbers.map(function (z) { return (z > 0 && z < 97 ? +radii.substr(3 * z - 3, 3) : 150) / 100; });
   var centre = [0, 1, 2].map(function (k) {
     var low = Infinity, high = -Infinity;
     for (var a = 0; a < count; a++) {
@@ -27,17 +24,11 @@ function createRenderer(canvas, numbers, geometry, view) {
   // the vertical and the horizontal of the screen.
   var tilt = [-0.2, 0.33];
   var axisColours = ['#d2504a', '#3d9a50', '#4a82d2'];
-  var bonds = [], extent = 0, a, b, turn, zoom, sprites = {}, haze = [255, 255, 255];
-  function distance(p, q) {
-    return Math.hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
-  }
-  function place(atom) { return geometry.slice(3 * atom, 3 * atom + 3); }
-  function ball(atom) { return 0.17 + 0.24 * radius[atom]; }
+  var extent = 0, a, turn, zoom, sprites = {}, haze = [255, 255, 255];
+  function ball(atom) { return 0.17 + 0.24 * radii[atom]; }
   for (a = 0; a < count; a++) {
-    extent = Math.max(extent, distance(place(a), centre) + 0.8);
-    for (b = 0; b < a; b++) {
-      if (distance(place(a), place(b)) < 1.2 * (radius[a] + radius[b])) bonds.push([a, b]);
-    }
+    var away = [0, 1, 2].map(function (k) { return geometry[3 * a + k] - centre[k]; });
+    extent = Math.max(extent, Math.hypot(away[0], away[1], away[2]) + 0.8);
   }
 
   // The element's colour mixed with `other` and with the haze of its depth.
@@ -142,10 +133,9 @@ function createRenderer(canvas, numbers, geometry, view) {
         items.push({ z: (from[2] + to[2]) / 2, from: from, to: to });
       }
     }
-    bonds.forEach(function (bond) {
-      var p = points[bond[0]], q = points[bond[1]];
-      items.push({ z: (p[2] + q[2]) / 2 - 0.01, bond: bond });
-    });
+    for (i = 0; i < bonds.length; i += 2) {
+      items.push({ z: (points[bonds[i]][2] + points[bonds[i + 1]][2]) / 2 - 0.01, bond: bonds.slice(i, i + 2) });
+    }
     items.sort(function (p, q) { return p.z - q.z; });
     items.forEach(function (item) {
       if (item.bond) {
