@@ -1,12 +1,10 @@
 // The writers on a small molecule made by hand: every number that they write is known.
+#include "export/formats.hpp"
+
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
-#include "export/html.hpp"
-#include "export/json.hpp"
-#include "export/molden.hpp"
-#include "export/xyz.hpp"
 #include "io/units.hpp"
 #include "support/support.hpp"
 
@@ -128,6 +126,24 @@ TEST(Formats, write_json_that_reads_back_bit_by_bit) {
   EXPECT_EQ(json["transition_dipole_gradient"][1][2][1], 7.0);
   content.step = std::numeric_limits<double>::infinity();
   EXPECT_TRUE(support::stops(2, "expected finite numbers to write", [&] { written(); }));
+}
+
+TEST(Formats, refuse_numbers_that_do_not_fit_their_columns) {
+  Content content = molecule();
+  const auto stops = [&](auto write, const char* found) {
+    return support::stops(
+        2, "expected numbers that fit the columns of the format, found " + std::string(found),
+        [&] { text_of([&](io::OutputFile& out) { write(content, out); }); });
+  };
+  EXPECT_TRUE(stops(exporting::write_hess, "-200000"));  // with 12 decimals
+  content.geometry[1] = 1e-300;
+  EXPECT_NE(text_of([&](io::OutputFile& out) {
+              exporting::write_fchk(content, out);
+            }).find("  0.00000000E+00"),
+            std::string::npos);
+  content.hessian(2, 1) = -1e99;
+  EXPECT_TRUE(stops(exporting::write_fchk, "-1e+99"));
+  EXPECT_TRUE(stops(exporting::write_hess, "-1e+99"));
 }
 
 // What the page makes of the packed displacements, which the browser's test looks at, too.

@@ -1,8 +1,7 @@
-#include "export/cjson.hpp"
-
 #include <nlohmann/json.hpp>
 
 #include "export/bonds.hpp"
+#include "export/formats.hpp"
 #include "export/json.hpp"
 #include "flib/units_of_measure.hpp"
 

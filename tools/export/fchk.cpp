@@ -1,10 +1,9 @@
-#include "export/fchk.hpp"
-
 #include <algorithm>
 #include <numbers>
 #include <numeric>
 #include <string_view>
 
+#include "export/formats.hpp"
 #include "export/text_columns.hpp"
 
 namespace exporting {
@@ -19,7 +18,9 @@ class Records {
   void integer(std::string_view name, long long value) {
     begin(name, "I").integer(value, 17).end_line();
   }
-  void real(std::string_view name, double value) { begin(name, "R").sci(value, 27, 15).end_line(); }
+  void real(std::string_view name, double value) {
+    write_sci(begin(name, "R"), value, 27, 15).end_line();
+  }
   void integers(std::string_view name, const std::vector<int>& values) {
     begin(name, "I   N=").integer(std::ssize(values), 12);
     for (std::size_t i = 0; i < values.size(); ++i) at(i, 6).integer(values[i], 12);
@@ -27,9 +28,7 @@ class Records {
   }
   void reals(std::string_view name, const std::vector<double>& values) {
     begin(name, "R   N=").integer(std::ssize(values), 12);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      at(i, 5).sci(with_short_exponent(values[i]), 16, 8);
-    }
+    for (std::size_t i = 0; i < values.size(); ++i) write_sci(at(i, 5), values[i], 16, 8);
     out_.end_line();
   }
 

@@ -1,31 +1,20 @@
-#include "export/html.hpp"
-
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "analysis/formula.hpp"
 #include "analysis/herzberg_teller.hpp"
 #include "analysis/vibrations.hpp"
 #include "export/bonds.hpp"
+#include "export/formats.hpp"
 #include "export/json.hpp"
 #include "export/page.hpp"
-#include "export/xyz.hpp"
 #include "flib/units_of_measure.hpp"
 #include "io/fatal.hpp"
 
 namespace exporting {
 
 namespace {
-
-constexpr int largest_packed = 32767;
-
-// Appends three bytes as four base64 digits.
-void append_base64(std::string& text, unsigned bytes) {
-  constexpr char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  for (int shift = 18; shift >= 0; shift -= 6) text += digits[bytes >> shift & 63U];
-}
 
 // The columns of a mode's row, which the page shows and saves.
 Json columns(bool with_dipoles) {
@@ -101,20 +90,19 @@ Json data_of(const Content& content) {
 }  // namespace
 
 std::string packed_displacements(const double* values, std::size_t size, double& scale) {
+  constexpr char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   scale = 0.0;
   for (std::size_t i = 0; i < size; ++i) scale = std::max(scale, std::fabs(values[i]));
   std::string text;
-  unsigned group = 0;
-  int bytes = 0;
-  const auto append = [&](unsigned byte) {
-    group = group << 8U | byte;
-    if (++bytes % 3 == 0) append_base64(text, group & 0xffffffU);
-  };
-  for (std::size_t i = 0; i < size; ++i) {
-    const double share = scale > 0.0 ? values[i] / scale : 0.0;
-    const auto packed = static_cast<unsigned>(std::lround(share * largest_packed));
-    append(packed & 0xffU);
-    append(packed >> 8U & 0xffU);
+  // The three numbers of an atom, six bytes, make eight digits.
+  for (std::size_t i = 0; i + 2 < size; i += 3) {
+    std::uint64_t group = 0;
+    for (std::size_t k = i; k < i + 3; ++k) {
+      const double share = scale > 0.0 ? values[k] / scale : 0.0;
+      const auto packed = static_cast<std::uint64_t>(std::lround(share * 32767));
+      group = group << 16 | (packed & 0xff) << 8 | (packed >> 8 & 0xff);
+    }
+    for (int shift = 42; shift >= 0; shift -= 6) text += digits[group >> shift & 63];
   }
   return text;
 }

@@ -5,6 +5,7 @@
 #include <numeric>
 #include <span>
 
+#include "export/formats.hpp"
 #include "io/fatal.hpp"
 
 namespace exporting {

@@ -1,4 +1,4 @@
-// The analysis as JSON in atomic units; docs/zandor-vibrations.schema.json describes the keys.
+// JSON of numbers, and objects too large to be held.
 #pragma once
 
 #include <functional>
@@ -6,7 +6,6 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
-#include "export/content.hpp"
 #include "io/output_file.hpp"
 
 namespace exporting {
@@ -49,7 +48,5 @@ class JsonObject {
   std::string indent_;
   bool empty_ = true;
 };
-
-void write_json(const Content& content, io::OutputFile& out);
 
 }  // namespace exporting

@@ -1,7 +1,6 @@
-#include "export/molden.hpp"
-
 #include <numeric>
 
+#include "export/formats.hpp"
 #include "export/text_columns.hpp"
 
 namespace exporting {
@@ -16,7 +15,7 @@ void write_vector(io::OutputFile& out, const double* vector) {
 void write_atoms(const Content& content, io::OutputFile& out) {
   out.text("[Atoms] AU\n");
   for (std::size_t a = 0; a < content.symbols.size(); ++a) {
-    out.text(symbol_column(content.symbols[a]));
+    out.text(content.symbols[a], 4);
     out.text(" " + std::to_string(a + 1) + " " + std::to_string(content.atomic_numbers[a]));
     write_vector(out, &content.geometry[3 * a]);
   }
@@ -38,7 +37,7 @@ void write_molden(const Content& content, const ModeList& list, bool all_modes,
   }
   out.text("[FR-COORD]\n");
   for (std::size_t a = 0; a < content.symbols.size(); ++a) {
-    out.text(symbol_column(content.symbols[a]));
+    out.text(content.symbols[a], 4);
     write_vector(out, &content.geometry[3 * a]);
   }
   out.text("[FR-NORM-COORD]\n");

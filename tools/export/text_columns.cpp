@@ -1,27 +1,36 @@
 #include "export/text_columns.hpp"
 
-#include <charconv>
 #include <cmath>
-#include <limits>
+
+#include "io/fatal.hpp"
 
 namespace exporting {
 
-std::string fixed_column(double value, int width, int decimals) {
-  // The widest number has 309 digits before the point.
-  char text[std::numeric_limits<double>::max_exponent10 + 32];
-  const auto end =
-      std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr;
-  const auto size = static_cast<int>(end - text);
-  return std::string(size < width ? static_cast<std::size_t>(width - size) : 1, ' ')
-      .append(text, end);
+namespace {
+
+[[noreturn]] void stop_at(double value) {
+  io::fatal_stop({}, "expected numbers that fit the columns of the format, found ", value);
 }
 
-double with_short_exponent(double value) { return std::fabs(value) < 1e-99 ? 0.0 : value; }
+}  // namespace
 
-std::string symbol_column(const std::string& symbol) {
-  constexpr std::size_t width = 4;
-  return symbol.size() < width ? std::string(width - symbol.size(), ' ') + symbol
-                               : symbol.substr(0, width);
+std::string fixed_column(double value, int width, int decimals) {
+  const std::string text = io::rounded(value, std::chars_format::fixed, decimals);
+  const auto columns = static_cast<std::size_t>(width);
+  return std::string(text.size() < columns ? columns - text.size() : 1, ' ') + text;
+}
+
+io::OutputFile& write_fixed(io::OutputFile& out, double value, int width, int decimals) {
+  const long long before = io::overfull_fields();
+  out.fixed(value, width, decimals);
+  if (io::overfull_fields() > before) stop_at(value);
+  return out;
+}
+
+io::OutputFile& write_sci(io::OutputFile& out, double value, int width, int decimals) {
+  const double magnitude = std::fabs(value);
+  if (!(magnitude < 1e99)) stop_at(value);
+  return out.sci(magnitude < 1e-99 ? 0.0 : value, width, decimals);
 }
 
 }  // namespace exporting

@@ -1,7 +1,9 @@
-// Numbers and symbols of the text formats.
+// Numbers of the text formats.
 #pragma once
 
 #include <string>
+
+#include "io/output_file.hpp"
 
 namespace exporting {
 
@@ -9,11 +11,10 @@ namespace exporting {
 // is too wide for them takes what it needs, behind a blank. There is never an exponent.
 std::string fixed_column(double value, int width, int decimals);
 
-// The number for a field with an exponent of two digits; 0 where it would need three, which would
-// push the letter out of the field.
-double with_short_exponent(double value);
-
-// The symbol, right-justified in four columns.
-std::string symbol_column(const std::string& symbol);
+// The fields of OutputFile of these names, for formats whose readers count columns: a number with
+// more digits than its column has, or with an exponent of three digits, is a fatal stop. One below
+// 1e-99 is written as 0.
+io::OutputFile& write_fixed(io::OutputFile& out, double value, int width, int decimals);
+io::OutputFile& write_sci(io::OutputFile& out, double value, int width, int decimals);
 
 }  // namespace exporting

@@ -1,8 +1,7 @@
-#include "export/xyz.hpp"
-
 #include <cmath>
 #include <numbers>
 
+#include "export/formats.hpp"
 #include "export/text_columns.hpp"
 #include "flib/units_of_measure.hpp"
 #include "io/fatal.hpp"
@@ -36,7 +35,9 @@ std::string atom_columns(const Content& content, std::size_t a, const double* di
   for (std::size_t k = 0; k < 3; ++k) {
     place[k] = content.geometry[3 * a + k] * flib::angstrom_per_bohr + shift * displacement[k];
   }
-  return symbol_column(content.symbols[a]) + vector_columns(place);
+  std::string symbol(4, ' ');
+  io::text_field(symbol.data(), content.symbols[a], 4);
+  return symbol + vector_columns(place);
 }
 
 void begin_frame(const Content& content, const std::string& head, io::OutputFile& out) {

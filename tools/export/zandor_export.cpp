@@ -7,14 +7,8 @@
 #include <optional>
 #include <string_view>
 
-#include "export/cjson.hpp"
-#include "export/fchk.hpp"
-#include "export/hess.hpp"
-#include "export/html.hpp"
-#include "export/json.hpp"
+#include "export/formats.hpp"
 #include "export/load_content.hpp"
-#include "export/molden.hpp"
-#include "export/xyz.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
 #include "options/options.hpp"
