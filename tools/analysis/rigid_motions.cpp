@@ -98,7 +98,7 @@ std::string turned_geometry(const zandor::RunData& run) {
       (apart.colwise() - apart.rowwise().mean()).colwise().stableNorm().maxCoeff();
   if (!(mismatch > turned_above)) return {};
   return "the geometry is not that of " + io::printable(run.jobs[0].sgn_name.content()) +
-         " shifted (" + io::shown(std::round(mismatch * 1e4) / 1e4) +
+         " shifted (" + io::rounded(mismatch) +
          " Angstrom apart): forces and dipoles are taken to belong to the axes of this one";
 }
 

@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <cmath>
+#include <charconv>
 
 #include "analysis/formula.hpp"
 #include "ht/output.hpp"
@@ -24,31 +24,27 @@ void add_characters(const zandor::RunData& run, const analysis::PreparedDipoles&
   const auto derived = std::count_if(run.jobs.begin() + 1, run.jobs.end(),
                                      [](const zandor::Job& job) { return !job.is_calc; });
   const analysis::CharacterChoice& choice = *dipoles.characters;
-  lines.push_back(std::to_string(derived) + " of " + std::to_string(run.n6) +
-                  " jobs are derived; characters of the operations other than the identity: " +
-                  analysis::shown(run, choice.characters));
+  lines.push_back(
+      io::joined(derived, " of ", run.n6,
+                 " jobs are derived; characters of the operations other than the identity: ",
+                 analysis::shown(run, choice.characters)));
   lines.push_back(origin_of(choice, by_hand));
 }
 
 std::string energy_line(const Request& request) {
   const char* const kind = request.emission ? "emission" : "absorption";
-  const std::string energy = io::shown(*request.energy) + " eV";
-  if (request.vertical) {
-    return std::string("f: oscillator strength (") + kind +
-           ") 2/3 E |mu|**2 with the vertical energy E = " + energy;
-  }
-  return std::string("f: oscillator strength (") + kind + ") 2/3 (E " +
-         (request.emission ? "-" : "+") + " omega) |mu|**2 with the 0-0 energy E = " + energy;
+  const char* const of_mode = request.emission ? "(E - omega)" : "(E + omega)";
+  return io::joined("f: oscillator strength (", kind, ") 2/3 ", request.vertical ? "E" : of_mode,
+                    " |mu|**2 with the ", request.vertical ? "vertical" : "0-0",
+                    " energy E = ", *request.energy, " eV");
 }
 
-// With four decimals, enough to compare geometries.
-std::string rounded(double value) { return io::shown(std::round(value * 1e4) / 1e4); }
-
 std::string fit_line(const std::string& file, const Fit& fit) {
-  return "modes of " + io::printable(file) + ": geometry " + rounded(fit.distance) +
-         " Angstrom (root mean square; atom " + std::to_string(fit.atom) + " " +
-         rounded(fit.farthest) + ") and masses at most " + rounded(fit.mass_difference) +
-         " amu from those of the jobs";
+  const auto shown = [](double value) { return io::rounded(value, std::chars_format::fixed, 4); };
+  return io::joined("modes of ", io::printable(file), ": geometry ", shown(fit.distance),
+                    " Angstrom (root mean square; atom ", fit.atom, " ", shown(fit.farthest),
+                    ") and masses at most ", shown(fit.mass_difference),
+                    " amu from those of the jobs");
 }
 
 void add_columns(const Request& request, const Results& results, std::vector<std::string>& lines) {
@@ -58,33 +54,33 @@ void add_columns(const Request& request, const Results& results, std::vector<std
   lines.emplace_back(
       "|dmu/dq|: e Bohr, q = sqrt(omega) Q; 0-1: |mu|**2 of 0 -> 1, 1/2 |dmu/dq|**2, e**2 Bohr**2");
   if (request.kelvin) {
-    lines.push_back("thermal: 1/2 |dmu/dq|**2 coth(omega/2kT) at " + io::shown(*request.kelvin) +
-                    " K");
+    lines.push_back(
+        io::joined("thermal: 1/2 |dmu/dq|**2 coth(omega/2kT) at ", *request.kelvin, " K"));
   }
   if (request.energy) lines.push_back(energy_line(request));
-  lines.push_back(std::string("overlap: with the mode of this number") +
-                  (results.fit ? ", the most alike one," : "") +
-                  " in the projected list of zandor-es.out");
+  lines.push_back(io::joined("overlap: with the mode of this number",
+                             results.fit ? ", the most alike one," : "",
+                             " in the projected list of zandor-es.out"));
 }
-
-std::string area(double strength) { return io::rounded(strength) + " e**2 Bohr**2"; }
 
 void add_spectrum(const Request& request, const Results& results, std::vector<std::string>& lines) {
   const Spectrum& spectrum = *request.spectrum;
+  const Totals& totals = results.totals;
   lines.emplace_back(
       "spectrum: Herzberg-Teller strengths 1/2 |dmu/dq|**2 alone, without |mu0|**2 and without a "
       "Franck-Condon progression");
-  lines.push_back("each 0-1 transition at " + io::shown(spectrum.origin) + " cm-1 " +
-                  (request.emission ? "- omega" : "+ omega") + ", a " +
-                  (spectrum.lorentz ? "Lorentzian" : "Gaussian") + " of " +
-                  io::shown(spectrum.width) + " cm-1 full width at half maximum");
-  const double thermal = results.totals.thermal.value_or(0.0) - results.totals.reference_square;
-  lines.push_back(request.kelvin
-                      ? "with hot bands 1-0 on the other side at " + io::shown(*request.kelvin) +
-                            " K; area of all: the thermal strengths, " + area(thermal)
-                      : "area of all: the sum of the strengths, " + area(results.totals.strength));
-  if (results.totals.imaginary > 0) {
-    lines.push_back(std::to_string(results.totals.imaginary) + " imaginary (or zero) left out");
+  lines.push_back(io::joined("each 0-1 transition at ", spectrum.origin, " cm-1 ",
+                             request.emission ? "- omega" : "+ omega", ", a ",
+                             spectrum.lorentz ? "Lorentzian" : "Gaussian", " of ", spectrum.width,
+                             " cm-1 full width at half maximum"));
+  const std::string area =
+      request.kelvin ? io::joined("with hot bands 1-0 on the other side at ", *request.kelvin,
+                                  " K; area of all: the thermal strengths, ",
+                                  io::rounded(*totals.thermal - totals.reference_square))
+                     : "area of all: the sum of the strengths, " + io::rounded(totals.strength);
+  lines.push_back(area + " e**2 Bohr**2");
+  if (totals.imaginary > 0) {
+    lines.push_back(io::joined(totals.imaginary, " imaginary (or zero) left out"));
   }
 }
 
@@ -105,9 +101,10 @@ std::string shown_modes(const Line& line) {
 std::vector<std::string> head_lines(const Report& report) {
   const auto& [request, run, dipoles, results] = report;
   std::vector<std::string> lines;
-  lines.push_back("Herzberg-Teller terms of " + formula(run) + ", " + std::to_string(run.natom) +
-                  (run.natom == 1 ? " atom (" : " atoms (") + io::printable(request.control_file) +
-                  "), " + std::to_string(results.rigid_motions) + " rigid motions taken out");
+  lines.push_back(io::joined("Herzberg-Teller terms of ", formula(run), ", ", run.natom,
+                             run.natom == 1 ? " atom (" : " atoms (",
+                             io::printable(request.control_file), "), ", results.rigid_motions,
+                             " rigid motions taken out"));
   if (results.fit) lines.push_back(fit_line(*request.modes_of, *results.fit));
   if (!request.masses.empty()) lines.push_back(analysis::describe(request.masses, run));
   if (run.disp_sign != 1) {

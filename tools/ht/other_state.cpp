@@ -1,5 +1,6 @@
 #include "ht/other_state.hpp"
 
+#include <charconv>
 #include <cmath>
 
 #include "analysis/best_turn.hpp"
@@ -14,9 +15,8 @@ using Places = Eigen::Map<const Eigen::Matrix3Xd>;
 void check_atoms(const std::string& file, const OtherState& state, const zandor::RunData& run) {
   for (std::size_t a = 0; a < state.numbers.size(); ++a) {
     if (state.numbers[a] == run.nat[a]) continue;
-    io::fatal_stop({file}, "expected atomic number " + std::to_string(run.nat[a]) + " for atom " +
-                               std::to_string(a + 1) + " as in files.out, found " +
-                               io::shown(state.numbers[a]));
+    io::fatal_stop({file}, "expected atomic number ", run.nat[a], " for atom ", a + 1,
+                   " as in files.out, found ", state.numbers[a]);
   }
 }
 
@@ -39,12 +39,10 @@ Eigen::Matrix3d lay_onto(zandor::RunData& run, const Places& places, Fit& fit) {
 }
 
 [[noreturn]] void stop_at_distance(const std::string& file, double within, const Fit& fit) {
-  const auto rounded = [](double value) { return io::shown(std::round(value * 1e6) / 1e6); };
-  io::fatal_stop({file}, "expected a geometry within " + io::shown(within) +
-                             " Angstrom (root mean square) of that of the jobs (see --within), "
-                             "found one " +
-                             rounded(fit.distance) + " away, atom " + std::to_string(fit.atom) +
-                             " by " + rounded(fit.farthest));
+  const auto shown = [](double value) { return io::rounded(value, std::chars_format::fixed, 6); };
+  io::fatal_stop({file}, "expected a geometry within ", within,
+                 " Angstrom (root mean square) of that of the jobs (see --within), found one ",
+                 shown(fit.distance), " away, atom ", fit.atom, " by ", shown(fit.farthest));
 }
 
 }  // namespace
