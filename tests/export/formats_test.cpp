@@ -30,7 +30,7 @@ ModeList mode_list() {
   list.frequencies = {-500.25, -1e-7, 0.0, 0.0, 1.5, 2000.0};
   list.reduced_masses = {2.0, 1.0, 1.0, 1.0, 1.0, 1.5};
   list.rigid_weights = {1e-20, 0.75, 1.0, 1.0, 1.0, 0.8};
-  list.rigid_motions = exporting::largest_rigid_weights(list.rigid_weights, 5);
+  list.rigid = exporting::largest(list.rigid_weights, 5);
   list.dipole_derivatives.assign(18, 0.0);
   list.dipole_derivatives[1] = 0.125;
   list.strengths = {0, 0, 0, 0, 3, 8};
@@ -159,7 +159,7 @@ TEST(Formats, pack_displacements_into_16_bits) {
 
 TEST(Formats, write_a_page_whose_data_no_text_can_end) {
   Content content = molecule();
-  content.projected.rigid_motions = {1, 2, 3, 4, 5};
+  content.projected.rigid = {true, true, true, true, true, false};
   const std::string page =
       text_of([&](io::OutputFile& out) { exporting::write_html(content, out); });
   const std::string begin = "<script type=\"application/json\" id=\"data\">";

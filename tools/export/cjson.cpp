@@ -15,21 +15,22 @@ void write_cjson(const Content& content, io::OutputFile& out) {
   std::vector<double> geometry, frequencies;
   for (const double x : content.geometry) geometry.push_back(x * flib::angstrom_per_bohr);
   for (const std::size_t k : modes) frequencies.push_back(list.frequencies[k - 1]);
-  JsonObject::write(out, [&](JsonObject& json) {
-    json.add("chemicalJson", 1);
-    json.add("name", title(content));
-    json.add("atoms", {{"elements", {{"number", content.atomic_numbers}}},
-                       {"coords", {{"3d", numbers(geometry.data(), {n3})}}}});
-    json.add("bonds", {{"connections", {{"index", bonds}}},
-                       {"order", std::vector<int>(bonds.size() / 2, 1)}});
-    json.add_object("vibrations", [&](JsonObject& vibrations) {
-      vibrations.add("frequencies", numbers(frequencies.data(), {modes.size()}));
-      vibrations.add_rows("modes", modes.size(), [](std::size_t i) { return i + 1; });
-      vibrations.add_rows("eigenVectors", modes.size(), [&](std::size_t i) {
-        return numbers(list.displacements.column(1, modes[i]), {n3});
-      });
-    });
+  JsonObject json(out);
+  json.add("chemicalJson", 1);
+  json.add("name", title(content));
+  json.add("atoms", {{"elements", {{"number", content.atomic_numbers}}},
+                     {"coords", {{"3d", numbers(geometry.data(), {n3})}}}});
+  json.add("bonds",
+           {{"connections", {{"index", bonds}}}, {"order", std::vector<int>(bonds.size() / 2, 1)}});
+  JsonObject list_of_modes = json.object("vibrations");
+  list_of_modes.add("frequencies", numbers(frequencies.data(), {modes.size()}));
+  list_of_modes.add_rows("modes", modes.size(), [](std::size_t i) { return i + 1; });
+  list_of_modes.add_rows("eigenVectors", modes.size(), [&](std::size_t i) {
+    return numbers(list.displacements.column(1, modes[i]), {n3});
   });
+  list_of_modes.end();
+  json.end();
+  out.end_line();
 }
 
 }  // namespace exporting

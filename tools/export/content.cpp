@@ -13,28 +13,20 @@ std::string title(const Content& content) {
   return "zandor_export " ZANDOR_VERSION ": " + io::printable(content.folder) + changed;
 }
 
-std::vector<int> largest_rigid_weights(const std::vector<double>& rigid_weights,
-                                       std::size_t count) {
-  std::vector<int> modes(rigid_weights.size());
-  std::iota(modes.begin(), modes.end(), 1);
-  std::stable_sort(modes.begin(), modes.end(), [&](int a, int b) {
-    return rigid_weights[static_cast<std::size_t>(a - 1)] >
-           rigid_weights[static_cast<std::size_t>(b - 1)];
-  });
-  modes.resize(std::min(count, modes.size()));
-  std::sort(modes.begin(), modes.end());
-  return modes;
-}
-
-bool is_rigid_motion(const ModeList& list, std::size_t mode) {
-  return std::binary_search(list.rigid_motions.begin(), list.rigid_motions.end(),
-                            static_cast<int>(mode));
+std::vector<bool> largest(const std::vector<double>& values, int count) {
+  std::vector<std::size_t> order(values.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t a, std::size_t b) { return values[a] > values[b]; });
+  std::vector<bool> chosen(values.size());
+  for (int i = 0; i < count; ++i) chosen[order[static_cast<std::size_t>(i)]] = true;
+  return chosen;
 }
 
 std::vector<std::size_t> vibrations(const ModeList& list) {
   std::vector<std::size_t> modes;
   for (std::size_t k = 1; k <= list.frequencies.size(); ++k) {
-    if (!is_rigid_motion(list, k)) modes.push_back(k);
+    if (!list.rigid[k - 1]) modes.push_back(k);
   }
   return modes;
 }

@@ -16,7 +16,7 @@ struct ModeList {
   std::vector<double> frequencies;     // cm-1, imaginary ones negative
   std::vector<double> reduced_masses;  // u
   std::vector<double> rigid_weights;   // 0..1: share of translations and rotations
-  std::vector<int> rigid_motions;      // numbers of the modes with the largest rigid weights
+  std::vector<bool> rigid;             // those with the largest rigid weights
   // 3 x natom x 3 natom: displacement of an atom in a mode, of unit Cartesian length.
   flib::Array<double, 3> displacements;
   // dmu/dQ in e/sqrt(m_e), three components per mode, and the strengths of the 0-1 transitions (0
@@ -41,7 +41,8 @@ struct Content {
   std::vector<int> atomic_numbers;
   std::vector<double> masses;    // u
   std::vector<double> geometry;  // x, y, z of every atom, Bohr
-  // Rows of a rotation that turns the axis of the largest moment of inertia to the viewer.
+  // Rows of a rotation: the principal axes of inertia, the smallest moment across the view, the
+  // largest one to the viewer.
   std::array<double, 9> view{};
   // What the reference's sign file tells of its state, as far as it does: Hartree, and the gradient
   // of the energy (Hartree/Bohr, as the geometry), empty where the file holds no forces.
@@ -64,13 +65,10 @@ struct Content {
 // One line for formats with a place for one: the program, the job directory, changed masses.
 std::string title(const Content& content);
 
-// The numbers, ascending, of the `count` modes with the largest rigid weights.
-std::vector<int> largest_rigid_weights(const std::vector<double>& rigid_weights, std::size_t count);
+// Marks the `count` largest values, of equal ones the first.
+std::vector<bool> largest(const std::vector<double>& values, int count);
 
-// Whether mode `mode` (from 1) is one of the list's rigid motions.
-bool is_rigid_motion(const ModeList& list, std::size_t mode);
-
-// The numbers of the other modes.
+// The numbers of the modes that are no rigid motions.
 std::vector<std::size_t> vibrations(const ModeList& list);
 
 // The factor that makes the farthest moving atom of mode `mode` (from 1) move by 1; 0 where no atom

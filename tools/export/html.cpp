@@ -29,7 +29,7 @@ Json columns(bool with_dipoles) {
 
 Json row(const ModeList& list, std::size_t mode) {
   const std::size_t k = mode - 1;
-  const bool rigid = is_rigid_motion(list, mode);
+  const bool rigid = list.rigid[k];
   Json cells = {mode, list.frequencies[k], list.reduced_masses[k], list.rigid_weights[k],
                 rigid ? 1 : 0};
   if (list.dipole_derivatives.empty()) return cells;

@@ -61,7 +61,7 @@ Json units() {
   };
 }
 
-void add_modes(const ModeList& list, JsonObject& json) {
+void add_modes(const ModeList& list, JsonObject json) {
   const std::size_t n3 = list.frequencies.size();
   json.add("frequencies", numbers(list.frequencies.data(), {n3}));
   json.add("reduced_masses", numbers(list.reduced_masses.data(), {n3}));
@@ -72,6 +72,7 @@ void add_modes(const ModeList& list, JsonObject& json) {
   if (!list.dipole_derivatives.empty()) {
     json.add("transition_dipole_derivatives", numbers(list.dipole_derivatives.data(), {n3, 3}));
   }
+  json.end();
 }
 
 }  // namespace
@@ -82,12 +83,6 @@ Json numbers(const double* values, std::initializer_list<std::size_t> shape) {
 
 std::string text_of(const Json& value) {
   return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-void JsonObject::write(io::OutputFile& out, const std::string& indent, const Members& members) {
-  JsonObject object(out, indent);
-  members(object);
-  out.text("\n" + indent + "}");
 }
 
 io::OutputFile& JsonObject::begin(const std::string& key) {
@@ -101,9 +96,9 @@ void JsonObject::add(const std::string& key, const Json& value) {
     begin(key).text(text_of(value));
     return;
   }
-  add_object(key, [&](JsonObject& object) {
-    for (const auto& [name, member] : value.items()) object.add(name, member);
-  });
+  JsonObject members = object(key);
+  for (const auto& [name, member] : value.items()) members.add(name, member);
+  members.end();
 }
 
 void JsonObject::add_rows(const std::string& key, std::size_t count,
@@ -116,31 +111,30 @@ void JsonObject::add_rows(const std::string& key, std::size_t count,
 void write_json(const Content& content, io::OutputFile& out) {
   const std::size_t natom = content.symbols.size();
   const auto n3 = 3 * natom;
-  JsonObject::write(out, [&](JsonObject& json) {
-    json.add("schema_name", "zandor_vibrations");
-    json.add("schema_version", 1);
-    json.add("provenance", provenance(content));
-    json.add("units", units());
-    json.add("symbols", content.symbols);
-    json.add("atomic_numbers", content.atomic_numbers);
-    json.add("masses", numbers(content.masses.data(), {natom}));
-    json.add("geometry", numbers(content.geometry.data(), {n3}));
-    json.add("step", numbers(&content.step, {}));
-    json.add("symmetry_used", content.symmetry_used);
-    if (content.excitation_energy) json.add("excitation_energy", *content.excitation_energy);
-    if (content.oscillator_strength) json.add("oscillator_strength", *content.oscillator_strength);
-    if (!content.gradient.empty()) json.add("gradient", numbers(content.gradient.data(), {n3}));
-    json.add_rows("hessian", n3,
-                  [&](std::size_t i) { return numbers(content.hessian.column(i + 1), {n3}); });
-    json.add("transition_dipole", numbers(content.dipole.data(), {3}));
-    if (!content.dipole_gradient.empty()) {
-      json.add("transition_dipole_gradient",
-               numbers(content.dipole_gradient.data(), {natom, 3, 3}));
-    }
-    json.add_object("projected", [&](JsonObject& modes) { add_modes(content.projected, modes); });
-    json.add_object("unprojected",
-                    [&](JsonObject& modes) { add_modes(content.unprojected, modes); });
-  });
+  JsonObject json(out);
+  json.add("schema_name", "zandor_vibrations");
+  json.add("schema_version", 1);
+  json.add("provenance", provenance(content));
+  json.add("units", units());
+  json.add("symbols", content.symbols);
+  json.add("atomic_numbers", content.atomic_numbers);
+  json.add("masses", numbers(content.masses.data(), {natom}));
+  json.add("geometry", numbers(content.geometry.data(), {n3}));
+  json.add("step", numbers(&content.step, {}));
+  json.add("symmetry_used", content.symmetry_used);
+  if (content.excitation_energy) json.add("excitation_energy", *content.excitation_energy);
+  if (content.oscillator_strength) json.add("oscillator_strength", *content.oscillator_strength);
+  if (!content.gradient.empty()) json.add("gradient", numbers(content.gradient.data(), {n3}));
+  json.add_rows("hessian", n3,
+                [&](std::size_t i) { return numbers(content.hessian.column(i + 1), {n3}); });
+  json.add("transition_dipole", numbers(content.dipole.data(), {3}));
+  if (!content.dipole_gradient.empty()) {
+    json.add("transition_dipole_gradient", numbers(content.dipole_gradient.data(), {natom, 3, 3}));
+  }
+  add_modes(content.projected, json.object("projected"));
+  add_modes(content.unprojected, json.object("unprojected"));
+  json.end();
+  out.end_line();
 }
 
 }  // namespace exporting

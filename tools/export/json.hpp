@@ -24,24 +24,18 @@ std::string text_of(const Json& value);
 // large array is never held as one tree of values, which would take many times its memory.
 class JsonObject {
  public:
-  using Members = std::function<void(JsonObject& object)>;
-  // Writes the object whose members `members` adds.
-  static void write(io::OutputFile& out, const Members& members) {
-    write(out, "", members);
-    out.end_line();
-  }
+  explicit JsonObject(io::OutputFile& out, std::string indent = "")
+      : out_(out), indent_(std::move(indent)) {}
 
   void add(const std::string& key, const Json& value);
   // An array of `count` values, row(0) and so on.
   void add_rows(const std::string& key, std::size_t count,
                 const std::function<Json(std::size_t)>& row);
-  void add_object(const std::string& key, const Members& members) {
-    write(begin(key), indent_ + " ", members);
-  }
+  // A member that is an object: it ends before the next member of this one.
+  JsonObject object(const std::string& key) { return JsonObject(begin(key), indent_ + " "); }
+  void end() { out_.text("\n" + indent_ + "}"); }
 
  private:
-  JsonObject(io::OutputFile& out, std::string indent) : out_(out), indent_(std::move(indent)) {}
-  static void write(io::OutputFile& out, const std::string& indent, const Members& members);
   io::OutputFile& begin(const std::string& key);
 
   io::OutputFile& out_;

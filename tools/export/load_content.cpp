@@ -19,13 +19,10 @@ namespace exporting {
 
 namespace {
 
+using analysis::Eigenmodes;
 using Eigen::MatrixXd;
 using Eigen::VectorXd;
 using zandor::RunData;
-
-Eigen::Map<const VectorXd> root_masses(const RunData& run) { return {run.sqtmass.data(), run.n3}; }
-
-using analysis::Eigenmodes;
 
 // The force constants as they are; every vector points along the report's.
 Eigenmodes unprojected_modes(const RunData& run) {
@@ -40,17 +37,17 @@ Eigenmodes unprojected_modes(const RunData& run) {
 // Vibrations at their numbers in the report, the rigid motions at those that are left.
 Eigenmodes projected_modes(const RunData& run, const analysis::RigidMotions& rigid) {
   const analysis::Vibrations vibrations = analysis::exact_vibrations(run, rigid);
-  Eigenmodes modes{VectorXd::Zero(run.n3), MatrixXd::Zero(run.n3, run.n3)};
-  std::vector<char> taken(static_cast<std::size_t>(run.n3), 0);
-  for (Eigen::Index k = 0; k < vibrations.frequency.size(); ++k) {
-    const int number = vibrations.report_mode[static_cast<std::size_t>(k)];
-    taken[static_cast<std::size_t>(number - 1)] = 1;
-    modes.frequency(number - 1) = vibrations.frequency(k);
-    modes.vectors.col(number - 1) = vibrations.modes.col(k);
-  }
+  const std::vector<int>& numbers = vibrations.report_mode;
+  Eigenmodes modes{VectorXd::Zero(run.n3), MatrixXd(run.n3, run.n3)};
   Eigen::Index next = 0;
   for (int k = 0; k < run.n3; ++k) {
-    if (taken[static_cast<std::size_t>(k)] == 0) modes.vectors.col(k) = rigid.basis.col(next++);
+    const auto found = std::find(numbers.begin(), numbers.end(), k + 1);
+    if (found == numbers.end()) {
+      modes.vectors.col(k) = rigid.basis.col(next++);
+      continue;
+    }
+    modes.frequency(k) = vibrations.frequency(found - numbers.begin());
+    modes.vectors.col(k) = vibrations.modes.col(found - numbers.begin());
   }
   return modes;
 }
@@ -61,27 +58,24 @@ ModeList mode_list(const RunData& run, const Eigenmodes& modes, const analysis::
   if (!modes.frequency.allFinite() || !modes.vectors.allFinite()) {
     io::fatal_stop("expected finite frequencies and modes, found others");
   }
-  const auto n3 = static_cast<std::size_t>(run.n3);
   ModeList list;
   list.displacements = {"displacements", {3, run.natom, run.n3}};
   Eigen::Map<MatrixXd> moves(list.displacements.data(), run.n3, run.n3);
-  moves = root_masses(run).cwiseInverse().asDiagonal() * modes.vectors;
+  const Eigen::Map<const VectorXd> root_mass(run.sqtmass.data(), run.n3);
+  moves = root_mass.cwiseInverse().asDiagonal() * modes.vectors;
   if (gradient.cols() > 0) {
     const auto terms = analysis::herzberg_teller(run, gradient, modes);
     list.dipole_derivatives.assign(terms.dmu_dQ.data(), terms.dmu_dQ.data() + terms.dmu_dQ.size());
     list.strengths.assign(terms.strength.data(), terms.strength.data() + terms.strength.size());
   }
   const VectorXd weights = analysis::rigid_weights(rigid, modes.vectors);
-  for (std::size_t k = 0; k < n3; ++k) {
-    const auto column = static_cast<Eigen::Index>(k);
-    list.frequencies.push_back(modes.frequency(column) * flib::wavenumbers_per_au);
-    list.reduced_masses.push_back(1.0 / moves.col(column).squaredNorm() /
-                                  flib::electron_masses_per_amu);
-    list.rigid_weights.push_back(std::clamp(weights(column), 0.0, 1.0));
-    moves.col(column).normalize();
+  for (Eigen::Index k = 0; k < run.n3; ++k) {
+    list.frequencies.push_back(modes.frequency(k) * flib::wavenumbers_per_au);
+    list.reduced_masses.push_back(1.0 / moves.col(k).squaredNorm() / flib::electron_masses_per_amu);
+    list.rigid_weights.push_back(std::clamp(weights(k), 0.0, 1.0));
+    moves.col(k).normalize();
   }
-  list.rigid_motions =
-      largest_rigid_weights(list.rigid_weights, static_cast<std::size_t>(rigid.rank));
+  list.rigid = largest(list.rigid_weights, rigid.rank);
   return list;
 }
 
@@ -111,14 +105,6 @@ Eigen::Matrix3Xd known_gradient(const RunData& run, analysis::DipoleChoices choi
   }
   std::copy_n(prepared.dipoles.data(), 3, content.dipole.begin());
   return prepared.gradient;
-}
-
-// Principal axes of inertia as rows: the smallest moment across, the largest one to the viewer.
-std::array<double, 9> first_view(const RunData& run) {
-  const Eigen::Matrix3d rows = analysis::principal_axes(run).axes.transpose();
-  std::array<double, 9> view{};
-  Eigen::Map<Eigen::Matrix<double, 3, 3, Eigen::RowMajor>>(view.data()) = rows;
-  return view;
 }
 
 // What only the report needs: as large as the force constants, each of them.
@@ -154,9 +140,8 @@ void describe_state(const RunData& run, Content& content) {
 
 void describe_molecule(const RunData& run, Content& content) {
   content.symbols = analysis::symbols(run);
+  content.atomic_numbers = run.nat;
   for (int a = 1; a <= run.natom; ++a) {
-    const auto place = static_cast<std::size_t>(a - 1);
-    content.atomic_numbers.push_back(run.nat[place]);
     content.masses.push_back(run.mass(a) / flib::electron_masses_per_amu);
   }
   content.geometry.assign(run.x.data(), run.x.data() + run.x.size());
@@ -197,7 +182,7 @@ Content load_content(const std::string& control_file,
   if (lists != Lists::projected) {
     content.unprojected = mode_list(run, unprojected_modes(run), rigid, gradient);
   }
-  content.view = first_view(run);
+  std::copy_n(analysis::principal_axes(run).axes.data(), 9, content.view.begin());
   content.hessian = std::move(run.hess);
   return content;
 }
