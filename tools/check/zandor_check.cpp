@@ -9,7 +9,6 @@
 #include "io/process.hpp"
 #include "io/units.hpp"
 #include "io/values.hpp"
-#include "options/job_names.hpp"
 #include "options/options.hpp"
 
 const char* const io::program_name = "zandor_check";

@@ -13,7 +13,6 @@
 #include "io/process.hpp"
 #include "io/values.hpp"
 #include "options/array_indices.hpp"
-#include "options/job_names.hpp"
 #include "options/options.hpp"
 
 const char* const io::program_name = "zandor_displace";

@@ -28,13 +28,12 @@ struct Array {
 using Arrays = std::array<Array, 4>;  // in the order of OtherState
 
 [[noreturn]] void stop(const std::string& expected, const std::string& found) {
-  io::fatal_stop(io::place(unit), "expected " + expected + ", found " + found);
+  io::fatal_stop(io::place(unit), "expected ", expected, ", found ", found);
 }
 
 void check_size(const Array& array, long long size) {
   if (size == static_cast<long long>(array.size)) return;
-  stop("'" + array.name + "' with " + std::to_string(array.size) +
-           " values for the atoms of the jobs",
+  stop(io::joined("'", array.name, "' with ", array.size, " values for the atoms of the jobs"),
        std::to_string(size));
 }
 
@@ -166,36 +165,42 @@ std::string first_words() {
   return first;
 }
 
-// What is read of a file that begins like this; the places of the state are filled with it.
+struct Kind {
+  std::string_view first;  // of its first words
+  void (*read)(const Arrays& arrays);
+  std::array<const char*, 4> names;  // of Arrays
+  bool triangle;                     // its force constants are the lower one, by rows
+};
+
+constexpr Kind kinds[] = {
+    {"Number of atoms",
+     read_fchk,
+     {"Atomic numbers", "Real atomic weights", "Current cartesian coordinates",
+      "Cartesian Force Constants"},
+     true},
+    {"$orca_hessian_file", read_hess, {"$atoms", "$atoms", "$atoms", "$hessian"}, false},
+    {"{", read_json, {"atomic_numbers", "masses", "geometry", "hessian"}, false}};
+
 void read_arrays(std::size_t natom, OtherState& state) {
-  const std::size_t n3 = 3 * natom, all = n3 * n3;
-  const auto read_as = [&](auto reader, std::array<const char*, 4> names, std::size_t constants) {
-    const Arrays arrays = {{{names[0], natom, state.numbers},
-                            {names[1], natom, state.masses},
-                            {names[2], n3, state.places},
-                            {names[3], constants, state.force_constants}}};
-    reader(arrays);
-    for (const Array& array : arrays) {
-      if (!array.values.empty()) continue;
-      io::fatal_stop(io::next_place(unit),
-                     "expected '" + array.name + "', found the end of the file");
-    }
-  };
   const std::string first = first_words();
-  if (first == "Number of atoms") {
-    read_as(read_fchk,
-            {"Atomic numbers", "Real atomic weights", "Current cartesian coordinates",
-             "Cartesian Force Constants"},
-            n3 * (n3 + 1) / 2);
-  } else if (first == "$orca_hessian_file") {
-    read_as(read_hess, {"$atoms", "$atoms", "$atoms", "$hessian"}, all);
-  } else if (first.starts_with('{')) {
-    read_as(read_json, {"atomic_numbers", "masses", "geometry", "hessian"}, all);
-  } else {
+  const auto* const kind = std::find_if(std::begin(kinds), std::end(kinds),
+                                        [&](const Kind& k) { return first.starts_with(k.first); });
+  if (kind == std::end(kinds)) {
     io::fatal_stop({io::name(unit), 1},
                    "expected a formatted checkpoint file, an ORCA .hess file or the JSON of "
-                   "zandor_export, found " +
-                       (first.empty() ? "nothing" : io::quoted(first)));
+                   "zandor_export, found ",
+                   first.empty() ? "nothing" : io::quoted(first));
+  }
+  const std::size_t n3 = 3 * natom;
+  const Arrays arrays = {
+      {{kind->names[0], natom, state.numbers},
+       {kind->names[1], natom, state.masses},
+       {kind->names[2], n3, state.places},
+       {kind->names[3], kind->triangle ? n3 * (n3 + 1) / 2 : n3 * n3, state.force_constants}}};
+  kind->read(arrays);
+  for (const Array& array : arrays) {
+    if (!array.values.empty()) continue;
+    io::fatal_stop(io::next_place(unit), "expected '", array.name, "', found the end of the file");
   }
 }
 
@@ -231,8 +236,8 @@ void take_mean_of_halves(const std::string& file, std::vector<double>& force_con
   const Eigen::MatrixXd turned = all.transpose();
   const double difference = (all - turned).cwiseAbs().maxCoeff();
   if (difference > most) {
-    io::fatal_stop({file}, "expected symmetric force constants, found two that differ by " +
-                               io::shown(difference) + " Hartree/Bohr**2");
+    io::fatal_stop({file}, "expected symmetric force constants, found two that differ by ",
+                   difference, " Hartree/Bohr**2");
   }
   all = (all + turned) / 2.0;
 }

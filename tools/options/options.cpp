@@ -72,4 +72,14 @@ void add_job_options(CLI::App& app, JobOptions& job) {
                "turn back the signs of transition dipoles that have turned");
 }
 
+CLI::Option* add_job_names(CLI::App& app, const std::string& name, std::string& kind,
+                           const std::string& meaning) {
+  const auto settle = [name](std::string& value) {
+    if (value == "true") value = "names";  // as the parser has it where no value is given
+    if (value == "names" || value == "numbers") return std::string();
+    return "expected " + name + " alone or " + name + "=numbers, found " + io::quoted(value);
+  };
+  return app.add_flag(name, kind, meaning)->transform(CLI::Validator(settle, ""));
+}
+
 }  // namespace options

@@ -28,4 +28,9 @@ void add_directory_options(CLI::App& app, JobOptions& job);
 // Adds CONTROLFILE, --mass, --isotope, --characters and --settle-signs.
 void add_job_options(CLI::App& app, JobOptions& job);
 
+// Adds a flag that prints jobs, by their names or by their numbers, and may have a value: `kind` is
+// empty without it, "names" with it alone or with =names, "numbers" with =numbers.
+CLI::Option* add_job_names(CLI::App& app, const std::string& name, std::string& kind,
+                           const std::string& meaning);
+
 }  // namespace options

@@ -1,15 +1,32 @@
 // zandor_probe: says of quantum-chemistry files which program wrote them, and what sizes they hold.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <iostream>
+#include <limits>
 #include <nlohmann/json.hpp>
 
+#include "flib/qm_file_ifoniom.hpp"
+#include "flib/qm_file_natom.hpp"
+#include "flib/qm_file_natom_oniom_qm.hpp"
+#include "flib/qm_file_nbasis_nbsuse.hpp"
+#include "flib/qm_file_nci.hpp"
+#include "flib/qm_file_type.hpp"
+#include "flib/search_word.hpp"
 #include "io/process.hpp"
+#include "io/text.hpp"
+#include "io/units.hpp"
 #include "options/options.hpp"
-#include "probe/file_facts.hpp"
 
 const char* const io::program_name = "zandor_probe";
 
 namespace {
 
+// What the probes say of a file, in the order of the output.
 using Record = nlohmann::ordered_json;
 
 // Exit statuses; the larger outranks the smaller.
@@ -17,15 +34,127 @@ constexpr int recognised = 0;
 constexpr int not_recognised = 1;
 constexpr int not_read = 2;
 
-Record record_of(const std::string& name, const probe::FileFacts& facts) {
-  Record record;
+constexpr int unset = std::numeric_limits<int>::min();
+
+// "1.0" of the heading " VERSION 1.0"; the heading has been found before.
+std::string version_of_report(const std::string& name) {
+  constexpr int unit = 13;
+  constexpr int last_column = 8;
+  io::Line line;
+  io::open_existing(unit, name);
+  flib::search_word(unit, 2, last_column, "VERSION", line);
+  io::close(unit);
+  const std::string_view text = line.content();
+  return std::string(
+      io::without_leading_blanks(text.substr(std::min<std::size_t>(text.size(), last_column))));
+}
+
+// Adds type, version and class code, and gives the type.
+std::string recognise(const std::string& name, Record& record) {
+  io::Line type_line, version_line;
+  int info = -1;
+  flib::qm_file_type(name, type_line, version_line, info);
+  std::string type(type_line.content());
+  // The library gives the line below the one with the version, deliberately.
+  const std::string version =
+      type == "ZANDORCE" ? version_of_report(name) : std::string(version_line.content());
+  if (!type.empty()) record["type"] = type;
+  if (!version.empty()) record["version"] = version;
+  record["info"] = info;
+  return type;
+}
+
+// Adds the counts that a probe has found.
+void add_counts(Record& record, int info, std::vector<std::pair<const char*, int>> counts) {
+  for (const auto& [name, count] : counts) {
+    if (info == 0 && count != unset) record[name] = count;
+  }
+}
+
+// Asks every probe that suits the file.
+void ask_probes(const std::string& name, Record& record) {
+  const bool log = recognise(name, record) == "GAUSSIAN LOG";
+  bool oniom = false;
+  int info = 0;
+  flib::qm_file_ifoniom(name, oniom, info);
+  record["oniom"] = oniom;
+  int natom = unset;
+  flib::qm_file_natom(name, natom, info);
+  add_counts(record, info, {{"natom", natom}});
+  if (oniom) {
+    int nqm = unset, nqmmm = unset;
+    flib::qm_file_natom_oniom_qm(name, nqm, nqmmm, info);
+    add_counts(record, info, {{"nqm", nqm}, {"nqmmm", nqmmm}});
+  }
+  if (log) {
+    int ni = unset, na = unset, nci = unset, nae = unset, nfc = unset, nfv = unset;
+    flib::qm_file_nci(name, ni, na, nci, nae, nfc, nfv, info);
+    add_counts(record, info,
+               {{"ni", ni}, {"na", na}, {"nci", nci}, {"nae", nae}, {"nfc", nfc}, {"nfv", nfv}});
+  } else {
+    // For a log this probe would wait for a record from standard input.
+    int na = unset, nb = unset, nbasis = unset, nbsuse = unset;
+    flib::qm_file_nbasis_nbsuse(name, na, nb, nbasis, nbsuse, info);
+    add_counts(record, info,
+               {{"nalpha", na}, {"nbeta", nb}, {"nbasis", nbasis}, {"nbsuse", nbsuse}});
+  }
+}
+
+// Goes to the folder of a file, and back.
+class FolderOfFile {
+ public:
+  explicit FolderOfFile(const std::string& name)
+      : before_(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (before_ < 0 || ::chdir(name.substr(0, name.rfind('/')).c_str()) != 0) stop(name);
+  }
+  ~FolderOfFile() {
+    // The folder is where it was, unless somebody has closed it meanwhile: the next name tells.
+    if (::fchdir(before_) == 0) ::close(before_);
+  }
+  FolderOfFile(const FolderOfFile&) = delete;
+  FolderOfFile& operator=(const FolderOfFile&) = delete;
+
+ private:
+  [[noreturn]] static void stop(const std::string& name) {
+    io::fatal_stop({name}, "expected a file that can be read, found: ", strerror(errno));
+  }
+  int before_;
+};
+
+void require_readable_name(const std::string& name, const std::string& short_name) {
+  if (short_name.size() > io::line_capacity || short_name.ends_with(' ')) {
+    io::fatal_stop({name},
+                   "expected a file name of at most 200 characters that does not end in a "
+                   "blank, found another");
+  }
+  struct stat status {};
+  if (::stat(short_name.c_str(), &status) == 0 && !S_ISREG(status.st_mode) &&
+      !S_ISDIR(status.st_mode)) {
+    // Every probe reads the file from its beginning.
+    io::fatal_stop({name}, "expected a regular file, found a pipe or a device");
+  }
+}
+
+// Fills the record, and gives the line that the recognition printed: empty for a recognised file.
+std::string probe_file(const std::string& name, Record& record) {
+  // The library's routines take names of 200 characters: a longer path is asked from within its
+  // folder.
+  std::optional<FolderOfFile> folder;
+  std::string short_name = name;
+  const std::size_t slash = name.rfind('/');
+  if (name.size() > io::line_capacity && slash != std::string::npos && slash > 0) {
+    folder.emplace(name);
+    short_name = name.substr(slash + 1);
+  }
+  require_readable_name(name, short_name);
   record["file"] = name;
-  if (!facts.type.empty()) record["type"] = facts.type;
-  if (!facts.version.empty()) record["version"] = facts.version;
-  record["info"] = facts.info;
-  record["oniom"] = facts.oniom;
-  for (const auto& [key, count] : facts.counts) record[key] = count;
-  return record;
+  std::string warning;
+  // Every probe recognises the file anew and would print its warning once more.
+  const io::SinkScope sink({.print_line = [&warning](std::string_view line) {
+    if (warning.empty()) warning = line;
+  }});
+  ask_probes(short_name, record);
+  return warning;
 }
 
 std::string shown(const Record& value) {
@@ -49,15 +178,16 @@ int report_file(const std::string& name, bool as_json, bool first) {
     io::report({name}, "expected the name of a file, found '-' (standard input is not read)");
     return not_read;
   }
-  probe::FileFacts facts;
-  if (const auto stop = io::collect([&] { facts = probe::probe_file(name); })) {
+  Record record;
+  std::string warning;
+  if (const auto stop = io::collect([&] { warning = probe_file(name, record); })) {
     io::report(*stop);
     return not_read;
   }
-  print(record_of(name, facts), as_json, first);
+  print(record, as_json, first);
   if (!std::cout.flush()) io::fatal_stop({"standard output"}, "cannot write the results");
-  if (facts.warning.empty()) return recognised;
-  std::cerr << io::printable(facts.warning) << '\n';
+  if (warning.empty()) return recognised;
+  std::cerr << io::printable(warning) << '\n';
   return not_recognised;
 }
 

@@ -1,3 +1,5 @@
+// JSON, and the same values of the modes, or a spectrum, as CSV.
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "analysis/herzberg_teller.hpp"
@@ -105,6 +107,26 @@ Json modes(const Request& request, const std::vector<Line>& lines) {
   return json;
 }
 
+// The values of a mode in the order of its JSON.
+std::string comma_row(const Json& mode) {
+  std::string text;
+  for (const Json& value : mode.flatten()) {
+    if (!text.empty()) text += ",";
+    if (!value.is_null()) text += io::shown(value.get<double>());
+  }
+  return text + "\n";
+}
+
+std::string spectrum_rows(const Spectrum& spectrum, const std::vector<double>& values) {
+  std::string text = "wavenumber_cm-1,strength_au_per_cm-1\n";
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    char row[80];
+    std::snprintf(row, sizeof row, "%.12g,%.9e\n", place_of(spectrum, i), values[i]);
+    text += row;
+  }
+  return text;
+}
+
 Json totals(const Totals& totals) {
   Json json = {{"reference_square", totals.reference_square},
                {"strength", totals.strength},
@@ -167,6 +189,26 @@ std::string json(const Report& report) {
   json["totals"] = totals(results.totals);
   if (request.spectrum) json["spectrum"] = spectrum(request, results.spectrum);
   return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::string csv(const Report& report) {
+  const auto& [request, run, dipoles, results] = report;
+  std::string text;
+  for (const std::string& line : head_lines(report)) text += "# " + line + "\n";
+  if (request.spectrum) return text + spectrum_rows(*request.spectrum, results.spectrum);
+  // Sums are no rows: whoever adds up a column must not count them twice.
+  for (const Line& sum : results.degenerate) {
+    text += "# degenerate modes " + shown_modes(sum) + " together: |dmu/dq| " +
+            io::shown(*sum.dmu_dq) + ", 0-1 " + io::shown(*sum.strength) + "\n";
+  }
+  text +=
+      "mode,frequency_cm-1,dmu_dQ_x_au,dmu_dQ_y_au,dmu_dQ_z_au,dmu_dQ_x,dmu_dQ_y,dmu_dQ_z,"
+      "dmu_dq_au,strength_au,share";
+  if (request.kelvin) text += ",thermal_au";
+  if (request.energy) text += ",oscillator_strength";
+  text += ",overlap\n";
+  for (const Line& line : results.lines) text += comma_row(mode(request, line));
+  return text;
 }
 
 }  // namespace ht
