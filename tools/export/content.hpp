@@ -1,4 +1,5 @@
-// What every format writes: the vibrational analysis of one job directory, at full precision.
+// What every format writes: the vibrational analysis of one job directory, at full precision, and
+// how it is read.
 #pragma once
 
 #include <array>
@@ -7,6 +8,11 @@
 #include <vector>
 
 #include "flib/array.hpp"
+
+namespace analysis {
+struct DipoleChoices;
+struct MassChange;
+}  // namespace analysis
 
 namespace exporting {
 
@@ -62,17 +68,26 @@ struct Content {
   ModeList projected, unprojected;
 };
 
+// Reads and analyses the job directory that is the working folder; errors are those of the phases.
+//
+// The modes are those of the force constants at full precision. The report's own, from a matrix
+// with a shifted diagonal, are the same to about 0.001 cm-1, near zero to a few cm-1.
+//
+// Each list of modes takes time and memory, and is filled where `lists` asks for it.
+//
+// Dipole derivatives stay empty where they mean nothing (PreparedDipoles::refusal); that, and signs
+// that seem to have turned, are warnings and notes of the content.
+enum class Lists { projected, unprojected, both };
+Content load_content(const std::string& control_file,
+                     const std::vector<analysis::MassChange>& mass_changes,
+                     const analysis::DipoleChoices& dipoles, Lists lists);
+
 // One line for formats with a place for one: the program, the job directory, changed masses.
 std::string title(const Content& content);
 
-// Marks the `count` largest values, of equal ones the first.
-std::vector<bool> largest(const std::vector<double>& values, int count);
+std::vector<double> in_angstrom(std::vector<double> bohr);
 
 // The numbers of the modes that are no rigid motions.
 std::vector<std::size_t> vibrations(const ModeList& list);
-
-// The factor that makes the farthest moving atom of mode `mode` (from 1) move by 1; 0 where no atom
-// moves.
-double scale_to_unit_motion(const ModeList& list, std::size_t mode);
 
 }  // namespace exporting

@@ -9,59 +9,54 @@
 #include "export/formats.hpp"
 #include "export/json.hpp"
 #include "export/page.hpp"
-#include "flib/units_of_measure.hpp"
 #include "io/fatal.hpp"
 
 namespace exporting {
 
 namespace {
 
-// The columns of a mode's row, which the page shows and saves.
-Json columns(bool with_dipoles) {
-  Json names = {"mode", "frequency_cm-1", "reduced_mass_u", "rigid_weight", "rigid_motion"};
-  if (!with_dipoles) return names;
-  for (const char* const name :
-       {"dmu_dQ_x_au", "dmu_dQ_y_au", "dmu_dQ_z_au", "dmu_dq_au", "strength_0-1_au"}) {
-    names.push_back(name);
-  }
-  return names;
-}
-
+// A mode's row in the table, by the names of its columns, which the page shows and saves.
 Json row(const ModeList& list, std::size_t mode) {
   const std::size_t k = mode - 1;
-  const bool rigid = list.rigid[k];
-  Json cells = {mode, list.frequencies[k], list.reduced_masses[k], list.rigid_weights[k],
-                rigid ? 1 : 0};
-  if (list.dipole_derivatives.empty()) return cells;
-  for (std::size_t i = 0; i < 3; ++i) cells.push_back(list.dipole_derivatives[3 * k + i]);
-  const bool vibrates = list.frequencies[k] > 0.0 && !rigid;
-  cells.push_back(vibrates ? Json(std::sqrt(2.0 * list.strengths[k])) : Json());
-  cells.push_back(vibrates ? Json(list.strengths[k]) : Json());
-  return cells;
+  Json row = {{"mode", mode},
+              {"frequency_cm-1", list.frequencies[k]},
+              {"reduced_mass_u", list.reduced_masses[k]},
+              {"rigid_weight", list.rigid_weights[k]},
+              {"rigid_motion", list.rigid[k] ? 1 : 0}};
+  if (list.dipole_derivatives.empty()) return row;
+  const double* const slope = &list.dipole_derivatives[3 * k];
+  const bool vibrates = list.frequencies[k] > 0.0 && !list.rigid[k];
+  row.update({{"dmu_dQ_x_au", slope[0]},
+              {"dmu_dQ_y_au", slope[1]},
+              {"dmu_dQ_z_au", slope[2]},
+              {"dmu_dq_au", vibrates ? Json(std::sqrt(2.0 * list.strengths[k])) : Json()},
+              {"strength_0-1_au", vibrates ? Json(list.strengths[k]) : Json()}});
+  return row;
 }
 
 Json mode_set(const Content& content, const ModeList& list) {
   const std::size_t n3 = list.frequencies.size();
-  // One base64 text, whose pieces must not end within a group of three bytes: a mode has 3 natom
-  // integers of two bytes.
   std::string displacements;
   std::vector<double> scales(n3);
   Json rows = Json::array(), frames = Json::array();
   for (std::size_t k = 1; k <= n3; ++k) {
-    rows.push_back(row(list, k));
+    const Json cells = row(list, k);
+    rows.push_back(Json::array_t(cells.begin(), cells.end()));
     frames.push_back(frame_head(content, list, k));
     displacements += packed_displacements(list.displacements.column(1, k), n3, scales[k - 1]);
   }
   return {{"rows", rows},
           {"frames", frames},
           {"displacements", displacements},
-          {"displacement_scales", numbers(scales.data(), {n3})}};
+          {"displacement_scales", scales}};
 }
 
 Json data_of(const Content& content) {
-  std::vector<double> geometry, radii;
+  std::vector<double> radii;
+  std::vector<std::string> columns;
   Json notes = Json::array(), atoms = Json::array();
-  for (const double x : content.geometry) geometry.push_back(x * flib::angstrom_per_bohr);
+  const Json first_row = row(content.projected, 1);
+  for (const auto& [name, cell] : first_row.items()) columns.push_back(name);
   for (const int number : content.atomic_numbers) radii.push_back(covalent_radius(number));
   for (const Note& note : content.notes) {
     notes.push_back({{"text", note.text}, {"warning", note.warning}});
@@ -77,12 +72,12 @@ Json data_of(const Content& content) {
           {"formula", analysis::formula_parts(content.symbols)},
           {"symbols", content.symbols},
           {"atomic_numbers", content.atomic_numbers},
-          {"geometry", numbers(geometry.data(), {geometry.size()})},
+          {"geometry", in_angstrom(content.geometry)},
           {"radii", radii},
           {"bonds", bonded_atoms(content)},
           {"view", content.view},
           {"atoms", atoms},
-          {"columns", columns(!content.projected.dipole_derivatives.empty())},
+          {"columns", columns},
           {"projected", mode_set(content, content.projected)},
           {"unprojected", mode_set(content, content.unprojected)}};
 }

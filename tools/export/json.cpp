@@ -12,19 +12,24 @@ namespace exporting {
 
 namespace {
 
-Json array_of(const double* values, std::span<const std::size_t> shape) {
+using Shape = std::span<const std::size_t>;
+
+std::size_t size_of(Shape shape) {
+  return std::accumulate(shape.begin(), shape.end(), std::size_t{1}, std::multiplies());
+}
+
+Json array_of(const double* values, Shape shape) {
   if (shape.empty()) {
     if (!std::isfinite(*values)) {
       io::fatal_stop("expected finite numbers to write, found one that is not");
     }
     return *values;
   }
-  const auto inner = shape.subspan(1);
-  const std::size_t step =
-      std::accumulate(inner.begin(), inner.end(), std::size_t{1}, std::multiplies());
+  const Shape inner = shape.subspan(1);
   Json array = Json::array();
-  for (std::size_t i = 0; i < shape.front(); ++i)
-    array.push_back(array_of(values + i * step, inner));
+  for (std::size_t i = 0; i < shape.front(); ++i) {
+    array.push_back(array_of(values + i * size_of(inner), inner));
+  }
   return array;
 }
 
@@ -63,23 +68,17 @@ Json units() {
 
 void add_modes(const ModeList& list, JsonObject json) {
   const std::size_t n3 = list.frequencies.size();
-  json.add("frequencies", numbers(list.frequencies.data(), {n3}));
-  json.add("reduced_masses", numbers(list.reduced_masses.data(), {n3}));
-  json.add_rows("displacements", n3, [&](std::size_t k) {
-    return numbers(list.displacements.column(1, k + 1), {n3 / 3, 3});
-  });
-  json.add("rigid_weight", numbers(list.rigid_weights.data(), {n3}));
+  json.add_numbers("frequencies", list.frequencies.data(), {n3});
+  json.add_numbers("reduced_masses", list.reduced_masses.data(), {n3});
+  json.add_numbers("displacements", list.displacements.data(), {n3, n3 / 3, 3});
+  json.add_numbers("rigid_weight", list.rigid_weights.data(), {n3});
   if (!list.dipole_derivatives.empty()) {
-    json.add("transition_dipole_derivatives", numbers(list.dipole_derivatives.data(), {n3, 3}));
+    json.add_numbers("transition_dipole_derivatives", list.dipole_derivatives.data(), {n3, 3});
   }
   json.end();
 }
 
 }  // namespace
-
-Json numbers(const double* values, std::initializer_list<std::size_t> shape) {
-  return array_of(values, {shape.begin(), shape.size()});
-}
 
 std::string text_of(const Json& value) {
   return value.dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -101,11 +100,19 @@ void JsonObject::add(const std::string& key, const Json& value) {
   members.end();
 }
 
-void JsonObject::add_rows(const std::string& key, std::size_t count,
-                          const std::function<Json(std::size_t)>& row) {
+void JsonObject::add_numbers(const std::string& key, const double* values,
+                             const std::vector<std::size_t>& shape) {
   begin(key);
-  for (std::size_t i = 0; i < count; ++i) out_.text((i == 0 ? "[" : ",") + text_of(row(i)));
-  out_.text(count == 0 ? "[]" : "]");
+  if (shape.size() < 2) {
+    out_.text(text_of(array_of(values, shape)));
+    return;
+  }
+  const Shape inner = Shape(shape).subspan(1);
+  for (std::size_t i = 0; i < shape.front(); ++i) {
+    const Json row = array_of(values + i * size_of(inner), inner);
+    out_.text((i == 0 ? "[" : ",") + text_of(row));
+  }
+  out_.text(shape.front() == 0 ? "[]" : "]");
 }
 
 void write_json(const Content& content, io::OutputFile& out) {
@@ -118,18 +125,17 @@ void write_json(const Content& content, io::OutputFile& out) {
   json.add("units", units());
   json.add("symbols", content.symbols);
   json.add("atomic_numbers", content.atomic_numbers);
-  json.add("masses", numbers(content.masses.data(), {natom}));
-  json.add("geometry", numbers(content.geometry.data(), {n3}));
-  json.add("step", numbers(&content.step, {}));
+  json.add_numbers("masses", content.masses.data(), {natom});
+  json.add_numbers("geometry", content.geometry.data(), {n3});
+  json.add_numbers("step", &content.step, {});
   json.add("symmetry_used", content.symmetry_used);
   if (content.excitation_energy) json.add("excitation_energy", *content.excitation_energy);
   if (content.oscillator_strength) json.add("oscillator_strength", *content.oscillator_strength);
-  if (!content.gradient.empty()) json.add("gradient", numbers(content.gradient.data(), {n3}));
-  json.add_rows("hessian", n3,
-                [&](std::size_t i) { return numbers(content.hessian.column(i + 1), {n3}); });
-  json.add("transition_dipole", numbers(content.dipole.data(), {3}));
+  if (!content.gradient.empty()) json.add_numbers("gradient", content.gradient.data(), {n3});
+  json.add_numbers("hessian", content.hessian.data(), {n3, n3});
+  json.add_numbers("transition_dipole", content.dipole.data(), {3});
   if (!content.dipole_gradient.empty()) {
-    json.add("transition_dipole_gradient", numbers(content.dipole_gradient.data(), {natom, 3, 3}));
+    json.add_numbers("transition_dipole_gradient", content.dipole_gradient.data(), {natom, 3, 3});
   }
   add_modes(content.projected, json.object("projected"));
   add_modes(content.unprojected, json.object("unprojected"));

@@ -1,21 +1,15 @@
 // JSON of numbers, and objects too large to be held.
 #pragma once
 
-#include <functional>
-#include <initializer_list>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <vector>
 
 #include "io/output_file.hpp"
 
 namespace exporting {
 
 using Json = nlohmann::ordered_json;
-
-// Arrays within arrays, as long as `shape` says from the outermost to the innermost; `values` go
-// through the innermost fastest. A number that is not finite is a fatal stop: JSON has no word for
-// it.
-Json numbers(const double* values, std::initializer_list<std::size_t> shape);
 
 // The value on one line; bytes that are no UTF-8 become replacement characters.
 std::string text_of(const Json& value);
@@ -28,9 +22,11 @@ class JsonObject {
       : out_(out), indent_(std::move(indent)) {}
 
   void add(const std::string& key, const Json& value);
-  // An array of `count` values, row(0) and so on.
-  void add_rows(const std::string& key, std::size_t count,
-                const std::function<Json(std::size_t)>& row);
+  // Arrays within arrays, as long as `shape` says from the outermost to the innermost; `values` go
+  // through the innermost fastest. A number that is not finite is a fatal stop: JSON has no word
+  // for it.
+  void add_numbers(const std::string& key, const double* values,
+                   const std::vector<std::size_t>& shape);
   // A member that is an object: it ends before the next member of this one.
   JsonObject object(const std::string& key) { return JsonObject(begin(key), indent_ + " "); }
   void end() { out_.text("\n" + indent_ + "}"); }

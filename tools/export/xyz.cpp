@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -42,6 +43,17 @@ std::string atom_columns(const Content& content, std::size_t a, const double* di
 
 void begin_frame(const Content& content, const std::string& head, io::OutputFile& out) {
   out.text(std::to_string(content.symbols.size()) + "\n" + head + "\n");
+}
+
+// The factor that makes the farthest moving atom of a mode move by 1; 0 where no atom moves.
+double scale_to_unit_motion(const ModeList& list, std::size_t mode) {
+  const std::size_t natom = list.frequencies.size() / 3;
+  const double* d = list.displacements.column(1, mode);
+  double largest = 0.0;
+  for (std::size_t a = 0; a < natom; ++a, d += 3) {
+    largest = std::max(largest, std::hypot(d[0], d[1], d[2]));
+  }
+  return largest > 0.0 ? 1.0 / largest : 0.0;
 }
 
 }  // namespace

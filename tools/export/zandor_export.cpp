@@ -7,8 +7,9 @@
 #include <optional>
 #include <string_view>
 
+#include "analysis/job_directory.hpp"
+#include "analysis/prepared_dipoles.hpp"
 #include "export/formats.hpp"
-#include "export/load_content.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
 #include "options/options.hpp"
@@ -57,14 +58,13 @@ const ModeList& list_of(const Request& request, const Content& content) {
 std::size_t checked_mode(int mode, const Content& content) {
   const std::size_t count = 3 * content.symbols.size();
   if (mode >= 1 && static_cast<std::size_t>(mode) <= count) return static_cast<std::size_t>(mode);
-  io::fatal_stop("expected a mode from 1 to " + std::to_string(count) + ", found " +
-                 std::to_string(mode));
+  io::fatal_stop({}, "expected a mode from 1 to ", count, ", found ", mode);
 }
 
 void write_frames(const Request& request, const Content& content, io::OutputFile& out) {
   const ModeList& list = list_of(request, content);
   if (!std::isfinite(request.amplitude) || request.amplitude <= 0.0) {
-    io::fatal_stop("expected --amplitude above 0, found " + io::shown(request.amplitude));
+    io::fatal_stop({}, "expected --amplitude above 0, found ", request.amplitude);
   }
   if (request.movie.empty()) {
     const std::size_t only = request.mode ? checked_mode(*request.mode, content) : 0;
@@ -73,8 +73,8 @@ void write_frames(const Request& request, const Content& content, io::OutputFile
   }
   const std::size_t mode = checked_mode(request.movie[0], content);
   if (request.movie[1] < fewest_frames) {
-    io::fatal_stop("expected --movie with at least " + std::to_string(fewest_frames) +
-                   " frames, found " + std::to_string(request.movie[1]));
+    io::fatal_stop({}, "expected --movie with at least ", fewest_frames, " frames, found ",
+                   request.movie[1]);
   }
   exporting::write_xyz_movie(content, list, request.amplitude, mode, request.movie[1], out);
 }
@@ -110,8 +110,7 @@ void add_mode_options(CLI::App& molden, CLI::App& xyz, Request& request) {
   molden.add_flag("--all", request.all_modes, "all modes, translations and rotations included");
   xyz.add_option("--amplitude", request.amplitude,
                  "displacement of the atom that moves farthest, Angstrom (default: 0.4)");
-  CLI::Option* const mode = xyz.add_option_function<int>(
-      "--mode", [&request](int number) { request.mode = number; }, "this mode only");
+  CLI::Option* const mode = xyz.add_option("--mode", request.mode, "this mode only");
   xyz.add_option("--movie", request.movie, "mode and number of frames: one period of its motion")
       ->expected(2)
       ->allow_extra_args(false)
@@ -136,7 +135,7 @@ void check_first_argument(int argc, const char* const* argv) {
   const char* const expected =
       first.starts_with('-') ? "expected options behind the format"
                              : "expected a format (json, fchk, hess, cjson, molden, xyz or html)";
-  io::fatal_stop(std::string(expected) + ", found " + (argc > 1 ? io::quoted(first) : "none") +
+  io::fatal_stop({}, expected, ", found ", argc > 1 ? io::quoted(first) : "none",
                  " (see zandor_export --help)");
 }
 
@@ -146,8 +145,8 @@ void check_output(const std::string& name, const Content& content) {
                {zandor::animation_name, zandor::projected_animation_name, zandor::report_name});
   const std::string found = zandor::input_behind(name, files);
   if (found.empty()) return;
-  io::fatal_stop({name}, "expected a file that is no input or result of the job, found " +
-                             io::printable(found));
+  io::fatal_stop({name}, "expected a file that is no input or result of the job, found ",
+                 io::printable(found));
 }
 
 void write_format(const Format& format, const Request& request) {

@@ -91,16 +91,26 @@ double line_shape(double away, bool lorentz) {
   return std::sqrt(exponent / std::numbers::pi) * std::exp(-exponent * away * away);
 }
 
-std::vector<double> broadened(const Request& request, const std::vector<Line>& lines) {
+std::vector<double> places_of(const Spectrum& spectrum) {
+  constexpr double rounding = 1e-6;  // of a step, so that high is reached
+  const double steps = (spectrum.high - spectrum.low) / spectrum.step + rounding;
+  std::vector<double> places;
+  for (int i = 0; i <= static_cast<int>(steps); ++i) {
+    places.push_back(spectrum.low + i * spectrum.step);
+  }
+  return places;
+}
+
+std::vector<double> broadened(const Request& request, const Results& results) {
   const Spectrum& spectrum = *request.spectrum;
-  std::vector<double> values(points_of(spectrum), 0.0);
+  std::vector<double> values(results.places.size(), 0.0);
   const auto add_line = [&](double place, double strength) {
     for (std::size_t i = 0; i < values.size() && strength > 0.0; ++i) {
-      const double away = (place_of(spectrum, i) - place) / spectrum.width;
+      const double away = (results.places[i] - place) / spectrum.width;
       values[i] += strength * (line_shape(away, spectrum.lorentz) / spectrum.width);
     }
   };
-  for (const Line& line : lines) {
+  for (const Line& line : results.lines) {
     if (!line.strength) continue;
     const double hot = (line.thermal.value_or(*line.strength) - *line.strength) / 2.0;
     const double quantum = request.emission ? -line.frequency : line.frequency;
@@ -111,15 +121,6 @@ std::vector<double> broadened(const Request& request, const std::vector<Line>& l
 }
 
 }  // namespace
-
-std::size_t points_of(const Spectrum& spectrum) {
-  constexpr double rounding = 1e-6;  // of a step, so that high is reached
-  return static_cast<std::size_t>((spectrum.high - spectrum.low) / spectrum.step + rounding) + 1;
-}
-
-double place_of(const Spectrum& spectrum, std::size_t point) {
-  return spectrum.low + static_cast<double>(point) * spectrum.step;
-}
 
 Results form_results(const Request& request, const zandor::RunData& run,
                      const analysis::PreparedDipoles& dipoles) {
@@ -141,7 +142,10 @@ Results form_results(const Request& request, const zandor::RunData& run,
   for (const auto& group : analysis::degenerate_groups(vibrations)) {
     results.degenerate.push_back(sum_of(results.lines, group));
   }
-  if (request.spectrum) results.spectrum = broadened(request, results.lines);
+  if (request.spectrum) {
+    results.places = places_of(*request.spectrum);
+    results.spectrum = broadened(request, results);
+  }
   return results;
 }
 

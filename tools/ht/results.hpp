@@ -67,16 +67,13 @@ struct Results {
   std::vector<Line> lines;       // by ascending frequency
   std::vector<Line> degenerate;  // sums over degenerate modes
   Totals totals;
-  // The spectrum that was asked for, e**2 Bohr**2 per cm-1 at low, low + step ... up to high: each
-  // mode's strength at the place of its 0-1 transition, broadened to that area. With a temperature
-  // hot bands are at 1-0, and the strengths of both add up to the thermal one. Herzberg-Teller
-  // terms alone, without |mu0|**2 and what displaced geometries make of it.
-  std::vector<double> spectrum;
+  // The spectrum that was asked for, e**2 Bohr**2 per cm-1, at these places, cm-1: low, low + step
+  // ... up to high. Each mode's strength stands at the place of its 0-1 transition, broadened to
+  // that area. With a temperature hot bands are at 1-0, and the strengths of both add up to the
+  // thermal one. Herzberg-Teller terms alone, without |mu0|**2 and what displaced geometries make
+  // of it.
+  std::vector<double> spectrum, places;
 };
-
-// The number of points of a spectrum, and where each (from 0) lies, cm-1.
-std::size_t points_of(const Spectrum& spectrum);
-double place_of(const Spectrum& spectrum, std::size_t point);
 
 // Takes everything apart from the text of the head. The dipoles have to be fit for use.
 Results form_results(const Request& request, const zandor::RunData& run,

@@ -1,5 +1,5 @@
 // JSON, and the same values of the modes, or a spectrum, as CSV.
-#include <cstdio>
+#include <charconv>
 #include <nlohmann/json.hpp>
 
 #include "analysis/herzberg_teller.hpp"
@@ -117,12 +117,11 @@ std::string comma_row(const Json& mode) {
   return text + "\n";
 }
 
-std::string spectrum_rows(const Spectrum& spectrum, const std::vector<double>& values) {
+std::string spectrum_rows(const Results& results) {
   std::string text = "wavenumber_cm-1,strength_au_per_cm-1\n";
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    char row[80];
-    std::snprintf(row, sizeof row, "%.12g,%.9e\n", place_of(spectrum, i), values[i]);
-    text += row;
+  for (std::size_t i = 0; i < results.spectrum.size(); ++i) {
+    text += io::rounded(results.places[i], std::chars_format::general, 12) + "," +
+            io::rounded(results.spectrum[i], std::chars_format::scientific, 9) + "\n";
   }
   return text;
 }
@@ -150,16 +149,14 @@ Json modes_of(const Request& request, const Results& results) {
           {"mass_difference", results.fit->mass_difference}};
 }
 
-Json spectrum(const Request& request, const std::vector<double>& values) {
+Json spectrum(const Request& request, const Results& results) {
   const Spectrum& asked = *request.spectrum;
-  std::vector<double> places(values.size());
-  for (std::size_t i = 0; i < values.size(); ++i) places[i] = place_of(asked, i);
   return {{"shape", asked.lorentz ? "lorentz" : "gauss"},
           {"width", asked.width},
           {"origin", asked.origin},
           {"process", request.emission ? "emission" : "absorption"},
-          {"wavenumber", places},
-          {"strength", values}};
+          {"wavenumber", results.places},
+          {"strength", results.spectrum}};
 }
 
 }  // namespace
@@ -187,7 +184,7 @@ std::string json(const Report& report) {
   json["modes"] = modes(request, results.lines);
   json["degenerate"] = modes(request, results.degenerate);
   json["totals"] = totals(results.totals);
-  if (request.spectrum) json["spectrum"] = spectrum(request, results.spectrum);
+  if (request.spectrum) json["spectrum"] = spectrum(request, results);
   return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
@@ -195,7 +192,7 @@ std::string csv(const Report& report) {
   const auto& [request, run, dipoles, results] = report;
   std::string text;
   for (const std::string& line : head_lines(report)) text += "# " + line + "\n";
-  if (request.spectrum) return text + spectrum_rows(*request.spectrum, results.spectrum);
+  if (request.spectrum) return text + spectrum_rows(results);
   // Sums are no rows: whoever adds up a column must not count them twice.
   for (const Line& sum : results.degenerate) {
     text += "# degenerate modes " + shown_modes(sum) + " together: |dmu/dq| " +

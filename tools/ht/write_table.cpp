@@ -1,5 +1,4 @@
-#include <cmath>
-#include <cstdio>
+#include <charconv>
 
 #include "analysis/herzberg_teller.hpp"
 #include "ht/output.hpp"
@@ -8,26 +7,19 @@ namespace ht {
 
 namespace {
 
-std::string fixed(double value, int width, int decimals) {
-  // What rounds to zero is printed without a sign.
-  if (std::abs(value) < 0.5 * std::pow(10.0, -decimals)) value = 0.0;
-  char text[400];
-  std::snprintf(text, sizeof text, "%*.*f", width, decimals, value);
-  return text;
-}
-
-std::string sci(double value, int width) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%*.4e", width, value);
-  return text;
-}
-
 std::string right(const std::string& text, std::size_t width) {
   return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
 }
 
-std::string sci_or_dash(const std::optional<double>& value, int width) {
-  return value ? sci(*value, width) : right("-", static_cast<std::size_t>(width));
+// What rounds to zero is printed without a sign.
+std::string fixed(double value, std::size_t width, int decimals) {
+  const std::string text = io::rounded(value, std::chars_format::fixed, decimals);
+  const bool zero = text.find_first_of("123456789") == text.npos;
+  return right(zero && text.starts_with('-') ? text.substr(1) : text, width);
+}
+
+std::string sci_or_dash(const std::optional<double>& value) {
+  return right(value ? io::rounded(*value, std::chars_format::scientific, 4) : "-", 12);
 }
 
 std::string caption(const Request& request) {
@@ -46,16 +38,16 @@ std::string table_row(const Request& request, const Line& line) {
         single ? fixed(component * analysis::debye_per_angstrom_root_amu, 11, 5) : right("", 11);
   }
   text += line.dmu_dq ? fixed(*line.dmu_dq, 12, 7) : right("-", 12);
-  text += sci_or_dash(line.strength, 12);
+  text += sci_or_dash(line.strength);
   text += line.share ? fixed(100.0 * *line.share, 8, 2) + "%" : right("-", 9);
-  if (request.kelvin) text += sci_or_dash(line.thermal, 12);
-  if (request.energy) text += sci_or_dash(line.oscillator, 12);
+  if (request.kelvin) text += sci_or_dash(line.thermal);
+  if (request.energy) text += sci_or_dash(line.oscillator);
   return text + fixed(line.overlap, 9, 4) + "\n";
 }
 
-std::string total(const char* what, const std::optional<double>& value) {
-  return " " + std::string(what) + std::string(46 - std::string(what).size(), ' ') +
-         sci_or_dash(value, 12) + "\n";
+std::string total(std::string what, const std::optional<double>& value) {
+  what.resize(46, ' ');
+  return " " + what + sci_or_dash(value) + "\n";
 }
 
 std::string totals_text(const Totals& totals) {

@@ -20,11 +20,10 @@ bool takes_lists(const CLI::App& app) {
 // The arguments from the last to the first, as the parser wants them.
 std::vector<std::string> arguments_backwards(const CLI::App& app, int argc,
                                              const char* const* argv) {
-  const bool in_lists = takes_lists(app);
-  std::vector<std::string> arguments;
-  for (int i = argc - 1; i > 0; --i) {
-    const std::string argument = argv[i];
-    arguments.push_back(in_lists && argument.starts_with('[') ? "./" + argument : argument);
+  std::vector<std::string> arguments(std::make_reverse_iterator(argv + argc),
+                                     std::make_reverse_iterator(argv + std::min(argc, 1)));
+  for (std::string& argument : arguments) {
+    if (argument.starts_with('[') && takes_lists(app)) argument.insert(0, "./");
   }
   return arguments;
 }

@@ -100,27 +100,6 @@ void ask_probes(const std::string& name, Record& record) {
   }
 }
 
-// Goes to the folder of a file, and back.
-class FolderOfFile {
- public:
-  explicit FolderOfFile(const std::string& name)
-      : before_(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    if (before_ < 0 || ::chdir(name.substr(0, name.rfind('/')).c_str()) != 0) stop(name);
-  }
-  ~FolderOfFile() {
-    // The folder is where it was, unless somebody has closed it meanwhile: the next name tells.
-    if (::fchdir(before_) == 0) ::close(before_);
-  }
-  FolderOfFile(const FolderOfFile&) = delete;
-  FolderOfFile& operator=(const FolderOfFile&) = delete;
-
- private:
-  [[noreturn]] static void stop(const std::string& name) {
-    io::fatal_stop({name}, "expected a file that can be read, found: ", strerror(errno));
-  }
-  int before_;
-};
-
 void require_readable_name(const std::string& name, const std::string& short_name) {
   if (short_name.size() > io::line_capacity || short_name.ends_with(' ')) {
     io::fatal_stop({name},
@@ -135,26 +114,29 @@ void require_readable_name(const std::string& name, const std::string& short_nam
   }
 }
 
-// Fills the record, and gives the line that the recognition printed: empty for a recognised file.
-std::string probe_file(const std::string& name, Record& record) {
-  // The library's routines take names of 200 characters: a longer path is asked from within its
-  // folder.
-  std::optional<FolderOfFile> folder;
-  std::string short_name = name;
+// Fills the record and the line that the recognition printed, which is empty for a recognised file.
+// A longer path than the library's routines take, of 200 characters, is asked from within its
+// folder.
+std::optional<io::Stop> probe_file(const std::string& name, Record& record, std::string& warning) {
   const std::size_t slash = name.rfind('/');
-  if (name.size() > io::line_capacity && slash != std::string::npos && slash > 0) {
-    folder.emplace(name);
-    short_name = name.substr(slash + 1);
-  }
-  require_readable_name(name, short_name);
-  record["file"] = name;
-  std::string warning;
+  const bool within = name.size() > io::line_capacity && slash != name.npos && slash > 0;
+  const int before = within ? ::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
   // Every probe recognises the file anew and would print its warning once more.
   const io::SinkScope sink({.print_line = [&warning](std::string_view line) {
     if (warning.empty()) warning = line;
   }});
-  ask_probes(short_name, record);
-  return warning;
+  const auto stop = io::collect([&] {
+    if (within && (before < 0 || ::chdir(name.substr(0, slash).c_str()) != 0)) {
+      io::fatal_stop({name}, "expected a file that can be read, found: ", strerror(errno));
+    }
+    const std::string short_name = within ? name.substr(slash + 1) : name;
+    require_readable_name(name, short_name);
+    record["file"] = name;
+    ask_probes(short_name, record);
+  });
+  // The folder is where it was, unless somebody has closed it meanwhile: the next name tells.
+  if (::fchdir(before) == 0) ::close(before);
+  return stop;
 }
 
 std::string shown(const Record& value) {
@@ -180,7 +162,7 @@ int report_file(const std::string& name, bool as_json, bool first) {
   }
   Record record;
   std::string warning;
-  if (const auto stop = io::collect([&] { warning = probe_file(name, record); })) {
+  if (const auto stop = probe_file(name, record, warning)) {
     io::report(*stop);
     return not_read;
   }
