@@ -1,4 +1,5 @@
 #include <nlohmann/json.hpp>
+#include <numeric>
 
 #include "export/bonds.hpp"
 #include "export/formats.hpp"
@@ -7,17 +8,11 @@
 namespace exporting {
 
 void write_cjson(const Content& content, io::OutputFile& out) {
-  const ModeList& list = content.projected;
-  const std::size_t n3 = list.frequencies.size();
+  const ModeList list = vibrations(content.projected);
+  const std::size_t count = list.frequencies.size();
   const std::vector<std::size_t> bonds = bonded_atoms(content);
-  std::vector<std::size_t> modes;
-  std::vector<double> frequencies, displacements;
-  for (const std::size_t k : vibrations(list)) {
-    modes.push_back(modes.size() + 1);
-    frequencies.push_back(list.frequencies[k - 1]);
-    const double* const moves = list.displacements.column(1, k);
-    displacements.insert(displacements.end(), moves, moves + n3);
-  }
+  std::vector<int> numbers(count);
+  std::iota(numbers.begin(), numbers.end(), 1);
   JsonObject json(out);
   json.add("chemicalJson", 1);
   json.add("name", title(content));
@@ -26,9 +21,10 @@ void write_cjson(const Content& content, io::OutputFile& out) {
   json.add("bonds",
            {{"connections", {{"index", bonds}}}, {"order", std::vector<int>(bonds.size() / 2, 1)}});
   JsonObject vibrating = json.object("vibrations");
-  vibrating.add_numbers("frequencies", frequencies.data(), {modes.size()});
-  vibrating.add("modes", modes);
-  vibrating.add_numbers("eigenVectors", displacements.data(), {modes.size(), n3});
+  vibrating.add_numbers("frequencies", list.frequencies.data(), {count});
+  vibrating.add("modes", numbers);
+  vibrating.add_numbers("eigenVectors", list.displacements.data(),
+                        {count, content.geometry.size()});
   vibrating.end();
   json.end();
   out.end_line();

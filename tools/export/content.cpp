@@ -211,12 +211,19 @@ std::vector<double> in_angstrom(std::vector<double> bohr) {
   return bohr;
 }
 
-std::vector<std::size_t> vibrations(const ModeList& list) {
-  std::vector<std::size_t> modes;
-  for (std::size_t k = 1; k <= list.frequencies.size(); ++k) {
-    if (!list.rigid[k - 1]) modes.push_back(k);
+ModeList vibrations(const ModeList& list) {
+  const std::size_t n3 = list.rigid.size();
+  const auto count = std::count(list.rigid.begin(), list.rigid.end(), false);
+  ModeList kept;
+  kept.displacements = {"displacements", {3, static_cast<int>(n3 / 3), static_cast<int>(count)}};
+  for (std::size_t k = 0; k < n3; ++k) {
+    if (list.rigid[k]) continue;
+    kept.frequencies.push_back(list.frequencies[k]);
+    kept.reduced_masses.push_back(list.reduced_masses[k]);
+    std::copy_n(list.displacements.column(1, k + 1), n3,
+                kept.displacements.column(1, kept.frequencies.size()));
   }
-  return modes;
+  return kept;
 }
 
 }  // namespace exporting

@@ -87,7 +87,7 @@ std::string title(const Content& content);
 
 std::vector<double> in_angstrom(std::vector<double> bohr);
 
-// The numbers of the modes that are no rigid motions.
-std::vector<std::size_t> vibrations(const ModeList& list);
+// Frequencies, reduced masses and displacements of the modes that are no rigid motions.
+ModeList vibrations(const ModeList& list);
 
 }  // namespace exporting

@@ -29,11 +29,10 @@ void write_hess(const Content& content, io::OutputFile& out);
 // There are no intensities: it would show numbers as those of infrared absorption.
 void write_cjson(const Content& content, io::OutputFile& out);
 
-// Geometry, frequencies and displacements (Bohr, unit Cartesian length) of the vibrations of
-// `list`, or of all its modes. The sections are those that Jmol, Gabedit and Open Babel read; no
-// line is blank, since Jmol ends a section there.
-void write_molden(const Content& content, const ModeList& list, bool all_modes,
-                  io::OutputFile& out);
+// Geometry, frequencies and displacements (Bohr, unit Cartesian length) of the modes of `list`. The
+// sections are those that Jmol, Gabedit and Open Babel read; no line is blank, since Jmol ends a
+// section there.
+void write_molden(const Content& content, const ModeList& list, io::OutputFile& out);
 
 // Extended XYZ: one frame for every mode of `list`, or for mode `only` (from 1; 0: all): per atom
 // the symbol, its place (Angstrom) and its displacement, `amplitude` Angstrom for the atom that

@@ -25,13 +25,12 @@ void write_matrix(const std::vector<const double*>& columns, io::OutputFile& out
 }  // namespace
 
 void write_hess(const Content& content, io::OutputFile& out) {
-  const ModeList& list = content.projected;
-  const std::size_t n3 = list.frequencies.size();
+  const ModeList list = vibrations(content.projected);
+  const std::size_t n3 = content.geometry.size();
   const std::vector<double> at_rest(n3, 0.0);
-  const std::vector<std::size_t> modes = vibrations(list);
-  std::vector<double> frequencies(n3 - modes.size(), 0.0);
+  std::vector<double> frequencies(n3 - list.frequencies.size(), 0.0);
   std::vector<const double*> force_constants, displacements(frequencies.size(), at_rest.data());
-  for (const std::size_t k : modes) {
+  for (std::size_t k = 1; k <= list.frequencies.size(); ++k) {
     frequencies.push_back(list.frequencies[k - 1]);
     displacements.push_back(list.displacements.column(1, k));
   }

@@ -1,5 +1,3 @@
-#include <numeric>
-
 #include "export/formats.hpp"
 #include "export/text_columns.hpp"
 
@@ -23,28 +21,23 @@ void write_atoms(const Content& content, io::OutputFile& out) {
 
 }  // namespace
 
-void write_molden(const Content& content, const ModeList& list, bool all_modes,
-                  io::OutputFile& out) {
-  std::vector<std::size_t> modes(list.frequencies.size());
-  std::iota(modes.begin(), modes.end(), std::size_t{1});
-  if (!all_modes) modes = vibrations(list);
+void write_molden(const Content& content, const ModeList& list, io::OutputFile& out) {
+  const std::size_t count = list.frequencies.size();
   out.text("[Molden Format]\n");
   if (!content.changed_masses.empty()) out.text("[Title]\n" + content.changed_masses + "\n");
   write_atoms(content, out);
-  out.text("[N_FREQ]\n" + std::to_string(modes.size()) + "\n[FREQ]\n");
-  for (const std::size_t k : modes) {
-    out.text(fixed_column(list.frequencies[k - 1], 16, 6) + "\n");
-  }
+  out.text("[N_FREQ]\n" + std::to_string(count) + "\n[FREQ]\n");
+  for (const double frequency : list.frequencies) out.text(fixed_column(frequency, 16, 6) + "\n");
   out.text("[FR-COORD]\n");
   for (std::size_t a = 0; a < content.symbols.size(); ++a) {
     out.text(content.symbols[a], 4);
     write_vector(out, &content.geometry[3 * a]);
   }
   out.text("[FR-NORM-COORD]\n");
-  for (std::size_t n = 0; n < modes.size(); ++n) {
-    out.text("vibration " + std::to_string(n + 1) + "\n");
+  for (std::size_t k = 1; k <= count; ++k) {
+    out.text("vibration " + std::to_string(k) + "\n");
     for (std::size_t a = 1; a <= content.symbols.size(); ++a) {
-      write_vector(out, list.displacements.column(a, modes[n]));
+      write_vector(out, list.displacements.column(a, k));
     }
   }
 }

@@ -13,10 +13,9 @@ namespace {
 
 // What the second line of a frame says of its mode.
 std::string mode_facts(const Content& content, const ModeList& list, std::size_t mode) {
-  std::string text = "mode#=" + std::to_string(mode) +
-                     " frequency_cm-1=" + io::shown(list.frequencies[mode - 1]) +
-                     " reduced_mass_u=" + io::shown(list.reduced_masses[mode - 1]) +
-                     " rigid_weight=" + io::shown(list.rigid_weights[mode - 1]);
+  std::string text = io::joined("mode#=", mode, " frequency_cm-1=", list.frequencies[mode - 1],
+                                " reduced_mass_u=", list.reduced_masses[mode - 1],
+                                " rigid_weight=", list.rigid_weights[mode - 1]);
   if (!content.changed_masses.empty()) {
     text += " note=\"" + io::printable(content.changed_masses, "\"") + "\"";
   }

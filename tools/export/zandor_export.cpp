@@ -39,7 +39,7 @@ struct Request {
 using Writer = void (*)(const Request&, const Content&, io::OutputFile&);
 
 struct Format {
-  const char* name;
+  std::string_view name;
   const char* description;
   Writer write;
   bool both_lists = false;  // of modes; otherwise the one that was asked for
@@ -89,7 +89,9 @@ constexpr Format formats[] = {
      write_plain<exporting::write_cjson>},
     {"molden", "geometry, frequencies and displacements for viewers",
      [](const Request& request, const Content& content, io::OutputFile& out) {
-       exporting::write_molden(content, list_of(request, content), request.all_modes, out);
+       const ModeList& list = list_of(request, content);
+       if (request.all_modes) return exporting::write_molden(content, list, out);
+       exporting::write_molden(content, exporting::vibrations(list), out);
      }},
     {"xyz", "one frame per mode in extended XYZ, or frames that play one mode", write_frames},
     {"html", "one page to look at the modes, without any network",
@@ -120,8 +122,7 @@ void add_mode_options(CLI::App& molden, CLI::App& xyz, Request& request) {
 }
 
 const Format* format_of(std::string_view name) {
-  const auto* const found = std::find_if(std::begin(formats), std::end(formats),
-                                         [&](const Format& format) { return format.name == name; });
+  const Format* const found = std::ranges::find(formats, name, &Format::name);
   return found == std::end(formats) ? nullptr : found;
 }
 
@@ -182,7 +183,8 @@ int parse_and_export(int argc, char** argv) {
   app.footer("zandor_export FORMAT --help tells the options of a format.");
   Request request;
   for (const Format& format : formats) {
-    CLI::App* const sub = app.add_subcommand(format.name, format.description)->group("Formats");
+    CLI::App* const sub =
+        app.add_subcommand(std::string(format.name), format.description)->group("Formats");
     add_common_options(*sub, request);
   }
   add_mode_options(*app.get_subcommand("molden"), *app.get_subcommand("xyz"), request);

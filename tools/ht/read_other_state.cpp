@@ -39,9 +39,8 @@ void check_size(const Array& array, long long size) {
 
 // Null where nothing of this name is wanted.
 const Array* find(const Arrays& arrays, std::string_view name) {
-  const auto array = std::find_if(arrays.begin(), arrays.end(),
-                                  [&](const Array& wanted) { return wanted.name == name; });
-  return array == arrays.end() ? nullptr : &*array;
+  const auto* const array = std::ranges::find(arrays, name, &Array::name);
+  return array == arrays.end() ? nullptr : array;
 }
 
 void read_fchk(const Arrays& arrays) {

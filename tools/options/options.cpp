@@ -11,8 +11,7 @@ namespace {
 
 // Whether a name in brackets would be taken for a list of names.
 bool takes_lists(const CLI::App& app) {
-  const std::vector<const CLI::Option*> all = app.get_options();
-  return std::any_of(all.begin(), all.end(), [](const CLI::Option* option) {
+  return std::ranges::any_of(app.get_options(), [](const CLI::Option* option) {
     return option->get_positional() && option->get_allow_extra_args();
   });
 }
