@@ -15,8 +15,6 @@ using Json = nlohmann::ordered_json;
 // null where there is no value.
 Json value_or_null(const std::optional<double>& value) { return value ? Json(*value) : Json(); }
 
-Json vector(const Eigen::Vector3d& v) { return {v(0), v(1), v(2)}; }
-
 Json units() {
   return {{"frequency", "cm-1, imaginary ones negative"},
           {"dmu_dQ", "e/sqrt(m_e), Q mass-weighted with orthonormal eigenvectors"},
@@ -37,13 +35,9 @@ Json units() {
 }
 
 Json molecule(const Request& request, const zandor::RunData& run) {
-  Json symbols = Json::array();
-  Json masses = Json::array();
-  for (int a = 1; a <= run.natom; ++a) {
-    symbols.push_back(run.symbol[static_cast<std::size_t>(a - 1)].content());
-    masses.push_back(run.mass(a) / flib::electron_masses_per_amu);
-  }
-  Json changed = Json::array();
+  const Eigen::Map<const Eigen::VectorXd> mass(run.mass.data(), run.natom);
+  Json symbols = Json::array(), changed = Json::array();
+  for (const auto& symbol : run.symbol) symbols.push_back(symbol.content());
   for (const analysis::MassChange& change : request.masses) {
     changed.push_back({{change.atom > 0 ? "atom" : "element",
                         change.atom > 0 ? Json(change.atom) : Json(change.element)},
@@ -51,7 +45,7 @@ Json molecule(const Request& request, const zandor::RunData& run) {
   }
   return {{"formula", formula(run)},
           {"symbols", symbols},
-          {"masses", masses},
+          {"masses", Eigen::VectorXd(mass / flib::electron_masses_per_amu)},
           {"masses_changed", changed}};
 }
 
@@ -89,8 +83,8 @@ Json mode(const Request& request, const Line& line) {
   Json json = {{single ? "mode" : "modes", single ? Json(line.modes.front()) : Json(line.modes)},
                {"frequency", line.frequency}};
   if (single) {
-    json["dmu_dQ"] = vector(line.dmu_dQ);
-    json["dmu_dQ_debye"] = vector(line.dmu_dQ * analysis::debye_per_angstrom_root_amu);
+    json["dmu_dQ"] = line.dmu_dQ;
+    json["dmu_dQ_debye"] = Eigen::Vector3d(line.dmu_dQ * analysis::debye_per_angstrom_root_amu);
   }
   json["dmu_dq"] = value_or_null(line.dmu_dq);
   json["strength"] = value_or_null(line.strength);
@@ -180,7 +174,7 @@ std::string json(const Report& report) {
     json["energy_kind"] = request.vertical ? "vertical" : "0-0";
     json["process"] = request.emission ? "emission" : "absorption";
   }
-  json["reference_dipole"] = vector(dipoles.dipoles.col(0));
+  json["reference_dipole"] = Eigen::Vector3d(dipoles.dipoles.col(0));
   json["modes"] = modes(request, results.lines);
   json["degenerate"] = modes(request, results.degenerate);
   json["totals"] = totals(results.totals);
