@@ -81,26 +81,6 @@ TEST(Formats, write_molden_without_blank_lines_exponents_or_rigid_motions) {
   EXPECT_EQ(all.find("vibration 7"), std::string::npos);
 }
 
-TEST(Formats, write_frames_of_modes_and_of_a_film) {
-  const Content content = molecule();
-  const std::string frame = text_of(
-      [&](io::OutputFile& out) { exporting::write_xyz(content, content.projected, 0.5, 6, out); });
-  EXPECT_EQ(frame,
-            "2\nProperties=species:S:1:pos:R:3:mode:R:3 mode#=6 frequency_cm-1=2000 "
-            "reduced_mass_u=1.5 rigid_weight=0.8\n"
-            "  Cl    0.0529177249 -105835.4498000000    0.0000000000   -0.1250000000    "
-            "0.0000000000    0.0000000000\n"
-            "   X    0.0000000000    0.0000000000    1.2700253976    0.0000000000    0.0000000000 "
-            "   0.5000000000\n");
-  const std::string film = text_of([&](io::OutputFile& out) {
-    exporting::write_xyz_movie(content, content.projected, 0.5, 6, 4, out);
-  });
-  for (const char* place : {"frame=1\n  Cl    0.0529177249", "frame=2\n  Cl   -0.0720822751",
-                            "frame=3\n  Cl    0.0529177249", "frame=4\n  Cl    0.1779177249"}) {
-    EXPECT_NE(film.find(place), std::string::npos) << place << film;
-  }
-}
-
 TEST(Formats, write_json_that_reads_back_bit_by_bit) {
   Content content = molecule();
   const auto written = [&] {
