@@ -26,21 +26,6 @@ constexpr int sweeps_together = 64;
 // leaves its Householder vector u in column i above the diagonal, and h, half of u^T u, as d(i):
 // the reflection is 1 - u u^T / h.
 
-// A rank-two update u q^T + q u^T that the block has not seen yet; null where there is none.
-struct Pending {
-  const double* u = nullptr;
-  const double* q = nullptr;
-};
-
-void update_column(double* column, Index j, const Pending& pending) {
-  if (pending.u == nullptr) return;
-  const double uj = pending.u[j];
-  const double qj = pending.q[j];
-  for (Index k = 0; k <= j; ++k) {
-    column[k] = (column[k] - uj * pending.q[k]) - qj * pending.u[k];
-  }
-}
-
 // Turns the n elements of u, scaled, into the Householder vector. The result is h, half of u^T u;
 // `subdiagonal` becomes the element that is left of the row.
 double form_householder_vector(double* u, Index n, double scale, double& subdiagonal) {
@@ -70,91 +55,49 @@ void form_update(const double* u, const double* product, Index n, double h, doub
 // The update of a step and the product of the next one share a pass over the block. d above the
 // current row is free until its turn comes, and e holds q.
 void reduce(const Kernels& kernels, Index nm, Index n, double* d, double* e, double* z) {
-  Pending pending;
+  const Array<double, 1> zeros("zeros", {n});
+  // The update u q^T + q u^T of the step before, which the block has not seen yet.
+  const double* last_u = zeros.data();
+  const double* last_q = zeros.data();
   for (Index i = n - 1; i >= 1; --i) {
     double* const u = z + i * nm;
-    update_column(u, i, pending);
+    const double ui = last_u[i];
+    const double qi = last_q[i];
+    for (Index k = 0; k <= i; ++k) u[k] = (u[k] - ui * last_q[k]) - qi * last_u[k];
     double scale = 0.0;
-    if (i > 1) {
-      for (Index k = 0; k < i; ++k) scale += std::fabs(u[k]);
-    }
-    d[i] = 0.0;
-    if (scale == 0.0) {
-      e[i] = u[i - 1];
-      kernels.reduction_pass(z, nm, i, pending.u, pending.q, nullptr, nullptr);
-      pending = {};
-      continue;
-    }
-    const double h = form_householder_vector(u, i, scale, e[i]);
-    kernels.reduction_pass(z, nm, i, pending.u, pending.q, u, d);
-    form_update(u, d, i, h, e);
-    d[i] = h;
-    pending = {u, e};
+    for (Index k = 0; k < i && i > 1; ++k) scale += std::fabs(u[k]);
+    const bool is_reduced = scale == 0.0;
+    e[i] = u[i - 1];
+    d[i] = is_reduced ? 0.0 : form_householder_vector(u, i, scale, e[i]);
+    kernels.reduction_pass(z, nm, i, last_u, last_q, u, d);
+    if (!is_reduced) form_update(u, d, i, d[i], e);
+    last_u = is_reduced ? zeros.data() : u;
+    last_q = is_reduced ? zeros.data() : e;
   }
 }
 
-// The reflections of the steps [begin, end), copied out of z, whose columns become those of the
-// transformation: u, and w = u / h.
-class ReflectionBatch {
- public:
-  explicit ReflectionBatch(Index n) : vectors_("reflections", {n, 2 * reflections_together}) {}
-
-  // Also gives the columns their first elements: d(i) the diagonal, 1 in its place, 0 elsewhere.
-  void take(Index nm, Index begin, Index end, double* d, double* z) {
+// Applies the reflections in batches, and turns the columns of z that hold them into those of the
+// transformation.
+void accumulate(const Kernels& kernels, Index nm, Index n, double* d, double* z) {
+  Array<double, 2> vectors("reflections", {n, 2 * reflections_together + 2});
+  Array<double, 1> panel("panel", {n * reflection_columns});
+  for (Index begin = 0; begin < n; begin += reflections_together) {
+    const Index end = std::min(begin + reflections_together, n);
     for (Index i = begin; i < end; ++i) {
-      const Index b = i - begin;
       double* const column = z + i * nm;
-      double* const u = vectors_.column(2 * b + 1);
-      double* const w = vectors_.column(2 * b + 2);
-      for (Index k = 0; k < i && d[i] != 0.0; ++k) {
-        u[k] = column[k];
-        w[k] = column[k] / d[i];
+      double* const u = vectors.column(2 * (i - begin) + 2);
+      double* const w = vectors.column(2 * (i - begin) + 3);
+      const double h = d[i];
+      for (Index k = 0; k < i; ++k) {
+        u[k] = h != 0.0 ? column[k] : 0.0;
+        w[k] = h != 0.0 ? column[k] / h : 0.0;
       }
-      u_[b] = d[i] != 0.0 ? u : nullptr;
-      w_[b] = w;
       d[i] = column[i];
       std::fill_n(column, end, 0.0);
       column[i] = 1.0;
     }
     for (Index j = 0; j < begin; ++j) std::fill(z + j * nm + begin, z + j * nm + end, 0.0);
-  }
-
-  const double* const* u() const { return u_; }
-  const double* const* w() const { return w_; }
-
- private:
-  Array<double, 2> vectors_;
-  const double* u_[reflections_together] = {};
-  const double* w_[reflections_together] = {};
-};
-
-void accumulate(const Kernels& kernels, Index nm, Index n, double* d, double* z) {
-  ReflectionBatch batch(n);
-  Array<double, 1> panel("panel", {n * reflection_columns});
-  for (Index begin = 0; begin < n; begin += reflections_together) {
-    const Index end = std::min(begin + reflections_together, n);
-    batch.take(nm, begin, end, d, z);
-    kernels.reflect_columns(z, nm, end - 1, begin, batch.u(), batch.w(),
-                            static_cast<int>(end - begin), panel.data());
-  }
-}
-
-// The same for matrices with a NaN, one reflection and column at a time. Batches also take columns
-// through reflections of earlier steps than their own, which changes nothing unless there is a NaN.
-void accumulate_one_by_one(Index nm, Index n, double* d, double* z) {
-  for (Index i = 0; i < n; ++i) {
-    double* const u = z + i * nm;
-    const double h = d[i];
-    for (Index j = 0; j < i && h != 0.0; ++j) {
-      double* const column = z + j * nm;
-      double g = 0.0;
-      for (Index k = 0; k < i; ++k) g += u[k] * column[k];
-      for (Index k = 0; k < i; ++k) column[k] -= g * (u[k] / h);
-    }
-    d[i] = u[i];
-    std::fill_n(u, i, 0.0);
-    u[i] = 1.0;
-    for (Index j = 0; j < i; ++j) z[j * nm + i] = 0.0;
+    kernels.reflect_columns(z, nm, end - 1, begin, vectors.data(), n, end - begin, panel.data());
   }
 }
 
@@ -286,11 +229,7 @@ void tred2e(const Kernels& kernels, const int& nm, const int& n, const double* a
   reduce(kernels, rows, n, d, e, z);
   d[0] = 0.0;
   e[0] = 0.0;
-  if (std::all_of(d, d + n, [](double h) { return std::isfinite(h); })) {
-    accumulate(kernels, rows, n, d, z);
-  } else {
-    accumulate_one_by_one(rows, n, d, z);
-  }
+  accumulate(kernels, rows, n, d, z);
 }
 
 void tql2e(const Kernels& kernels, const int& nm, const int& n, double* d, double* e, double* z,

@@ -53,83 +53,55 @@ KERNEL_INLINE void transpose(Register (&a)[lanes]) {
   if constexpr (2 * step < lanes) transpose<2 * step>(a);
 }
 
-// The rows [from, to] of column j, element by element; `sum` goes on as the product's element j.
-template <bool update, bool multiply>
+// The rows [from, j] of column j, element by element; `sum` goes on as the product's element j.
 KERNEL_INLINE double pass_elements(double* column, Index j, Index from, const double* u,
                                    const double* q, const double* v, double* product, double sum) {
+  const double uj = u[j], qj = q[j], vj = v[j];
   for (Index k = from; k <= j; ++k) {
-    if constexpr (update) column[k] = (column[k] - u[j] * q[k]) - q[j] * u[k];
-    if constexpr (multiply) {
-      sum += column[k] * v[k];
-      if (k < j) product[k] += column[k] * v[j];
-    }
+    column[k] = (column[k] - uj * q[k]) - qj * u[k];
+    sum += column[k] * v[k];
+    if (k < j) product[k] += column[k] * vj;
   }
   return sum;
 }
 
 // The rows above a block of columns: lanes rows of all its columns at a time.
-template <bool update, bool multiply>
 KERNEL_INLINE void pass_rows_above(double* z, Index nm, Index j0, const double* u, const double* q,
                                    const double* v, double* product, double (&sums)[block]) {
   constexpr Index groups = block / lanes;
   Register sum[groups] = {};
   for (Index k = 0; k < j0; k += lanes) {
     Register a[groups][lanes];
-    Register qk = {}, uk = {}, pk = {};
-    if constexpr (update) {
-      qk = load(q + k);
-      uk = load(u + k);
-    }
-    if constexpr (multiply) pk = load(product + k);
+    const Register qk = load(q + k);
+    const Register uk = load(u + k);
+    Register pk = load(product + k);
     for (int c = 0; c < block; ++c) {
       double* const at = z + (j0 + c) * nm + k;
-      Register x = load(at);
-      if constexpr (update) {
-        x = (x - u[j0 + c] * qk) - q[j0 + c] * uk;
-        store(at, x);
-      }
-      if constexpr (multiply) pk += x * v[j0 + c];
+      const Register x = (load(at) - u[j0 + c] * qk) - q[j0 + c] * uk;
+      store(at, x);
+      pk += x * v[j0 + c];
       a[c / lanes][c % lanes] = x;
     }
-    if constexpr (multiply) {
-      store(product + k, pk);
-      for (int g = 0; g < groups; ++g) {
-        transpose(a[g]);
-        for (int r = 0; r < lanes; ++r) sum[g] += a[g][r] * v[k + r];
-      }
+    store(product + k, pk);
+    for (int g = 0; g < groups; ++g) {
+      transpose(a[g]);
+      for (int r = 0; r < lanes; ++r) sum[g] += a[g][r] * v[k + r];
     }
   }
   for (int c = 0; c < block; ++c) sums[c] = sum[c / lanes][c % lanes];
 }
 
-template <bool update, bool multiply>
-void pass(double* z, Index nm, Index n, const double* u, const double* q, const double* v,
-          double* product) {
+void reduction_pass(double* z, Index nm, Index n, const double* u, const double* q, const double* v,
+                    double* product) {
   Index j = 0;
   for (; j + block <= n; j += block) {
     double sums[block];
-    pass_rows_above<update, multiply>(z, nm, j, u, q, v, product, sums);
+    pass_rows_above(z, nm, j, u, q, v, product, sums);
     for (int c = 0; c < block; ++c) {
-      const double sum =
-          pass_elements<update, multiply>(z + (j + c) * nm, j + c, j, u, q, v, product, sums[c]);
-      if constexpr (multiply) product[j + c] = sum;
+      product[j + c] = pass_elements(z + (j + c) * nm, j + c, j, u, q, v, product, sums[c]);
     }
   }
-  for (; j < n; ++j) {
-    const double sum = pass_elements<update, multiply>(z + j * nm, j, 0, u, q, v, product, 0.0);
-    if constexpr (multiply) product[j] = sum;
-  }
-}
-
-void reduction_pass(double* z, Index nm, Index n, const double* u, const double* q, const double* v,
-                    double* product) {
-  if (u != nullptr && v != nullptr) {
-    pass<true, true>(z, nm, n, u, q, v, product);
-  } else if (u != nullptr) {
-    pass<true, false>(z, nm, n, u, q, v, product);
-  } else if (v != nullptr) {
-    pass<false, true>(z, nm, n, u, q, v, product);
-  }
+  for (; j < n; ++j) product[j] = pass_elements(z + j * nm, j, 0, u, q, v, product, 0.0);
 }
 
 // ---- reflect_columns ---------------------------------------------------------------------------
@@ -138,86 +110,49 @@ void reduction_pass(double* z, Index nm, Index n, const double* u, const double*
 constexpr Index panel_columns = reflection_columns;
 constexpr Index panel_registers = panel_columns / lanes;
 
-// Transposes a square of lanes x lanes numbers from one matrix to another.
-KERNEL_INLINE void transpose_square(const double* from, Index from_stride, double* to,
-                                    Index to_stride) {
-  Register a[lanes];
-  for (int c = 0; c < lanes; ++c) a[c] = load(from + c * from_stride);
-  transpose(a);
-  for (int k = 0; k < lanes; ++k) store(to + k * to_stride, a[k]);
-}
-
-// Copies `count` columns of z to the columns of a panel, whose rows lie together, or back. What a
-// panel holds in further columns is computed and dropped.
+// Copies columns of z to the columns of a panel, whose rows lie together, or back.
 template <bool to_panel>
-void copy_columns(double* z, Index nm, Index count, Index rows, double* panel) {
-  const Index squares = count == panel_columns ? rows - rows % lanes : 0;
-  for (Index c = 0; c < panel_columns; c += lanes) {
-    for (Index k = 0; k < squares; k += lanes) {
-      double* const in_z = z + c * nm + k;
+void copy_columns(double* const (&columns)[panel_columns], Index rows, double* panel) {
+  for (Index k = 0; k < rows; ++k) {
+    for (Index c = 0; c < panel_columns; ++c) {
       double* const in_panel = panel + k * panel_columns + c;
-      if (to_panel) transpose_square(in_z, nm, in_panel, panel_columns);
-      if (!to_panel) transpose_square(in_panel, panel_columns, in_z, nm);
-    }
-  }
-  for (Index k = squares; k < rows; ++k) {
-    for (Index c = 0; c < count; ++c) {
-      double* const from = to_panel ? z + c * nm + k : panel + k * panel_columns + c;
-      double* const to = to_panel ? panel + k * panel_columns + c : z + c * nm + k;
-      *to = *from;
+      *(to_panel ? in_panel : columns[c] + k) = *(to_panel ? columns[c] + k : in_panel);
     }
   }
 }
 
 // Finishes a reflection (with w: its products are in g) and begins the next (with u: g becomes its
-// products), in one pass; the next one has one row more.
-template <bool update, bool multiply>
+// products), in one pass.
 KERNEL_INLINE void reflect_pass(double* panel, Index rows, const double* w, const double* u,
                                 Register (&g)[panel_registers]) {
   Register sum[panel_registers] = {};
   for (Index k = 0; k < rows; ++k) {
+    const double wk = w[k], uk = u[k];
     for (int r = 0; r < panel_registers; ++r) {
       double* const at = panel + k * panel_columns + r * lanes;
-      Register x = load(at);
-      if constexpr (update) {
-        x -= g[r] * w[k];
-        store(at, x);
-      }
-      if constexpr (multiply) sum[r] += x * u[k];
+      const Register x = load(at) - g[r] * wk;
+      store(at, x);
+      sum[r] += x * uk;
     }
   }
-  if constexpr (multiply) {
-    for (int r = 0; r < panel_registers; ++r) {
-      g[r] = sum[r] + load(panel + rows * panel_columns + r * lanes) * u[rows];
-    }
-  }
+  for (int r = 0; r < panel_registers; ++r) g[r] = sum[r];
 }
 
-void reflect_panel(double* panel, Index rows, const double* const* u, const double* const* w,
-                   int steps) {
-  Register g[panel_registers] = {};
-  for (int b = 0; b <= steps; ++b) {
-    // Reflection b - 1 spans rows + b - 1 rows.
-    const bool finishes = b > 0 && u[b - 1] != nullptr;
-    const bool begins = b < steps && u[b] != nullptr;
-    const Index spanned = rows + b - 1;
-    if (finishes && begins) {
-      reflect_pass<true, true>(panel, spanned, w[b - 1], u[b], g);
-    } else if (finishes) {
-      reflect_pass<true, false>(panel, spanned, w[b - 1], nullptr, g);
-    } else if (begins) {
-      reflect_pass<false, true>(panel, spanned, nullptr, u[b], g);
-    }
-  }
-}
-
-void reflect_columns(double* z, Index nm, Index count, Index rows, const double* const* u,
-                     const double* const* w, int steps, double* panel) {
+void reflect_columns(double* z, Index nm, Index count, Index rows, const double* vectors,
+                     Index stride, Index steps, double* panel) {
   for (Index j = 0; j < count; j += panel_columns) {
-    const Index columns = count - j < panel_columns ? count - j : panel_columns;
-    copy_columns<true>(z + j * nm, nm, columns, rows + steps - 1, panel);
-    reflect_panel(panel, rows, u, w, steps);
-    copy_columns<false>(z + j * nm, nm, columns, rows + steps - 1, panel);
+    // The last column fills up its panel, and comes out of it several times alike.
+    double* columns[panel_columns];
+    for (Index c = 0; c < panel_columns; ++c) {
+      columns[c] = z + (j + c < count ? j + c : count - 1) * nm;
+    }
+    copy_columns<true>(columns, rows + steps - 1, panel);
+    Register g[panel_registers] = {};
+    for (Index b = 0; b <= steps; ++b) {
+      const double* const w = vectors + 2 * b * stride;
+      reflect_pass(panel, rows + b, w, w + stride, g);
+    }
+    copy_columns<false>(columns, rows + steps - 1, panel);
   }
 }
 

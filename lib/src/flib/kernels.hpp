@@ -22,18 +22,19 @@ struct Kernels {
   const char* name;
 
   // One pass of the Householder reduction over the upper triangle of the leading n x n block of z.
-  // With u and q it subtracts u q^T + q u^T: z(k,j) = (z(k,j) - u(j) q(k)) - q(j) u(k). With v it
-  // gives product = A v of the symmetric matrix that the triangle stands for, each sum in the order
-  // of the index. u and q, or v and product, are null where that part is not wanted.
+  // It subtracts u q^T + q u^T: z(k,j) = (z(k,j) - u(j) q(k)) - q(j) u(k), and gives product = A v
+  // of the symmetric matrix that the triangle then stands for, each sum in the order of the index.
   void (*reduction_pass)(double* z, std::ptrdiff_t nm, std::ptrdiff_t n, const double* u,
                          const double* q, const double* v, double* product);
 
   // Takes the first `count` columns of z through the reflections of a batch: step b spans the rows
-  // 0 to rows + b - 1, where column = column - w(b) (u(b)^T column). u(b) and w(b) have as many
-  // elements as it spans; a null u(b) is no reflection. `panel` has reflection_columns doubles for
-  // each of the rows + steps - 1 rows.
+  // 0 to rows + b - 1, where column = column - w(b) (u(b)^T column). The vectors stand in columns
+  // of `stride` elements, in the order in which they are needed: zeros, u(0), w(0), u(1), w(1) and
+  // so on to w(steps - 1) and one more that does not count. Each w(b) has a zero behind it. `panel`
+  // has reflection_columns doubles for each of rows + steps rows.
   void (*reflect_columns)(double* z, std::ptrdiff_t nm, std::ptrdiff_t count, std::ptrdiff_t rows,
-                          const double* const* u, const double* const* w, int steps, double* panel);
+                          const double* vectors, std::ptrdiff_t stride, std::ptrdiff_t steps,
+                          double* panel);
 
   // Applies the rotations to every row of z (n x n). `panel` has rotation_rows doubles for each of
   // the n columns.
