@@ -45,7 +45,6 @@ TEST(force_constants, are_second_derivatives_with_the_sign_of_the_steps) {
       for (int j = 1; j <= 6; ++j) {
         const double noise = (i == 1 && j == 5) || (i == 5 && j == 1) ? -1.0 : 0.0;
         EXPECT_NEAR(run.hess(i, j), sign * (constant(i, j) + noise), 1e-13);
-        EXPECT_EQ(run.hess(i, j), run.hessp(i, j));
       }
     }
   }

@@ -123,7 +123,8 @@ Eigen::Matrix3Xd known_gradient(const RunData& run, analysis::DipoleChoices choi
 
 // What only the report needs: as large as the force constants, each of them.
 void release_results(RunData& run) {
-  for (auto* const matrix : {&run.hessp, &run.mhess, &run.mhessp}) *matrix = {};
+  run.mhess = {};
+  run.mhessp = {};
   run.disp = {};
   run.dispp = {};
 }

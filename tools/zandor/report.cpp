@@ -45,15 +45,19 @@ void write_frequencies(OutputFile& out, const flib::ArrayView<const double, 1>& 
   }
 }
 
-void write_matrix(OutputFile& out, const flib::ArrayView<const double, 2>& matrix, int n3) {
+std::string lines_of(const flib::ArrayView<const double, 2>& matrix, int n3) {
+  std::string lines;
+  lines.reserve(16 * matrix.size() + 16 * static_cast<std::size_t>(n3));
+  char field[io::widest_field];
   for (int i = 1; i <= n3; ++i) {
-    out.text(" line").integer(i, 6).end_line();
+    lines.append(" line").append(field, io::int_field(field, i, 6)).append("\n");
     const double* const column = matrix.column(i);
     for (int j = 0; j < n3; ++j) {
-      out.sci(column[j], 15, 6);
-      if ((j + 1) % values_per_line == 0 || j + 1 == n3) out.end_line();
+      lines.append(field, io::sci_field(field, column[j], 15, 6));
+      if ((j + 1) % values_per_line == 0 || j + 1 == n3) lines += '\n';
     }
   }
+  return lines;
 }
 
 void write_dipoles(OutputFile& out, const RunData& run) {
@@ -111,12 +115,12 @@ void write_report(const RunData& run) {
   write_geometry(out, run);
   out.text(" Unprojected Frequency (cm-1)\n");
   write_frequencies(out, run.freq, run.n3);
-  out.text(" Unprojected Force Constant Matrix\n");
-  write_matrix(out, run.hess, run.n3);
+  // The same matrix stands under both titles, deliberately.
+  const std::string force_constants = lines_of(run.hess, run.n3);
+  out.text(" Unprojected Force Constant Matrix\n").text(force_constants);
   out.text(" Projected Frequency (cm-1)\n");
   write_frequencies(out, run.freqp, run.n3);
-  out.text(" Projected Force Constant Matrix\n");
-  write_matrix(out, run.hessp, run.n3);
+  out.text(" Projected Force Constant Matrix\n").text(force_constants);
   out.end_line();
   if (!run.symm) write_transition_dipoles(out, run);
   io::close(output_unit);

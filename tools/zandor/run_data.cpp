@@ -19,7 +19,6 @@ void allocate_run_arrays(RunData& run) {
   run.evalp = {"evalp", {n3}};
   run.hess = {"hess", {n3, n3}};
   run.mhess = {"mhess", {n3, n3}};
-  run.hessp = {"hessp", {n3, n3}};
   run.mhessp = {"mhessp", {n3, n3}};
   run.c = {"c", {n3, n3}};
   run.cp = {"cp", {n3, n3}};

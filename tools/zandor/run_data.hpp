@@ -77,7 +77,7 @@ struct RunData {
   flib::Array<double, 3> tddip;
 
   // Force constants and normal modes; names that end in p belong to the projected set.
-  flib::Array<double, 2> hess, hessp;    // n3 x n3, Hartree/Bohr**2; hessp is a copy of hess
+  flib::Array<double, 2> hess;           // n3 x n3, Hartree/Bohr**2
   flib::Array<double, 2> mhess, mhessp;  // n3 x n3, mass-weighted
   flib::Array<double, 1> eval, evalp;    // n3, eigenvalues in ascending order
   flib::Array<double, 2> c, cp;          // n3 x n3, eigenvectors in columns

@@ -135,7 +135,6 @@ void assemble_force_constants(RunData& run) {
   const Asymmetry worst = symmetrise_and_negate(run.hess.data(), run.n3);
   require_finite(run.hess, run.n3, "force constants");
   warn_of_asymmetry(worst);
-  std::copy_n(run.hess.data(), run.hess.size(), run.hessp.data());
 }
 
 void analyse_vibrations(RunData& run) {
@@ -145,8 +144,7 @@ void analyse_vibrations(RunData& run) {
   assemble_force_constants(run);
   flib::fc_to_fcm(n3, run.sqtmass.data(), run.hess.data(), run.mhess.data(), to_mass_weighted,
                   info);
-  flib::fc_to_fcm(n3, run.sqtmass.data(), run.hessp.data(), run.mhessp.data(), to_mass_weighted,
-                  info);
+  std::copy_n(run.mhess.data(), run.mhess.size(), run.mhessp.data());
   flib::projtrm_rot(run.natom, run.x.data(), run.mass.data(), run.mhessp.data(), info);
   require_finite(run.mhess, n3, "mass-weighted force constants");
   require_finite(run.mhessp, n3, "projected force constants");

@@ -5,13 +5,13 @@
 
 namespace zandor {
 
-// Builds hess and hessp by central differences of the forces, mass-weights them, projects the rigid
-// motions out of one copy, diagonalises both and fills eval, c, freq, disp (and evalp, cp, freqp,
-// dispp). A number that is not finite or an eigenvalue that does not converge is a fatal stop.
+// Builds hess by central differences of the forces, mass-weights it, projects the rigid motions out
+// of a copy, diagonalises both and fills eval, c, freq, disp (and evalp, cp, freqp, dispp). A
+// number that is not finite or an eigenvalue that does not converge is a fatal stop.
 void analyse_vibrations(RunData& run);
 
-// The step of analyse_vibrations that builds hess and hessp. Warns when the differences are further
-// from symmetric than a step and printed digits make them.
+// The step of analyse_vibrations that builds hess. Warns when the differences are further from
+// symmetric than a step and printed digits make them.
 void assemble_force_constants(RunData& run);
 
 }  // namespace zandor

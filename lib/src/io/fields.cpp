@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
+#include <optional>
 
 namespace io {
 
@@ -32,62 +32,38 @@ constexpr auto powers_of_ten = [] {
   return powers;
 }();
 
-// |value| * 10**power exactly: whole part, and the rest as it decides the rounding.
-class ScaledMagnitude {
- public:
-  // False when the power is out of range or the scaled value does not fit.
-  bool scale(double value, int power) {
-    if (power < 0 || power > largest_power) return false;
-    const auto bits = std::bit_cast<std::uint64_t>(value);
-    const int exponent = static_cast<int>(bits >> 52 & 0x7ff);
-    const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
-    const Wide product = Wide{fraction | (exponent != 0 ? std::uint64_t{1} << 52 : 0)} *
-                         powers_of_ten[static_cast<std::size_t>(power)];
-    const int shift = 1075 - (exponent != 0 ? exponent : 1);  // value = significand / 2**shift
-    if (shift <= 0) return false;
-    if (shift >= wide_bits) {
-      // The product has a bit less than a Wide, so this is below one half: rounds to zero.
-      whole_ = 0;
-      rounds_up_ = false;
-      return true;
-    }
-    const Wide whole = product >> shift;
-    if (whole >> 63 != 0) return false;
-    whole_ = static_cast<std::uint64_t>(whole);
-    const Wide rest = product - (whole << shift);
-    const Wide half = Wide{1} << (shift - 1);
-    rounds_up_ = rest > half || (rest == half && whole_ % 2 == 1);
-    return true;
-  }
-  std::uint64_t truncated() const { return whole_; }
-  std::uint64_t rounded() const { return whole_ + (rounds_up_ ? 1 : 0); }
+// Fields with up to so many decimals are written here, others by the library.
+constexpr int most_decimals = std::min(10, largest_power - 1);
 
- private:
-  std::uint64_t whole_ = 0;
-  bool rounds_up_ = false;
-};
+// |value| * 10**power, rounded from the exact product to nearest, ties to even; nothing when the
+// power is out of range or the result does not fit.
+std::optional<std::uint64_t> scaled(double value, int power) {
+  if (power < 0 || power > largest_power) return std::nullopt;
+  const auto bits = std::bit_cast<std::uint64_t>(value);
+  const int exponent = static_cast<int>(bits >> 52 & 0x7ff);
+  const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
+  const Wide product = Wide{fraction | (exponent != 0 ? std::uint64_t{1} << 52 : 0)} *
+                       powers_of_ten[static_cast<std::size_t>(power)];
+  const int shift = 1075 - (exponent != 0 ? exponent : 1);  // value = significand / 2**shift
+  if (shift <= 0) return std::nullopt;
+  // The product has a bit less than a Wide, so this is below one half.
+  if (shift >= wide_bits) return 0;
+  const Wide is_odd = product >> shift & 1;
+  const Wide rounded = (product + (Wide{1} << (shift - 1)) - 1 + is_odd) >> shift;
+  if (rounded >> 63 != 0) return std::nullopt;
+  return static_cast<std::uint64_t>(rounded);
+}
 
-// "00", "01", ... "99".
-constexpr auto digit_pairs = [] {
-  std::array<char, 200> pairs{};
-  for (std::size_t i = 0; i < 100; ++i) {
-    pairs[2 * i] = static_cast<char>('0' + i / 10);
-    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+// Writes value / 10**decimals with all its decimals and the sign of `number`, so that it ends
+// before `end`. The result is where it begins.
+char* put_decimal(char* end, std::uint64_t value, int decimals, double number) {
+  for (int digits = 0; digits <= decimals || value != 0; ++digits) {
+    if (digits == decimals) *--end = '.';
+    *--end = static_cast<char>('0' + value % 10);
+    value /= 10;
   }
-  return pairs;
-}();
-
-// Writes `count` decimal digits of the number so that they end before `end`; the result is what is
-// left of the number.
-std::uint64_t put_digits(char* end, std::uint64_t number, int count) {
-  for (; count >= 2; count -= 2) {
-    end -= 2;
-    std::memcpy(end, &digit_pairs[static_cast<std::size_t>(2 * (number % 100))], 2);
-    number /= 100;
-  }
-  if (count == 0) return number;
-  *--end = static_cast<char>('0' + number % 10);
-  return number / 10;
+  if (std::signbit(number)) *--end = '-';
+  return end;
 }
 
 long long overfull = 0;
@@ -114,7 +90,7 @@ char* fixed_by_library(char* out, double value, int width, int decimals) {
   char text[longest_number];
   const auto result =
       std::to_chars(text, text + longest_number, value, std::chars_format::fixed, decimals);
-  return right_justified(out, {text, static_cast<std::size_t>(result.ptr - text)}, width);
+  return right_justified(out, {text, result.ptr}, width);
 }
 
 char* sci_by_library(char* out, double value, int width, int decimals) {
@@ -126,84 +102,45 @@ char* sci_by_library(char* out, double value, int width, int decimals) {
   *letter = 'E';
   const bool three_digits = end - letter > 4;
   if (three_digits) end = std::copy(letter + 1, end, letter);
-  return right_justified(out, {text, static_cast<std::size_t>(end - text)}, width);
+  return right_justified(out, {text, end}, width);
 }
 
-// Finds the digits and the decimal exponent of a value that is not zero, or fails where the scaled
-// integer does not fit.
-bool find_digits(double value, int decimals, std::uint64_t& digits, int& exponent) {
-  std::uint64_t lowest = 1;
-  for (int i = 0; i < decimals; ++i) lowest *= 10;
-  // An estimate that is right or one too small: 1233 / 4096 is below log10(2).
-  const auto bits = std::bit_cast<std::uint64_t>(value);
-  exponent = ((static_cast<int>(bits >> 52 & 0x7ff) - 1023) * 1233) >> 12;
-  ScaledMagnitude scaled;
-  for (int attempt = 0; attempt < 3; ++attempt) {
-    if (!scaled.scale(value, decimals - exponent)) return false;
-    if (scaled.truncated() < lowest) {
-      --exponent;
-    } else if (scaled.truncated() >= 10 * lowest) {
-      ++exponent;
-    } else {
-      digits = scaled.rounded();
-      if (digits == 10 * lowest) {
-        digits = lowest;
-        ++exponent;
-      }
-      return true;
-    }
-  }
-  return false;
-}
+bool has_own_form(int decimals) { return decimals >= 1 && decimals <= most_decimals; }
 
 }  // namespace
 
 char* fixed_field(char* out, double value, int width, int decimals) {
   if (!std::isfinite(value)) return special_field(out, value, width);
-  ScaledMagnitude scaled;
-  if (decimals < 1 || decimals > 10 || !scaled.scale(value, decimals)) {
-    return fixed_by_library(out, value, width, decimals);
-  }
+  const auto digits = scaled(value, decimals);
+  if (!digits || !has_own_form(decimals)) return fixed_by_library(out, value, width, decimals);
   char text[32];
-  char* const text_end = text + sizeof text;
-  std::uint64_t whole = put_digits(text_end, scaled.rounded(), decimals);
-  char* begin = text_end - decimals;
-  *--begin = '.';
-  do {
-    *--begin = static_cast<char>('0' + whole % 10);
-    whole /= 10;
-  } while (whole != 0);
-  if (std::signbit(value)) *--begin = '-';
-  return right_justified(out, {begin, static_cast<std::size_t>(text_end - begin)}, width);
+  char* const end = text + sizeof text;
+  return right_justified(out, {put_decimal(end, *digits, decimals, value), end}, width);
 }
 
 char* sci_field(char* out, double value, int width, int decimals) {
   if (!std::isfinite(value)) return special_field(out, value, width);
-  std::uint64_t digits = 0;
-  int exponent = 0;
-  if (decimals < 1 || decimals > 10 ||
-      (value != 0.0 && !find_digits(value, decimals, digits, exponent))) {
-    return sci_by_library(out, value, width, decimals);
-  }
+  if (!has_own_form(decimals)) return sci_by_library(out, value, width, decimals);
+  const auto limit =
+      static_cast<std::uint64_t>(powers_of_ten[static_cast<std::size_t>(decimals + 1)]);
+  // An estimate that is right or one too small: 1233 / 4096 is below log10(2).
+  const auto bits = std::bit_cast<std::uint64_t>(value);
+  int exponent = value == 0.0 ? 0 : ((static_cast<int>(bits >> 52 & 0x7ff) - 1023) * 1233) >> 12;
+  auto digits = scaled(value, decimals - exponent);
+  if (digits && *digits >= limit) digits = scaled(value, decimals - ++exponent);
+  if (!digits) return sci_by_library(out, value, width, decimals);
   char text[32];
-  char* const begin = text + 1;
-  char* const letter = begin + 2 + decimals;
-  *begin = static_cast<char>('0' + put_digits(letter, digits, decimals));
-  begin[1] = '.';
+  char* const end = text + sizeof text;
+  char* const letter = end - 4;
+  std::to_chars(letter + 1, end, 100 + std::abs(exponent));  // the 1 is where the sign stands
   letter[0] = 'E';
   letter[1] = exponent < 0 ? '-' : '+';
-  put_digits(letter + 4, static_cast<std::uint64_t>(std::abs(exponent)), 2);
-  const bool negative = std::signbit(value);
-  text[0] = '-';
-  const std::string_view shown(negative ? text : begin,
-                               static_cast<std::size_t>(letter + 4 - begin) + (negative ? 1 : 0));
-  return right_justified(out, shown, width);
+  return right_justified(out, {put_decimal(letter, *digits, decimals, value), end}, width);
 }
 
 char* int_field(char* out, long long value, int width) {
   char text[24];
-  const auto result = std::to_chars(text, text + sizeof text, value);
-  return right_justified(out, {text, static_cast<std::size_t>(result.ptr - text)}, width);
+  return right_justified(out, {text, std::to_chars(text, text + sizeof text, value).ptr}, width);
 }
 
 char* text_field(char* out, std::string_view text, int width) {
