@@ -1,5 +1,6 @@
 #include "io/free_form.hpp"
 
+#include <charconv>
 #include <cmath>
 
 #include "io/values.hpp"
@@ -111,23 +112,25 @@ bool FreeForm::optional_integer(int& value, const Subject& subject) {
   return parsed_item(value, parse_integer, Type::integer, subject, "integer");
 }
 
-// Takes the next item if it is a plain decimal behind nothing but blanks, as nearly all numbers
-// are.
-bool FreeForm::take_plain_decimal(double& value) {
+// Takes the next item if it is a number in its usual spelling behind nothing but blanks, as nearly
+// all are.
+bool FreeForm::take_plain_number(double& value) {
   if (repeats_left_ > 0 || slash_met_ || ran_out_) return false;
   cursor_.skip_blanks();
   const std::string_view rest = cursor_.rest();
+  const char* const end = rest.data() + rest.size();
   double plain = 0.0;
-  const std::size_t size = scan_decimal(rest, plain);
-  if (size == 0 || (size < rest.size() && !ends_word(rest[size], Grammar::free_form))) return false;
+  const auto [behind, error] = std::from_chars(rest.data(), end, plain);
+  if (error != std::errc{} || !std::isfinite(plain)) return false;
+  if (behind != end && !ends_word(*behind, Grammar::free_form)) return false;
   value = plain;
-  cursor_.skip(size);
+  cursor_.skip(static_cast<std::size_t>(behind - rest.data()));
   value_taken_ = true;
   return true;
 }
 
 void FreeForm::real(double& value, const Subject& subject) {
-  if (take_plain_decimal(value)) return;
+  if (take_plain_number(value)) return;
   if (!parsed_item(value, parse_real, Type::real, subject, "number")) {
     stop_without_value(subject, "number");
   }

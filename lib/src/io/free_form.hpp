@@ -67,7 +67,7 @@ class FreeForm {
  private:
   enum class Type { none, integer, real, logical, text };
 
-  bool take_plain_decimal(double& value);
+  bool take_plain_number(double& value);
   bool find_item();
   void take(Type type);
   bool next_item(Type type, const Subject& subject, std::string_view expected);

@@ -1,7 +1,5 @@
 #include "io/item_scanner.hpp"
 
-#include <algorithm>
-#include <array>
 #include <charconv>
 
 #include "io/units.hpp"
@@ -10,18 +8,6 @@
 namespace io {
 
 namespace {
-
-constexpr unsigned char free_form_end = 1;
-constexpr unsigned char control_group_end = 2;
-
-constexpr std::array<unsigned char, 256> word_ends = [] {
-  std::array<unsigned char, 256> table{};
-  for (const char c : {' ', '\t', ',', '/'}) {
-    table[static_cast<unsigned char>(c)] = free_form_end | control_group_end;
-  }
-  for (const char c : {'=', '!'}) table[static_cast<unsigned char>(c)] = control_group_end;
-  return table;
-}();
 
 // Takes the quoted text at the cursor; a doubled quote stands for one, records are joined.
 void take_quoted(RecordCursor& cursor, Grammar grammar, Item& item) {
@@ -86,11 +72,6 @@ long long RecordCursor::began() const { return buffered_ ? 0 : input(fid_).read_
 
 bool RecordCursor::at_open_end() const {
   return !buffered_ && at_end() && input(fid_).last_record_is_open();
-}
-
-bool ends_word(char c, Grammar grammar) {
-  const unsigned char flag = grammar == Grammar::free_form ? free_form_end : control_group_end;
-  return (word_ends[static_cast<unsigned char>(c)] & flag) != 0;
 }
 
 void take_item(RecordCursor& cursor, Grammar grammar, Item& item) {

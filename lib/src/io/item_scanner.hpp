@@ -66,7 +66,10 @@ struct Item {
 // The characters that end an unquoted value: blank, tab, comma and slash; in the control group
 // also the equals sign and the exclamation mark.
 enum class Grammar { free_form, control_group };
-bool ends_word(char c, Grammar grammar);
+constexpr bool ends_word(char c, Grammar grammar) {
+  if (c == ' ' || c == '\t' || c == ',' || c == '/') return true;
+  return grammar == Grammar::control_group && (c == '=' || c == '!');
+}
 
 // Takes the item at the cursor, which stands on its first character. A malformed item holds the
 // text at fault in `word`; `ended` says that the text broke off within quotes.

@@ -1,10 +1,7 @@
 #include "io/values.hpp"
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
-#include <cstdint>
-#include <cstring>
 #include <limits>
 #include <string>
 
@@ -96,51 +93,6 @@ bool parse_named_real(std::string_view token, double& value) {
   return true;
 }
 
-// Powers of ten that a double holds exactly.
-constexpr double exact_powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-
-// Eight characters at once, the first in the lowest byte, so this is for processors that store it
-// there. Source: D. Lemire, Number parsing at a gigabyte per second, Softw. Pract. Exp. 51 (2021).
-//
-// The digits are 0x30..0x39: the upper half of the byte is 3, also when 6 is added (0x3a + 6 is the
-// first with upper half 4).
-bool are_eight_digits(std::uint64_t chars) {
-  constexpr std::uint64_t upper_halves = 0xf0f0f0f0f0f0f0f0;
-  constexpr std::uint64_t zeros = 0x3030303030303030;
-  constexpr std::uint64_t sixes = 0x0606060606060606;
-  return (chars & upper_halves) == zeros && ((chars + sixes) & upper_halves) == zeros;
-}
-
-// Neighbours first become numbers of two digits, p0..p3, in bytes 0, 2, 4 and 6. The value is
-// 1000000 p0 + 10000 p1 + 100 p2 + p3. One product adds up the terms of p0 and p2 (bytes 0 and 4)
-// in its upper half, another those of p1 and p3: the factor of the upper byte stands in the lower
-// half of the multiplier and the other way round.
-std::uint64_t number_of_eight_digits(std::uint64_t chars) {
-  constexpr std::uint64_t bytes_0_and_4 = 0x000000ff000000ff;
-  constexpr std::uint64_t for_p0_p2 = (std::uint64_t{1000000} << 32) + 100;
-  constexpr std::uint64_t for_p1_p3 = (std::uint64_t{10000} << 32) + 1;
-  const std::uint64_t digits = chars - 0x3030303030303030;
-  const std::uint64_t pairs = digits * 10 + (digits >> 8);
-  return ((pairs & bytes_0_and_4) * for_p0_p2 + (pairs >> 16 & bytes_0_and_4) * for_p1_p3) >> 32;
-}
-
-// Takes digits at the head of a text into the significand; the result is the text behind them.
-const char* take_digits(const char* at, const char* end, std::uint64_t& significand) {
-  if constexpr (std::endian::native == std::endian::little) {
-    for (std::uint64_t chars = 0; end - at >= 8; at += 8) {
-      std::memcpy(&chars, at, 8);
-      if (!are_eight_digits(chars)) break;
-      significand = 100000000 * significand + number_of_eight_digits(chars);
-    }
-  }
-  for (; at < end && is_digit(*at); ++at) {
-    significand = 10 * significand + static_cast<std::uint64_t>(*at - '0');
-  }
-  return at;
-}
-
 }  // namespace
 
 bool parse_integer(std::string_view token, int& value) {
@@ -151,28 +103,6 @@ bool parse_integer(std::string_view token, int& value) {
   if (result.ec != std::errc{} || result.ptr != end) return false;
   value = parsed;
   return true;
-}
-
-std::size_t scan_decimal(std::string_view text, double& value) {
-  const char* const begin = text.data();
-  const char* const end = begin + text.size();
-  const bool negative = !text.empty() && *begin == '-';
-  const char* const digits = begin + (negative ? 1 : 0);
-  std::uint64_t significand = 0;
-  const char* at = take_digits(digits, end, significand);
-  std::ptrdiff_t count = at - digits;
-  std::ptrdiff_t decimals = 0;
-  if (at < end && *at == '.') {
-    const char* const fraction = at + 1;
-    at = take_digits(fraction, end, significand);
-    decimals = at - fraction;
-    count += decimals;
-  }
-  // 19 digits cannot overflow the significand, and below 2**53 it is exact as a double.
-  if (count < 1 || count > 19 || significand >= std::uint64_t{1} << 53) return 0;
-  const double magnitude = static_cast<double>(significand) / exact_powers[decimals];
-  value = negative ? -magnitude : magnitude;
-  return static_cast<std::size_t>(at - begin);
 }
 
 bool parse_real(std::string_view token, double& value) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <string_view>
 
 #include "io/exact_arithmetic.hpp"
@@ -17,12 +16,6 @@ bool parse_integer(std::string_view token, int& value);
 // by its sign (1.5-3 is 0.0015); NaN, Inf, Infinity in any case. Nearest double; a magnitude too
 // large becomes infinity, one too small zero. False when malformed; `value` is then unchanged.
 bool parse_real(std::string_view token, double& value);
-
-// Reads a plain decimal, [-]digits[.digits], at the head of a text and nothing else: the fast way
-// for nearly all numbers of a file. The result is its length, or 0 where the text begins otherwise
-// or the digits are too many for one exact division; `value` is then unchanged. What stands behind
-// the number is for the caller to look at.
-std::size_t scan_decimal(std::string_view text, double& value);
 
 // Optional point, T or F in either case, then anything. False when malformed.
 bool parse_logical(std::string_view token, bool& value);
