@@ -17,9 +17,6 @@ namespace io {
 
 namespace {
 
-// How far a window loaded for reading backwards reaches beyond the point it is loaded for, so that
-// the line there can be read forwards without loading again.
-constexpr std::int64_t forward_reach = block_size / 4;
 // A free-form record must lie in memory whole, and so must what comes through a pipe.
 constexpr std::size_t largest_held = std::size_t{64} * 1024 * 1024;
 
@@ -38,37 +35,17 @@ int InputFile::open(const std::string& name) {
   const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return errno;
   struct stat status {};
-  int error = ::fstat(descriptor, &status) == 0 ? 0 : errno;
-  if (error == 0 && S_ISDIR(status.st_mode)) error = EISDIR;
-  if (error != 0) {
-    ::close(descriptor);
-    return error;
-  }
   attach(descriptor, name);
   owned_ = true;
+  if (::fstat(descriptor, &status) != 0) return errno;
+  if (S_ISDIR(status.st_mode)) return EISDIR;
   seekable_ = S_ISREG(status.st_mode);
-  size_ = seekable_ ? status.st_size : 0;
   if (!seekable_) ::fcntl(descriptor, F_SETFL, 0);
   return 0;
 }
 
-void InputFile::attach(int descriptor, const std::string& name) {
-  descriptor_ = descriptor;
-  owned_ = false;
-  seekable_ = false;
-  size_ = 0;
-  name_ = name;
-  used_ = 0;
-  start_ = next_ = 0;
-  at_end_ = hit_end_ = last_record_open_ = false;
-  continued_ = -1;
-  counted_to_ = counted_ = 0;
-}
-
-void InputFile::close() {
+InputFile::~InputFile() {
   if (owned_) ::close(descriptor_);
-  owned_ = false;
-  descriptor_ = -1;
 }
 
 void InputFile::reserve(std::size_t size) {
@@ -92,9 +69,7 @@ std::size_t InputFile::read_into(std::size_t place, std::size_t size, std::int64
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) fatal_stop({name_}, "cannot read: ", strerror(errno));
     total += static_cast<std::size_t>(got);
-    // Most files are read with one call: nobody is asked what stands behind the end.
-    const bool all_read = offset + static_cast<std::int64_t>(total) == size_;
-    if (got == 0 || all_read || !seekable_) break;
+    if (got == 0 || !seekable_) break;
   }
   return total;
 }
@@ -152,17 +127,6 @@ int InputFile::read_record(std::string_view& record) {
   }
 }
 
-// Goes on to the next record start without holding the record, part of which lies ahead.
-void InputFile::pass_record() {
-  for (;;) {
-    const std::size_t line_end = ahead().find('\n');
-    const bool found = line_end != std::string_view::npos;
-    next_ += static_cast<std::int64_t>(found ? line_end + 1 : ahead().size());
-    if (found || at_end_) return;
-    load_more();
-  }
-}
-
 int InputFile::read_line(std::span<char> line) {
   continued_ = -1;
   // Two characters more than the line takes tell a line end of two bytes apart from content.
@@ -170,21 +134,19 @@ int InputFile::read_line(std::span<char> line) {
          ahead().find('\n') == std::string_view::npos) {
     load_more();
   }
-  const std::string_view text = ahead();
-  const std::string_view head = text.substr(0, std::min(text.size(), line.size() + 2));
-  const std::size_t line_end = head.find('\n');
-  if (line_end != std::string_view::npos) {
-    assign(line, without_line_end(head.substr(0, line_end + 1)));
-    next_ += static_cast<std::int64_t>(line_end) + 1;
-    return read_ok;
-  }
-  if (text.empty()) {
+  const std::string_view head = ahead().substr(0, line.size() + 2);
+  if (head.empty()) {
     hit_end_ = true;
     return end_of_file;
   }
-  assign(line, head);
-  pass_record();
-  return read_ok;
+  assign(line, without_line_end(head.substr(0, std::min(head.find('\n'), head.size()) + 1)));
+  for (;;) {  // on to the next record, without holding this one
+    const std::size_t line_end = ahead().find('\n');
+    const bool found = line_end != std::string_view::npos;
+    next_ += static_cast<std::int64_t>(found ? line_end + 1 : ahead().size());
+    if (found || at_end_) return read_ok;
+    load_more();
+  }
 }
 
 bool InputFile::step_back() {
@@ -193,27 +155,16 @@ bool InputFile::step_back() {
     return true;
   }
   if (next_ == 0) return false;
-  next_ = record_start_before(next_);
-  if (next_ < start_ || next_ > start_ + static_cast<std::int64_t>(used_)) load(next_);
-  return true;
-}
-
-// The start of the record that ends at `offset`.
-std::int64_t InputFile::record_start_before(std::int64_t offset) {
-  std::int64_t end = offset - 1;  // the record's own line end is not the one looked for
+  std::int64_t end = next_ - 1;  // the record's own line end is not the one looked for
   for (;;) {
-    if (end < start_ || end > start_ + static_cast<std::int64_t>(used_)) {
-      const std::int64_t size = static_cast<std::int64_t>(std::max(capacity_, block_size));
-      load(std::max<std::int64_t>(0, end - (size - forward_reach)));
+    const auto size = static_cast<std::size_t>(std::max<std::int64_t>(end - start_, 0));
+    const std::size_t line_end = window().substr(0, size).rfind('\n');
+    if (line_end != std::string_view::npos || start_ == 0) {
+      next_ = start_ + static_cast<std::int64_t>(line_end + 1);  // none is found: 0
+      return true;
     }
-    const std::string_view before = window().substr(0, static_cast<std::size_t>(end - start_));
-    const std::size_t line_end = before.rfind('\n');
-    if (line_end != std::string_view::npos) {
-      return start_ + static_cast<std::int64_t>(line_end) + 1;
-    }
-    if (start_ == 0) return 0;
-    end = start_;
-    load(std::max<std::int64_t>(0, end - static_cast<std::int64_t>(capacity_)));
+    end = std::min(end, start_);
+    load_around(end);
   }
 }
 
@@ -226,11 +177,16 @@ void InputFile::rewind() {
 
 void InputFile::go_to_end() {
   while (!seekable_ && !at_end_) load_more();
-  const std::int64_t end =
-      seekable_ ? ::lseek(descriptor_, 0, SEEK_END) : static_cast<std::int64_t>(used_);
-  next_ = end;
+  next_ = seekable_ ? ::lseek(descriptor_, 0, SEEK_END) : static_cast<std::int64_t>(used_);
   hit_end_ = false;
-  load(std::max<std::int64_t>(0, end - (static_cast<std::int64_t>(block_size) - forward_reach)));
+  load_around(next_);
+}
+
+// Loads a window for reading backwards from `end`, and the line there forwards.
+void InputFile::load_around(std::int64_t end) {
+  constexpr std::int64_t behind = block_size / 4;
+  const auto size = static_cast<std::int64_t>(std::max(capacity_, block_size));
+  load(std::max<std::int64_t>(0, end - (size - behind)));
 }
 
 // The part of the window ahead that ends with a whole record; loads more until there is one or

@@ -22,13 +22,15 @@ class InputFile {
   InputFile() = default;
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
-  ~InputFile() { close(); }
+  ~InputFile();
 
   // Opens an existing file; the result is 0 or the error number (EISDIR for a directory).
   int open(const std::string& name);
-  // Takes over an open descriptor, which stays open after close().
-  void attach(int descriptor, const std::string& name);
-  void close();
+  // Reads from an open descriptor, which stays open.
+  void attach(int descriptor, const std::string& name) {
+    descriptor_ = descriptor;
+    name_ = name;
+  }
 
   // Places the file behind its last record.
   void go_to_end();
@@ -72,21 +74,19 @@ class InputFile {
     return window().substr(static_cast<std::size_t>(next_ - start_));
   }
   void load(std::int64_t offset);
+  void load_around(std::int64_t end);
   void load_more();
   std::size_t read_into(std::size_t place, std::size_t size, std::int64_t offset);
   void reserve(std::size_t size);
   std::string_view complete_records();
-  void pass_record();
-  std::int64_t record_start_before(std::int64_t offset);
   std::size_t find_in_records(std::string_view records, std::string_view word, bool any_case,
                               std::size_t capacity);
 
   int descriptor_ = -1;
   bool owned_ = false;
   bool seekable_ = false;
-  std::int64_t size_ = 0;  // of a regular file when it was opened; 0 where that is not known
   std::string name_;
-  std::unique_ptr<char[]> buffer_;  // kept from one file to the next
+  std::unique_ptr<char[]> buffer_;
   std::size_t capacity_ = 0;
   std::vector<char> lowered_;  // a copy of the records being searched in any case
   std::size_t used_ = 0;       // bytes of the file in the buffer

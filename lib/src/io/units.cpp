@@ -30,8 +30,6 @@ struct Table {
   // Complete files that wait to be put in place together.
   bool collecting = false;
   std::vector<std::unique_ptr<Replacement>> waiting;
-  // A closed input file, kept for the next open so that its buffer need not be obtained again.
-  std::unique_ptr<InputFile> spare;
 };
 
 Table& table() {
@@ -42,14 +40,9 @@ Table& table() {
 int connect_input(int fid, std::string_view name) {
   // A name with a NUL byte would reach the system cut short and open some other file.
   if (name.find('\0') != std::string_view::npos) return ENOENT;
-  Table& units = table();
-  auto file = units.spare ? std::move(units.spare) : std::make_unique<InputFile>();
+  auto file = std::make_unique<InputFile>();
   const int error = file->open(std::string(trimmed(name)));
-  if (error != 0) {
-    units.spare = std::move(file);
-  } else {
-    units.inputs[fid] = {std::move(file), ++units.opened};
-  }
+  if (error == 0) table().inputs[fid] = {std::move(file), ++table().opened};
   return error;
 }
 
@@ -98,11 +91,7 @@ void open_standard_output(int fid) {
 
 void close(int fid) {
   Table& units = table();
-  if (const auto found = units.inputs.find(fid); found != units.inputs.end()) {
-    found->second.file->close();
-    units.spare = std::move(found->second.file);
-    units.inputs.erase(found);
-  }
+  units.inputs.erase(fid);
   const auto found = units.outputs.find(fid);
   if (found == units.outputs.end()) return;
   const std::unique_ptr<OutputFile> file = std::move(found->second.file);
