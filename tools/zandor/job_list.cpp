@@ -1,7 +1,6 @@
 #include "zandor/job_list.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -76,21 +75,19 @@ void read_operations(RunData& run) {
     io::fatal_stop(here(), "expected a number of operations of 0 or more, found ", run.nop);
   }
   io::pass_over_lines(input_unit, 1, "a line before the operations");
-  std::vector<std::array<double, 9>> matrices;  // by columns
+  std::vector<double> elements;  // column by column of each
   for (int k = 1; k <= run.nop; ++k) {
     io::pass_over_lines(input_unit, 1, "the caption of operation " + std::to_string(k));
-    auto& matrix = matrices.emplace_back();
-    for (std::size_t row = 0; row < 3; ++row) {
+    elements.resize(elements.size() + 9);
+    for (auto row = elements.end() - 9; row != elements.end() - 6; ++row) {
       io::FreeForm items(input_unit);
-      for (std::size_t i = row; i < 9; i += 3) {
-        items.finite_real(matrix[i], {"a matrix element of operation", k});
+      for (int i = 0; i < 9; i += 3) {
+        items.finite_real(row[i], {"a matrix element of operation", k});
       }
     }
   }
   run.op = {"op", {3, 3, run.nop}};
-  for (int k = 1; k <= run.nop; ++k) {
-    std::copy_n(matrices[static_cast<std::size_t>(k - 1)].data(), 9, run.op.column(1, k));
-  }
+  std::copy(elements.begin(), elements.end(), run.op.data());
 }
 
 void read_atom_table(RunData& run) {

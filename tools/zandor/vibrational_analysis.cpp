@@ -122,7 +122,7 @@ void form_displacements(const RunData& run, const Matrix& c, double* disp) {
     double disp_max = 0.0;
     for (int j = 0; j < run.n3; ++j) {
       mode[j] = vector[j] / root[j];
-      if (std::fabs(mode[j]) > disp_max) disp_max = std::fabs(mode[j]);
+      disp_max = std::max(disp_max, std::fabs(mode[j]));
     }
     for (int j = 0; j < run.n3; ++j) mode[j] = mode[j] * run.disp_a / disp_max;
   }

@@ -23,12 +23,15 @@ void read_counts(io::FreeForm items, std::initializer_list<CountItem> counts) {
   }
 }
 
+std::string_view text_behind(std::string_view text, std::string_view mark) {
+  const std::size_t at = text.find(mark);
+  return at == std::string_view::npos ? std::string_view{} : text.substr(at + mark.size());
+}
+
 int integer_behind_mark(int fid, std::string_view line, std::string_view mark,
                         std::string_view what) {
-  const std::size_t at = line.find(mark);
-  const std::size_t behind = at == std::string_view::npos ? line.size() : at + mark.size();
   int value = 0;
-  read_counts({fid, line.substr(behind)}, {{0, what, value}});
+  read_counts({fid, text_behind(line, mark)}, {{0, what, value}});
   return value;
 }
 

@@ -30,6 +30,9 @@ struct CountItem {
 // Reads these integers one behind the other.
 void read_counts(io::FreeForm items, std::initializer_list<CountItem> counts);
 
+// The text behind the first `mark`; empty when there is none.
+std::string_view text_behind(std::string_view text, std::string_view mark);
+
 // Reads the integer behind the first `mark` of a line that was read from unit `fid`.
 int integer_behind_mark(int fid, std::string_view line, std::string_view mark,
                         std::string_view what);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "flib/get_free_fid.hpp"
+#include "flib/qm_file.hpp"
 #include "flib/search_word.hpp"
 #include "flib/str_delete.hpp"
 #include "io/fatal.hpp"
@@ -34,12 +35,6 @@ struct Probe {
   ReadVersion read_version;
   bool keeps_label = false;  // leaves the label behind even when there is no version
 };
-
-// The text behind the first `mark`; empty when there is none.
-std::string_view text_behind(std::string_view text, std::string_view mark) {
-  const std::size_t at = text.find(mark);
-  return at == std::string_view::npos ? std::string_view{} : text.substr(at + mark.size());
-}
 
 std::string_view without_first(std::string_view text, std::size_t count) {
   return text.substr(std::min(count, text.size()));

@@ -15,14 +15,9 @@ void str_delete(std::span<char> string, std::string_view sub) {
   std::string result;
   for (std::size_t i = 0; i <= last; ++i) {
     if (lowered.compare(i, size, wanted) == 0) i += size;
-    if (i >= content.size()) break;
-    if (i == last) {
-      result.append(content, i, size);
-      break;
-    }
     // Behind an occurrence too near to the end there is nothing left that is copied.
     if (i > last) break;
-    result += content[i];
+    result.append(content, i, i == last ? size : 1);
   }
   io::assign(string, result);
 }

@@ -1,5 +1,6 @@
 #include "flib/write_xyz_vib.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -14,14 +15,6 @@ namespace flib {
 namespace {
 
 constexpr double s = 2.0;  // largest displacement component in the file
-
-double largest_component(const double* v, std::size_t size) {
-  double vmax = 0.0;
-  for (std::size_t i = 0; i < size; ++i) {
-    if (std::fabs(v[i]) > vmax) vmax = std::fabs(v[i]);
-  }
-  return vmax;
-}
 
 // What every frame repeats: symbol and coordinates of each atom, as they are printed.
 std::vector<std::string> atom_columns(int n, const io::Text<2>* symbol, const double* x) {
@@ -44,7 +37,8 @@ void write_xyz_vib(std::string_view fxyz, const int& n, const io::Text<2>* symbo
   const std::vector<std::string> atoms = atom_columns(n, symbol, x);
   const ArrayView<const double, 3> displacement(v, {3, n, n3});
   const ArrayView<const double, 1> frequency(freq, {n3});
-  const double vmax = largest_component(v, displacement.size());
+  double vmax = 0.0;
+  for (std::size_t i = 0; i < displacement.size(); ++i) vmax = std::max(vmax, std::fabs(v[i]));
   int fid = 0;
   get_free_fid(fid);
   io::open_replaced(fid, io::trimmed(fxyz));

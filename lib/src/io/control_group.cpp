@@ -43,7 +43,8 @@ std::size_t find_opening(std::string_view record) {
 // The group as a row of tokens.
 class GroupTokens {
  public:
-  explicit GroupTokens(int fid) : fid_(fid), cursor_(fid) { open_group(); }
+  // Moves behind the opening of the group.
+  explicit GroupTokens(int fid);
 
   // The next token, which the caller must not ask for behind the end of the group.
   Token next();
@@ -53,14 +54,12 @@ class GroupTokens {
   [[noreturn]] void stop(const Token& token, const Parts&... parts) const;
 
  private:
-  void open_group();
-
   int fid_;
   RecordCursor cursor_;
   long long opening_line_ = 0;
 };
 
-void GroupTokens::open_group() {
+GroupTokens::GroupTokens(int fid) : fid_(fid), cursor_(fid) {
   while (cursor_.next_record()) {
     const std::size_t behind = find_opening(cursor_.rest());
     if (behind == std::string_view::npos) continue;

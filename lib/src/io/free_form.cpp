@@ -39,10 +39,6 @@ void FreeForm::stop_at_item(const Subject& subject, std::string_view expected) {
   stop(cursor_.here(), subject, expected, quoted(word()));
 }
 
-void FreeForm::stop_without_value(const Subject& subject, std::string_view expected) {
-  stop(cursor_.here(), subject, expected, missing_value());
-}
-
 // Moves to the first character of the next item. False when the item is null or behind a slash;
 // ran_out_ tells when the text ended.
 bool FreeForm::find_item() {
@@ -105,7 +101,8 @@ bool FreeForm::parsed_item(Value& value, bool (*parse)(std::string_view, Value&)
 }
 
 void FreeForm::integer(int& value, const Subject& subject) {
-  if (!optional_integer(value, subject)) stop_without_value(subject, "integer");
+  if (optional_integer(value, subject)) return;
+  stop(cursor_.here(), subject, "integer", missing_value());
 }
 
 bool FreeForm::optional_integer(int& value, const Subject& subject) {
@@ -131,9 +128,8 @@ bool FreeForm::take_plain_number(double& value) {
 
 void FreeForm::real(double& value, const Subject& subject) {
   if (take_plain_number(value)) return;
-  if (!parsed_item(value, parse_real, Type::real, subject, "number")) {
-    stop_without_value(subject, "number");
-  }
+  if (parsed_item(value, parse_real, Type::real, subject, "number")) return;
+  stop(cursor_.here(), subject, "number", missing_value());
 }
 
 void FreeForm::finite_real(double& value, const Subject& subject) {

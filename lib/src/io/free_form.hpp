@@ -77,7 +77,6 @@ class FreeForm {
   [[noreturn]] void stop(const Place& place, const Subject& subject, std::string_view expected,
                          std::string_view found);
   [[noreturn]] void stop_at_item(const Subject& subject, std::string_view expected);
-  [[noreturn]] void stop_without_value(const Subject& subject, std::string_view expected);
 
   RecordCursor cursor_;
   Item item_;

@@ -37,15 +37,6 @@ Table& table() {
   return units;
 }
 
-int connect_input(int fid, std::string_view name) {
-  // A name with a NUL byte would reach the system cut short and open some other file.
-  if (name.find('\0') != std::string_view::npos) return ENOENT;
-  auto file = std::make_unique<InputFile>();
-  const int error = file->open(std::string(trimmed(name)));
-  if (error == 0) table().inputs[fid] = {std::move(file), ++table().opened};
-  return error;
-}
-
 [[noreturn]] void stop_at_open(std::string_view name, const char* wanted, int error,
                                std::string_view hint = {}) {
   const std::string_view shown = trimmed(name);
@@ -63,19 +54,21 @@ void connect_output(int fid, std::string_view name, Open open) {
   units.outputs[fid] = {std::move(file), ++units.opened};
 }
 
-template <class File>
-void drop_since(std::map<int, Opened<File>>& files, long long number) {
-  std::erase_if(files, [&](const auto& entry) { return entry.second.number > number; });
-}
-
 }  // namespace
 
 void open_existing(int fid, std::string_view name, std::string_view hint) {
-  const int error = connect_input(fid, name);
+  const int error = try_open_existing(fid, name);
   if (error != 0) stop_at_open(name, "a file that can be read", error, hint);
 }
 
-int try_open_existing(int fid, std::string_view name) { return connect_input(fid, name); }
+int try_open_existing(int fid, std::string_view name) {
+  // A name with a NUL byte would reach the system cut short and open some other file.
+  if (name.find('\0') != std::string_view::npos) return ENOENT;
+  auto file = std::make_unique<InputFile>();
+  const int error = file->open(std::string(trimmed(name)));
+  if (error == 0) table().inputs[fid] = {std::move(file), ++table().opened};
+  return error;
+}
 
 void open_replaced(int fid, std::string_view name) {
   connect_output(fid, name, &OutputFile::open_replaced);
@@ -120,8 +113,9 @@ UnitsMark mark_units() {
 
 void drop_units_since(const UnitsMark& mark) {
   Table& units = table();
-  drop_since(units.inputs, mark.opened);
-  drop_since(units.outputs, mark.opened);
+  const auto is_new = [&](const auto& entry) { return entry.second.number > mark.opened; };
+  std::erase_if(units.inputs, is_new);
+  std::erase_if(units.outputs, is_new);
   units.collecting = mark.collecting;
   units.waiting.resize(std::min(units.waiting.size(), mark.waiting));
 }
