@@ -6,7 +6,6 @@
 #include <cmath>
 
 #include "support/support.hpp"
-#include "zandor/dipole_derivatives.hpp"
 #include "zandor/job_results.hpp"
 #include "zandor/run_control.hpp"
 

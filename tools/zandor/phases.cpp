@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "zandor/dipole_derivatives.hpp"
 #include "zandor/doubts.hpp"
 #include "zandor/job_list.hpp"
 #include "zandor/job_results.hpp"

@@ -130,6 +130,23 @@ void form_displacements(const RunData& run, const Matrix& c, double* disp) {
 
 }  // namespace
 
+void differentiate_transition_dipoles(RunData& run) {
+  if (run.symm) return;
+  for (int iatom = 1; iatom <= run.natom; ++iatom) {
+    for (int ixyz = 1; ixyz <= 3; ++ixyz) {
+      const int ih = 3 * (iatom - 1) + ixyz;
+      for (int k = 1; k <= 3; ++k) {
+        const double derivative = (run.tdip(k, 2 * ih) - run.tdip(k, 2 * ih - 1)) / run.dx / 2.0;
+        if (!std::isfinite(derivative)) {
+          io::fatal_stop({}, "expected finite transition dipole derivatives, found ", derivative,
+                         " for coordinate ", ih, " (jobs ", 2 * ih - 1, ", ", 2 * ih, ")");
+        }
+        run.tddip(k, ixyz, iatom) = derivative;
+      }
+    }
+  }
+}
+
 void assemble_force_constants(RunData& run) {
   differentiate_forces(run);
   const Asymmetry worst = symmetrise_and_negate(run.hess.data(), run.n3);
