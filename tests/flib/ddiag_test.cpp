@@ -129,13 +129,6 @@ TEST(ddiag, gives_an_eigenvalue_up_after_30_iterations) {
   EXPECT_EQ(sweeps, 30);
 }
 
-TEST(ddiag, sorts_a_diagonal_matrix_into_unit_vectors) {
-  const Solution s = solve(3, 3, {3, 0, 0, 0, -1, 0, 0, 0, 2});
-  EXPECT_EQ(s.d, (std::vector<double>{-1, 2, 3}));
-  EXPECT_EQ(s.z, (std::vector<double>{0, 1, 0, 0, 0, 1, 1, 0, 0}));
-  EXPECT_EQ(solve(1, 1, {4.0}).z, std::vector<double>{1.0});
-}
-
 // The sign of every vector is part of the contract: modes are compared across programs.
 TEST(ddiag, keeps_the_signs_of_the_published_routines) {
   const Solution s = solve(2, 2, {2, 1, 1, 2});

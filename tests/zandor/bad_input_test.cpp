@@ -210,23 +210,6 @@ TEST(bad_input, or_results_that_lead_to_inputs_stop_the_run) {
   EXPECT_NE(support::read_file("vib.xyz").find("&control"), std::string::npos);
 }
 
-TEST(bad_input, or_a_full_disk_leaves_the_results_of_yesterday) {
-  for (const std::string full : results) {
-    const support::TempFolder folder;
-    fs::copy(good, ".");
-    for (const char* result : results) write_file(result, "yesterday");
-    fs::remove(full);
-    fs::create_symlink("/dev/full", full);
-    const support::Outcome outcome = support::run({ZANDOR_GATHER, "control.inp"});
-    EXPECT_EQ(without_axes_warning(outcome.err),
-              "zandor_gather: " + full + ": cannot write: No space left on device\n");
-    EXPECT_EQ(outcome.status, 2);
-    for (const char* result : results) {
-      EXPECT_TRUE(result == full || support::read_file(result) == "yesterday");
-    }
-  }
-}
-
 TEST(bad_input, neither_hangs_at_pipes_nor_writes_messages_into_files) {
   const support::TempFolder folder;
   fs::copy(good, ".");

@@ -27,11 +27,17 @@ void add_fault_at(long long line, std::string message, FaultList& faults) {
 
 io::Place here() { return io::place(input_unit); }
 
+// The items of the next record behind so many words.
+io::FreeForm behind_words(int count, const io::Subject& subject) {
+  io::FreeForm items(input_unit);
+  items.skip_words(count, subject);
+  return items;
+}
+
 void read_sizes(RunData& run) {
   constexpr int most_atoms = std::numeric_limits<int>::max() / 6;
-  io::FreeForm first(input_unit);
-  first.skip_words(3, {"the number of atoms"});
-  first.integer(run.natom, {"the number of atoms"});
+  const io::Subject atoms{"the number of atoms"}, files{"the number of files"};
+  behind_words(3, atoms).integer(run.natom, atoms);
   if (run.natom < 1 || run.natom > most_atoms) {
     io::fatal_stop(here(), "expected a number of atoms from 1 to ", most_atoms, ", found ",
                    run.natom);
@@ -39,14 +45,11 @@ void read_sizes(RunData& run) {
   run.n3 = 3 * run.natom;
   run.n6 = 6 * run.natom;
 
-  io::FreeForm second(input_unit);
-  second.skip_words(3, {"the number of files"});
-  second.integer(run.nfile, {"the number of files"});
+  behind_words(3, files).integer(run.nfile, files);
 
+  const io::Subject displacement{"the displacement step"};
   double step = 0.0;
-  io::FreeForm third(input_unit);
-  third.skip_words(1, {"the displacement step"});
-  third.finite_real(step, {"the displacement step"});
+  behind_words(1, displacement).finite_real(step, displacement);
   run.dx = step / flib::angstrom_per_bohr;
   if (run.dx == 0.0 || !std::isfinite(run.dx)) {
     io::fatal_stop(here(), "expected a displacement step other than 0 that is finite in Bohr, ",
@@ -68,9 +71,8 @@ void find_job_section() {
 
 void read_operations(RunData& run) {
   io::pass_over_lines(input_unit, 1, "a line before the number of operations");
-  io::FreeForm count(input_unit);
-  count.skip_words(3, {"the number of operations"});
-  count.integer(run.nop, {"the number of operations"});
+  const io::Subject operations{"the number of operations"};
+  behind_words(3, operations).integer(run.nop, operations);
   if (run.nop < 0) {
     io::fatal_stop(here(), "expected a number of operations of 0 or more, found ", run.nop);
   }

@@ -1,5 +1,7 @@
 #include "flib/kernels.hpp"
 
+#include <array>
+
 namespace flib {
 
 extern const Kernels kernels_base;
@@ -8,29 +10,23 @@ extern const Kernels kernels_avx2;
 extern const Kernels kernels_avx512;
 #endif
 
-namespace {
-
-struct Usable {
-  const Kernels* list[4] = {&kernels_base, nullptr, nullptr, nullptr};
-  int count = 1;
-
-  Usable() {
+const Kernels* const* usable_kernels() {
+  static const auto list = [] {
+    std::array<const Kernels*, 4> kernels = {&kernels_base};
 #ifdef FLIB_WIDE_KERNELS
-    if (__builtin_cpu_supports("avx2")) list[count++] = &kernels_avx2;
-    if (__builtin_cpu_supports("avx512f")) list[count++] = &kernels_avx512;
+    std::size_t count = 1;
+    if (__builtin_cpu_supports("avx2")) kernels[count++] = &kernels_avx2;
+    if (__builtin_cpu_supports("avx512f")) kernels[count] = &kernels_avx512;
 #endif
-  }
-};
-
-const Usable& usable() {
-  static const Usable kernels;
-  return kernels;
+    return kernels;
+  }();
+  return list.data();
 }
 
-}  // namespace
-
-const Kernels& best_kernels() { return *usable().list[usable().count - 1]; }
-
-const Kernels* const* usable_kernels() { return usable().list; }
+const Kernels& best_kernels() {
+  const Kernels* const* best = usable_kernels();
+  while (best[1] != nullptr) ++best;
+  return **best;
+}
 
 }  // namespace flib

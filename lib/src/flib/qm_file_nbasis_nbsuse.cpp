@@ -12,9 +12,6 @@ struct Counts {
   int &na, &nb, &nbasis, &nbsuse;
 };
 
-// Reads the counts from an open file; true when all that its kind holds were found.
-using ReadCounts = bool (*)(int fid, const Counts& counts);
-
 // Finds the next line with the text and reads its last field.
 bool read_last_field(int fid, std::string_view text, int& value) {
   io::Line line;
@@ -106,28 +103,21 @@ bool read_turbomole(int fid, const Counts& counts) {
   return false;
 }
 
-struct BasisCount {
-  std::string_view label;
-  ReadCounts read_counts;
-};
-
-constexpr BasisCount basis_counts[] = {
-    {"GAUSSIAN FCHK", read_checkpoint},
-    {"GAUSSIAN LOG", read_log},
-    {"NWCHEM", read_nwchem},
-    {"TURBOMOLE", read_turbomole},
-};
+// Reads the counts from an open file; true when all that its kind holds were found.
+bool read_kind(std::string_view label, int fid, const Counts& counts) {
+  if (label == "GAUSSIAN FCHK") return read_checkpoint(fid, counts);
+  if (label == "GAUSSIAN LOG") return read_log(fid, counts);
+  if (label == "NWCHEM") return read_nwchem(fid, counts);
+  return label == "TURBOMOLE" && read_turbomole(fid, counts);
+}
 
 }  // namespace
 
 void qm_file_nbasis_nbsuse(std::string_view fname, int& na, int& nb, int& nbasis, int& nbsuse,
                            int& info) {
   const ProbedFile file = open_probed_file(fname, info);
-  info = -1;
-  for (const BasisCount& row : basis_counts) {
-    if (row.label != file.file_type.content()) continue;
-    if (row.read_counts(file.fid, {na, nb, nbasis, nbsuse})) info = 0;
-  }
+  const Counts counts{na, nb, nbasis, nbsuse};
+  info = read_kind(file.file_type.content(), file.fid, counts) ? 0 : -1;
   io::close(file.fid);
 }
 
