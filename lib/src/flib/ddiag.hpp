@@ -23,7 +23,7 @@ void tred2e(const int& nm, const int& n, const double* a, double* d, double* e, 
 //   z     nm x n: column k is the eigenvector of d(k), of length 1 (in/out)
 //   ierr  0, or the index of the eigenvalue that did not converge in 30 iterations (NaN in the
 //         matrix never does): the ones before it are right but not sorted, z holds the vectors as
-//         far as they were computed (out)
+//         far as they were computed, and with a NaN nothing of use (out)
 // For n <= 1 everything stays as it is. Working storage of order n is obtained from the system.
 void tql2e(const int& nm, const int& n, double* d, double* e, double* z, int& ierr);
 
