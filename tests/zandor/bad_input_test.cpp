@@ -47,10 +47,6 @@ const BadInput bad_inputs[] = {
      "12: expected a matrix element of operation 1 (number), found '1.00000x'"},
     {"files.out", " 12 0012 T     12    1", "",
      "35: expected the computed flag of job 12 (T or F), found 'list' (reading began at line 34)"},
-    {"files.out", "0003 T      3    1", "0003 F 4 2",
-     "25: expected an operation within 1..1 for the derived job 3, found 2"},
-    {"files.out", "0003 T      3    1", "0003 F 13 1",
-     "25: expected a source job within 0..12 for the derived job 3, found 13"},
     {"files.out", "0003 T      3    1", "0003 F,,1",
      "25: expected T, or a source job and an operation, for job 3, found no value between "
      "separators"},
@@ -65,21 +61,13 @@ const BadInput bad_inputs[] = {
     {"coord-ref.sgn", "Center  Atomic", "Center Atomic",
      "no line holds 'Center  Atomic  Atomic    Atomic            Coordinates (Angstroms)' after "
      "line 0 (job 0)"},
-    {"coord-ref.sgn", " 1.00783", "-1.00783",
-     "14: expected a mass above 0 for atom 1, found -1.00783"},
     {"coord-ref.sgn", " 1.00783", "-1e-9  ",
      "14: expected a mass above 0 for atom 1, found -1e-09"},
     {"coord-ref.sgn", " 1.00783", "0", "14: expected a mass above 0 for atom 1, found 0"},
-    {"coord-ref.sgn", " 1.00783", " Infinity",
-     "14: expected the mass of atom 1 (finite number), found 'Infinity'"},
     {"coord-ref.log", nullptr, "", "1: expected the first line of the file, found an empty file"},
     {"coord-ref.com", nullptr, "# opt\n\n-1 1\n H 0. 0. 0.\n",
      "5: expected a line that begins with a digit (charge and multiplicity), found the end of the "
      "file (a negative charge is written without its sign)"},
-    {"coord-0001.sgn", "0.45436779", ",,",
-     "18: expected the transition dipole of job 1 (number), found no value between separators"},
-    {"coord-0001.sgn", "0.0010067879", std::string("1\0002", 3),
-     "21: expected the force on atom 1 (number), found '1\\x002'"},
     {"coord-0001.sgn", "-0.0014159685\n End\n", "",
      "23: expected the force on atom 2 (number), found the end of the file (reading began at line "
      "22)"},
@@ -181,12 +169,6 @@ TEST(bad_input, of_several_lines_of_the_job_list_is_named_for_each) {
 }
 
 TEST(bad_input, or_results_that_lead_to_inputs_stop_the_run) {
-  const auto link = [](const char* target, const char* result) {
-    return [=] {
-      fs::remove(result);
-      fs::create_hard_link(target, result);
-    };
-  };
   const support::TempFolder folder;
   fs::copy(good, ".");
   const std::string alone = ": expected a file for the results alone, found a link to the ";
@@ -197,7 +179,8 @@ TEST(bad_input, or_results_that_lead_to_inputs_stop_the_run) {
   };
   for (const auto& [target, result, found] : links) {
     write_file("vib.xyz", "yesterday");
-    link(target, result)();
+    fs::remove(result);
+    fs::create_hard_link(target, result);
     const support::Outcome outcome = support::run({ZANDOR_GATHER, "control.inp"});
     EXPECT_EQ(outcome.status, 2);
     EXPECT_NE(outcome.err.find(alone + found), std::string::npos) << outcome.err;
