@@ -14,8 +14,6 @@
 #include "analysis/median.hpp"
 #include "analysis/prepared_dipoles.hpp"
 #include "check/checks.hpp"
-#include "check/support/force_constants.hpp"
-#include "check/support/net_force.hpp"
 
 namespace check {
 
@@ -189,11 +187,11 @@ void blame(const Search& search, const Suspects& suspects, const Element& worst,
   const Group& group = suspects.front().group;
   std::vector<int> blamed = jobs_to_blame(search, group, search.without(group));
   const int first = blamed.front();
-  std::string text =
-      "the forces do not fit those of the other jobs: h(i,j) - h(j,i) is " +
-      rounded(worst.asymmetry) + " Hartree/Bohr**2 for " + coordinate_text(jobs, worst.i + 1) +
-      " and " + coordinate_text(jobs, worst.j + 1) + ", " + rounded(typical) +
-      " in the median of the other columns; columns of " + names_of_columns(jobs, group.columns);
+  std::string text = io::joined(
+      "the forces do not fit those of the other jobs: h(i,j) - h(j,i) is ",
+      rounded(worst.asymmetry), " Hartree/Bohr**2 for ", coordinate_text(jobs, worst.i + 1),
+      " and ", coordinate_text(jobs, worst.j + 1), ", ", rounded(typical),
+      " in the median of the other columns; columns of ", names_of_columns(jobs, group.columns));
   if (blamed.size() > 1) {
     text += "; this job or " + analysis::job_names(jobs.run, {blamed.begin() + 1, blamed.end()});
   }
@@ -203,8 +201,7 @@ void blame(const Search& search, const Suspects& suspects, const Element& worst,
     text += "; nearly as much is explained by " + analysis::job_names(jobs.run, more);
     blamed.insert(blamed.end(), more.begin(), more.end());
   }
-  report.add(Severity::warning, forces_place(jobs, first), std::move(text), first,
-             std::move(blamed), worst.asymmetry);
+  report.warn(forces_place(jobs, first), {first, std::move(blamed), worst.asymmetry}, text);
 }
 
 // `typical` measures nothing where it is zero, which symmetry makes it, or where columns are
@@ -249,15 +246,18 @@ void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& repo
   const RawForceConstants& raw = jobs.context.raw;
   const bool all_columns = std::ssize(raw.columns) == jobs.run.n3;
   if (!all_columns) {
-    report.note(whole_list,
-                missing_columns(jobs) + "; the others are not held against their median");
+    report.note(whole_list, missing_columns(jobs),
+                "; the others are not held against their median");
   }
   if (raw.columns.size() < 2) return;
-  Search search{jobs,        group_jobs(jobs), {}, limits_for(jobs, all_columns, limits),
-                raw.columns, raw.asymmetry()};
+  Search search{.jobs = jobs,
+                .groups = group_jobs(jobs),
+                .marked = jobs_with_net_force(jobs, limits),
+                .limits = limits_for(jobs, all_columns, limits),
+                .columns = raw.columns,
+                .asymmetry = raw.asymmetry()};
   add_figures(search, report);
   if (jobs.context.common_cause.forbids_comparison()) return;
-  search.marked = jobs_with_net_force(jobs, search.limits);
   while (search.columns.size() >= 2) {
     const Suspects suspects = narrow_down(search, find_suspects(search));
     const Element worst = worst_element(search, suspects.front().group.columns);

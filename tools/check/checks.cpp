@@ -1,11 +1,7 @@
 #include "check/checks.hpp"
 
 #include <algorithm>
-#include <functional>
 
-#include "check/support/force_constants.hpp"
-#include "check/support/net_force.hpp"
-#include "check/support/projected_modes.hpp"
 #include "io/process.hpp"
 
 namespace check {
@@ -44,17 +40,6 @@ void drop_wrong_names(const JobData& jobs, Report& report) {
   }
 }
 
-// The order counts: `usable` looks at the wrong images, and each figure at those before it.
-void build_context(JobData& jobs, const Thresholds& limits, bool with_modes) {
-  jobs.context.wrong_images = find_wrong_images(jobs, limits);
-  jobs.context.raw = difference_forces(jobs);
-  jobs.context.sums = sum_forces(jobs);
-  jobs.context.common_cause = find_common_cause(jobs, limits);
-  if (!with_modes) return;
-  const auto stop = io::collect([&] { jobs.context.modes = project_modes(jobs); });
-  if (stop) jobs.context.modes.missing = stop->message;
-}
-
 }  // namespace
 
 std::span<const NamedCheck> all_checks() { return list; }
@@ -64,20 +49,18 @@ Report run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std
     return only.empty() || std::find(only.begin(), only.end(), name) != only.end();
   };
   Report report;
-  const auto look = [&](const char* name, const std::function<void()>& at) {
-    report.check = name;
-    if (const auto stop = io::collect(at)) {
-      report.note({stop->file, stop->line}, "not looked at: " + stop->message);
-    }
-  };
-  build_context(jobs, limits,
-                std::any_of(std::begin(list), std::end(list), [&](const NamedCheck& check) {
-                  return check.needs_modes && wanted(check.name);
-                }));
+  jobs.context.wrong_images = find_wrong_images(jobs, limits);
+  form_context(jobs, limits,
+               std::any_of(std::begin(list), std::end(list), [&](const NamedCheck& check) {
+                 return check.needs_modes && wanted(check.name);
+               }));
   const bool touches = jobs.context.common_cause.is(CommonCause::Kind::degenerate);
   for (const NamedCheck& check : list) {
     if (!wanted(check.name) || (touches && check.needs_one_state)) continue;
-    look(check.name, [&] { check.look(jobs, limits, report); });
+    report.check = check.name;
+    if (const auto stop = io::collect([&] { check.look(jobs, limits, report); })) {
+      report.note({stop->file, stop->line}, "not looked at: ", stop->message);
+    }
   }
   drop_wrong_names(jobs, report);
   std::stable_sort(report.findings.begin(), report.findings.end(),

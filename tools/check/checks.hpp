@@ -41,6 +41,10 @@ std::vector<char> find_wrong_images(const JobData& jobs, const Thresholds& limit
 // Marks the jobs, of 0..n6, that share a sign file with another or stand behind another's number.
 std::vector<char> listed_wrongly(const JobData& jobs);
 
+// The computed jobs whose net force or torque is further from the median of all jobs than their
+// columns may be from zero; ascending. None in a layered job, where such sums need not vanish.
+std::vector<int> jobs_with_net_force(const JobData& jobs, const Thresholds& limits);
+
 // The list of them all.
 struct NamedCheck {
   const char* name;

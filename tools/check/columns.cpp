@@ -9,21 +9,19 @@ namespace {
 void report_odd(const OddLines& odd, const std::string& says, const char* means,
                 std::string_view file, int job, Report& report) {
   if (odd.count == 0) return;
-  report.add(
-      Severity::warning, {file, odd.first},
-      says + io::quoted(odd.found) + means +
-          (odd.count == 1 ? "" : " (and " + counted(odd.count - 1, "more line") + " of the block)"),
-      job);
+  report.warn(
+      {file, odd.first}, {job}, says, io::quoted(odd.found), means,
+      odd.count == 1 ? "" : " (and " + counted(odd.count - 1, "more line") + " of the block)");
 }
 
 void report_rows(const BlockRows& rows, const std::string& what, int read, std::string_view file,
                  int job, Report& report) {
   report_odd(rows.extra,
-             what + " of atom " + std::to_string(rows.extra.atom) + ": more items than the " +
-                 std::to_string(read) + " that are read, the first of them ",
+             io::joined(what, " of atom ", rows.extra.atom, ": more items than the ", read,
+                        " that are read, the first of them "),
              "; a column too many shifts the numbers", file, job, report);
   report_odd(rows.unordered,
-             what + " of atom " + std::to_string(rows.unordered.atom) + ": the line is numbered ",
+             io::joined(what, " of atom ", rows.unordered.atom, ": the line is numbered "),
              ", but atoms are read in the order of the lines", file, job, report);
 }
 

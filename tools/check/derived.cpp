@@ -51,14 +51,13 @@ std::string complaint_about(const JobData& jobs, int k, double tolerance) {
   const double off = analysis::off_orthogonal(operation(run, k));
   if (off > tolerance) return "is not orthogonal: op op^T differs from 1 by " + rounded(off);
   if (const int atom = wrong_image(run, k); atom > 0) {
-    return "has in the atom table an image of atom " + std::to_string(atom) +
-           " that is of another element or taken twice: " + std::to_string(run.atom_m(atom, k));
+    return io::joined("has in the atom table an image of atom ", atom,
+                      " that is of another element or taken twice: ", run.atom_m(atom, k));
   }
   const Misfit misfit = misfit_of(jobs, k);
   if (misfit.forward <= tolerance) return {};
-  const std::string expected = "does not carry atom " + std::to_string(run.atom_m(misfit.atom, k)) +
-                               " onto atom " + std::to_string(misfit.atom) +
-                               " as the atom table says";
+  const std::string expected = io::joined("does not carry atom ", run.atom_m(misfit.atom, k),
+                                          " onto atom ", misfit.atom, " as the atom table says");
   if (misfit.reverse <= tolerance) {
     return expected +
            ", but the other way round: the table holds the inverse map, or the matrix is the "
@@ -82,7 +81,7 @@ void pass_on_list_warnings(const JobData& jobs, Report& report) {
     for (int i = 1; i <= jobs.run.n6; ++i) {
       if (jobs.job(i).is_calc || jobs.job(i).list_line != warning.line) continue;
       report.add(jobs.source(i) == 0 ? Severity::error : Severity::warning,
-                 {warning.file, warning.line}, warning.message, i);
+                 {warning.file, warning.line}, {i}, warning.message);
     }
   }
 }
@@ -91,16 +90,15 @@ void pass_on_list_warnings(const JobData& jobs, Report& report) {
 // jobs 0..n6 whether they have a wrong source or operation.
 std::vector<char> look_at_images(const JobData& jobs, double tolerance, Report* report) {
   std::vector<char> wrong(jobs.run.jobs.size(), 0);
-  const auto add = [&](int i, const std::string& text) {
-    if (report != nullptr) report->add(Severity::error, list_line(jobs, i), text, i);
+  const auto add = [&](int i, const auto&... parts) {
+    if (report != nullptr) report->error(list_line(jobs, i), {i}, parts...);
   };
   for (const auto& [k, derived] : jobs_by_operation(jobs)) {
     const std::string complaint = complaint_about(jobs, k, tolerance);
     if (!complaint.empty()) {
       const auto more = std::ssize(derived) - 1;
-      add(derived.front(),
-          "operation " + std::to_string(k) + " of " + job_text(jobs, derived.front()) +
-              (more > 0 ? " and " + counted(more, "more job") : "") + " " + complaint);
+      add(derived.front(), "operation ", k, " of ", job_text(jobs, derived.front()),
+          more > 0 ? " and " + counted(more, "more job") : "", " ", complaint);
     }
     for (const int i : derived) {
       const int expected =
@@ -108,9 +106,9 @@ std::vector<char> look_at_images(const JobData& jobs, double tolerance, Report* 
       if (jobs.source(i) == 0 || jobs.job(i).calc_m == expected) continue;
       at(wrong, i) = 1;
       if (!complaint.empty()) continue;
-      add(i, job_text(jobs, i) + " is not the image of " + job_text(jobs, jobs.job(i).calc_m) +
-                 " under operation " + std::to_string(k) +
-                 (expected > 0 ? ", but of " + job_text(jobs, expected) : ", nor of any job"));
+      add(i, job_text(jobs, i), " is not the image of ", job_text(jobs, jobs.job(i).calc_m),
+          " under operation ", k,
+          expected > 0 ? ", but of " + job_text(jobs, expected) : ", nor of any job");
     }
   }
   return wrong;

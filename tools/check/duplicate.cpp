@@ -4,7 +4,6 @@
 #include <unordered_map>
 
 #include "check/checks.hpp"
-#include "check/support/force_constants.hpp"
 
 namespace check {
 
@@ -29,9 +28,8 @@ void report_repeated_reference(const JobData& jobs, int i, Report& report) {
   const RawForceConstants& raw = jobs.context.raw;
   const std::vector<int> others = columns_without(raw, i, i);
   if (!others.empty() && is_rounding(raw, raw.h.row((i - 1) / 2), others)) return;
-  report.add(Severity::error, forces_place(jobs, i),
-             "the forces of " + job_text(jobs, i) + " are those of the reference, digit for digit",
-             i, {i});
+  report.error(forces_place(jobs, i), {i, {i}}, "the forces of ", job_text(jobs, i),
+               " are those of the reference, digit for digit");
 }
 
 // Nothing is said where, by the other columns, the two steps change the forces alike, as opposite
@@ -47,11 +45,10 @@ void report_pair(const JobData& jobs, int i, int j, Report& report) {
   const std::vector<int> copies = single_out(jobs, {i, j}, others);
   const int blamed = copies.size() == 1 ? copies.front() : j;
   const int other = blamed == i ? j : i;
-  report.add(Severity::error, forces_place(jobs, blamed),
-             "the forces of " + job_text(jobs, blamed) + " are those of " + job_text(jobs, other) +
-                 ", digit for digit (" + std::string(jobs.sign_name(other)) +
-                 (copies.size() == 1 ? ")" : "); one of the two is a copy"),
-             blamed, copies);
+  report.error(forces_place(jobs, blamed), {blamed, copies}, "the forces of ",
+               job_text(jobs, blamed), " are those of ", job_text(jobs, other),
+               ", digit for digit (", jobs.sign_name(other),
+               copies.size() == 1 ? ")" : "); one of the two is a copy");
 }
 
 }  // namespace
@@ -80,8 +77,8 @@ void check_duplicate(const JobData& jobs, const Thresholds&, Report& report) {
   }
   report.figure("jobs whose forces repeat others", repeated);
   if (const auto missing = std::ssize(jobs.computed) - std::ssize(jobs.read); missing > 0) {
-    report.note(whole_list,
-                "not looked at: " + counted(missing, "job") + " without forces that can be used");
+    report.note(whole_list, "not looked at: ", counted(missing, "job"),
+                " without forces that can be used");
   }
 }
 

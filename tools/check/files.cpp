@@ -11,8 +11,8 @@ void report_faults(const JobData& jobs, int i, Severity severity, const std::vec
   for (const Fault& fault : faults) {
     const bool of_job =
         fault.file == jobs.sign_name(i) || fault.file == jobs.job(i).log_name.content();
-    report.add(severity, {fault.file, fault.line}, fault.message, i,
-               of_job ? std::vector{i} : std::vector<int>{});
+    report.add(severity, {fault.file, fault.line},
+               {i, of_job ? std::vector{i} : std::vector<int>{}}, fault.message);
   }
 }
 
@@ -22,7 +22,7 @@ void check_files(const JobData& jobs, const Thresholds&, Report& report) {
   for (const Fault& warning : jobs.list.warnings) {
     // Those that belong to a job of the list have a check of their own.
     if (warning.file == zandor::job_list_name && warning.line >= jobs.job(0).list_line) continue;
-    report.add(Severity::warning, {warning.file, warning.line}, warning.message);
+    report.warn({warning.file, warning.line}, {}, warning.message);
   }
   int unusable = 0;
   for (int i = 0; i <= jobs.run.n6; ++i) {

@@ -1,11 +1,9 @@
 // Force constants and frequencies that no molecule has: gradients in place of forces, other units.
-#include "check/support/force_constants.hpp"
 
 #include <algorithm>
 #include <cmath>
 
 #include "check/checks.hpp"
-#include "check/support/projected_modes.hpp"
 
 namespace check {
 
@@ -37,13 +35,10 @@ void check_blocks(const JobData& jobs, Report& report) {
   report.figure("smallest trace of an atom's own force constants (Hartree/Bohr**2)", least);
   if (pushing.empty()) return;
   const bool most = 2 * pushing.size() > blocks.size();
-  report.add(Severity::warning, whole_list,
-             "the own force constants of " + counted(std::ssize(pushing), "atom") + " of " +
-                 std::to_string(blocks.size()) +
-                 " push it away when it moves, first those of atom " +
-                 std::to_string(pushing.front()) + " (the sum of the three, at the least, is " +
-                 rounded(least) + " Hartree/Bohr**2)" +
-                 (most ? ": gradients for forces, or job order turned?" : ""));
+  report.warn(whole_list, {}, "the own force constants of ", counted(std::ssize(pushing), "atom"),
+              " of ", blocks.size(), " push it away when it moves, first those of atom ",
+              pushing.front(), " (the sum of the three, at the least, is ", rounded(least),
+              " Hartree/Bohr**2)", most ? ": gradients for forces, or job order turned?" : "");
 }
 
 }  // namespace
@@ -53,20 +48,18 @@ void check_force_constants(const JobData& jobs, const Thresholds& limits, Report
   if (!cause.is(CommonCause::Kind::other_axes)) check_blocks(jobs, report);
   const ProjectedModes& modes = jobs.context.modes;
   if (!modes.missing.empty()) {
-    report.note(whole_list, "frequencies not looked at: " + modes.missing);
+    report.note(whole_list, "frequencies not looked at: ", modes.missing);
     if (cause.is(CommonCause::Kind::other_units)) {
-      report.add(Severity::warning, whole_list,
-                 "the own force constants of every atom sum up to " + rounded(cause.own_trace) +
-                     " Hartree/Bohr**2 and more" + other_units);
+      report.warn(whole_list, {}, "the own force constants of every atom sum up to ",
+                  rounded(cause.own_trace), " Hartree/Bohr**2 and more", other_units);
     }
     return;
   }
   const double highest = wavenumber(modes.eigenvalues.cwiseAbs().maxCoeff());
   report.figure("highest frequency (cm-1)", highest);
   if (highest <= limits.frequency) return;
-  report.add(
-      Severity::warning, whole_list,
-      "the highest frequency, real or imaginary, is " + rounded(highest) + " cm-1" + other_units);
+  report.warn(whole_list, {}, "the highest frequency, real or imaginary, is ", rounded(highest),
+              " cm-1", other_units);
 }
 
 }  // namespace check

@@ -4,7 +4,6 @@
 
 #include "analysis/rigid_motions.hpp"
 #include "check/checks.hpp"
-#include "check/support/projected_modes.hpp"
 
 namespace check {
 
@@ -26,7 +25,7 @@ double largest_rigid_frequency(const JobData& jobs, const analysis::RigidMotions
 void check_frame(const JobData& jobs, const Thresholds& limits, Report& report) {
   const io::Place place{jobs.run.com_name.content()};
   if (const std::string& missing = jobs.context.modes.missing; !missing.empty()) {
-    report.note(place, "not looked at: " + missing);
+    report.note(place, "not looked at: ", missing);
     return;
   }
   const double angle = analysis::principal_axes(jobs.run).largest_angle;
@@ -37,20 +36,17 @@ void check_frame(const JobData& jobs, const Thresholds& limits, Report& report) 
   const bool spurious = std::abs(left) > limits.frame;
   if (!spurious && angle <= limits.frame_angle) return;
   if (spurious && angle <= limits.frame_angle && rigid.rank == 5) {
-    report.add(
-        Severity::warning, place,
-        "the molecule is linear but for a hair: the projection of the report takes a bend for a "
-        "rotation, and leaves a rotation with " +
-            rounded(left) + " cm-1; put the atoms on the line",
-        0);
+    report.warn(place, {0},
+                "the molecule is linear but for a hair: the projection of the report takes a bend "
+                "for a rotation, and leaves a rotation with ",
+                rounded(left), " cm-1; put the atoms on the line");
     return;
   }
-  report.add(spurious && !jobs.layered ? Severity::warning : Severity::note, place,
-             "the axes are " + rounded(angle) +
-                 " degrees off the principal axes of inertia, where the projection is exact: "
-                 "rigid motions stay in the projected set with up to " +
-                 rounded(left) + " cm-1",
-             0);
+  report.add(spurious && !jobs.layered ? Severity::warning : Severity::note, place, {0},
+             "the axes are ", rounded(angle),
+             " degrees off the principal axes of inertia, where the projection is exact: rigid "
+             "motions stay in the projected set with up to ",
+             rounded(left), " cm-1");
 }
 
 }  // namespace check

@@ -75,15 +75,14 @@ std::string unit_hint(double factor) {
 
 void report_common_factor(const JobData& jobs, double factor, double tolerance, Report& report) {
   if (factor < 0.0) {
-    report.add(
-        Severity::error, list_line(jobs, 1),
-        "every job holds the step of the other sign: disp_sign, or the order of the two jobs "
-        "of each coordinate, is turned");
+    report.error(list_line(jobs, 1), {},
+                 "every job holds the step of the other sign: disp_sign, or the order of the two "
+                 "jobs of each coordinate, is turned");
   }
   if (std::fabs(std::fabs(factor) - 1.0) * std::fabs(step(jobs)) > tolerance) {
-    report.add(Severity::error, {zandor::job_list_name, 3},
-               "the step is " + rounded(step(jobs)) + " Angstrom, but the jobs moved by " +
-                   rounded(std::fabs(factor)) + " times that" + unit_hint(factor));
+    report.error({zandor::job_list_name, 3}, {}, "the step is ", rounded(step(jobs)),
+                 " Angstrom, but the jobs moved by ", rounded(std::fabs(factor)), " times that",
+                 unit_hint(factor));
   }
 }
 
@@ -100,8 +99,8 @@ std::string complaint(const JobData& jobs, const Displacement& d, const Eigen::M
                       double tolerance) {
   const int ih = (d.job + 1) / 2;
   const double distance = expected(ih - 1);
-  const std::string wanted = " where " + coordinate_text(jobs, ih) + " should have moved by " +
-                             rounded(distance) + " Angstrom";
+  const std::string wanted = io::joined(" where ", coordinate_text(jobs, ih),
+                                        " should have moved by ", rounded(distance), " Angstrom");
   if (d.coordinate == 0) return "holds the reference geometry" + wanted;
   if (d.coordinate < 0) {
     return "the geometry " +
@@ -132,7 +131,7 @@ bool report_repeated_blocks(const JobData& jobs, std::vector<Displacement>& all,
       is_all ? "every displaced sign file" : counted(std::ssize(repeated), "sign file");
   const std::string verb = is_all ? "s" : "";
   std::erase_if(all, [](const Displacement& d) { return d.coordinate == 0; });
-  report.add(forces_differ ? Severity::note : Severity::error, whole_list,
+  report.add(forces_differ ? Severity::note : Severity::error, whole_list, {},
              forces_differ
                  ? "not looked at: " + files + " repeat" + verb + " the reference geometry"
                  : files + " hold" + verb +
@@ -152,9 +151,9 @@ std::vector<Displacement> displacements(const JobData& jobs, double tolerance, R
     }
   }
   if (!without.empty()) {
-    report.note(whole_list, "not looked at: " + counted(std::ssize(without), "sign file") +
-                                " without a geometry block that can be read (" +
-                                analysis::job_names(jobs.run, without) + ")");
+    report.note(whole_list, "not looked at: ", counted(std::ssize(without), "sign file"),
+                " without a geometry block that can be read (",
+                analysis::job_names(jobs.run, without), ")");
   }
   return all;
 }
@@ -180,9 +179,8 @@ void check_geometry(const JobData& jobs, const Thresholds& limits, Report& repor
     if (deviation <= limits.geometry) continue;
     // The line of the atom that has moved, or should have.
     const int atom = ((d.first > 0 ? d.first : ih) - 1) / 3;
-    report.add(Severity::error,
-               sign_line(jobs, d.job, at(jobs.sign_file(d.job).geometry->lines, atom)),
-               complaint(jobs, d, expected, limits.geometry), d.job, {d.job});
+    report.error(sign_line(jobs, d.job, at(jobs.sign_file(d.job).geometry->lines, atom)),
+                 {d.job, {d.job}}, complaint(jobs, d, expected, limits.geometry));
   }
   report.figure("largest deviation (Angstrom)", largest);
   report.figure("displaced geometries", read);

@@ -18,10 +18,10 @@ constexpr double same_state = 0.02;
 
 // Value k of a header, in the spelling of messages; empty where it is not there.
 std::string value_text(const SignHeader& header, std::size_t k) {
-  if (k < maxloc) return header.sizes[k] ? std::to_string(*header.sizes[k]) : "";
-  if (k == maxval) return header.tden_maxval ? io::shown(*header.tden_maxval) : "";
-  if (!header.tden_maxloc) return {};
-  return std::to_string((*header.tden_maxloc)[0]) + " " + std::to_string((*header.tden_maxloc)[1]);
+  if (k < maxloc) return header.sizes[k] ? io::joined(*header.sizes[k]) : "";
+  if (k == maxval) return header.tden_maxval ? io::joined(*header.tden_maxval) : "";
+  const auto& place = header.tden_maxloc;
+  return place ? io::joined((*place)[0], " ", (*place)[1]) : "";
 }
 
 // By what part of it the largest element has changed its size against the reference's; not_known
@@ -76,17 +76,20 @@ Meaning meaning_of(const JobData& jobs, int job, std::size_t k, double limit,
           dipoles == Dipoles::fit};
 }
 
+io::Place header_line(const JobData& jobs, int i, std::size_t k) {
+  return sign_line(jobs, i, jobs.sign_file(i).header.lines[k]);
+}
+
 void note_harmless(const JobData& jobs, const std::vector<int>& harmless, std::size_t k,
                    Report& report) {
   if (harmless.empty()) return;
-  const int first = harmless.front();
-  const std::string which =
-      counted(std::ssize(harmless), "job") + " (" + analysis::job_names(jobs.run, harmless) + ")";
-  report.note(sign_line(jobs, first, jobs.sign_file(first).header.lines[k]),
-              k == maxloc ? "tden_maxloc is not the reference's in " + which +
-                                ", but tden_maxval is: equivalent orbitals"
-                          : "tden_maxval has not the sign of the reference's in " + which +
-                                ", but the dipoles fit as they stand");
+  const bool is_place = k == maxloc;
+  report.note(header_line(jobs, harmless.front(), k),
+              is_place ? "tden_maxloc is not the reference's in "
+                       : "tden_maxval has not the sign of the reference's in ",
+              counted(std::ssize(harmless), "job"), " (", analysis::job_names(jobs.run, harmless),
+              is_place ? "), but tden_maxval is: equivalent orbitals"
+                       : "), but the dipoles fit as they stand");
 }
 
 // Value k in all jobs that have it.
@@ -113,20 +116,19 @@ void compare_value(const JobData& jobs, std::size_t k, double limit, Report& rep
                            return k == maxval ? d.second == different[0].second
                                               : text_of(d.first) == text_of(different[0].first);
                          });
-  const std::string name = SignHeader::names[k];
-  const auto add = [&](int i, const std::string& text) {
-    report.add(Severity::warning, sign_line(jobs, i, jobs.sign_file(i).header.lines[k]),
-               name + " is " + text, i, k < maxloc ? std::vector{i} : std::vector<int>{});
+  const auto warn = [&](int i, const auto&... parts) {
+    report.warn(header_line(jobs, i, k), {i, k < maxloc ? std::vector{i} : std::vector<int>{}},
+                SignHeader::names[k], " is ", parts...);
   };
   if (all_alike) {
     const std::string first = text_of(different[0].first);
-    add(0, expected + ", in all displaced sign files " +
-               (k == maxval ? "other than that (" + first + " in the first)" : first) +
-               ": in the reference " + different[0].second);
+    warn(0, expected, ", in all displaced sign files ",
+         k == maxval ? "other than that (" + first + " in the first)" : first,
+         ": in the reference ", different[0].second);
     return;
   }
   for (const auto& [i, meaning] : different) {
-    add(i, text_of(i).append(", in the reference ").append(expected).append(": ").append(meaning));
+    warn(i, text_of(i), ", in the reference ", expected, ": ", meaning);
   }
 }
 
@@ -154,9 +156,8 @@ void check_header(const JobData& jobs, const Thresholds& limits, Report& report)
   if (!has_any(reference)) {
     report.note(place_of(jobs, 0), "not looked at: the reference's sign file holds no header");
   } else if (!without.empty()) {
-    report.note(whole_list,
-                "not looked at: " + counted(std::ssize(without), "displaced sign file") +
-                    " without a header (" + analysis::job_names(jobs.run, without) + ")");
+    report.note(whole_list, "not looked at: ", counted(std::ssize(without), "displaced sign file"),
+                " without a header (", analysis::job_names(jobs.run, without), ")");
   }
 }
 

@@ -16,12 +16,10 @@ void check_input(const JobData& jobs, const Thresholds& limits, Report& report) 
   report.figure("largest difference (Angstrom)", difference.largest);
   if (difference.kind == GeometryDifference::Kind::none) return;
   const bool only_shifted = difference.kind == GeometryDifference::Kind::shifted;
-  report.add(
-      Severity::warning, {place.file, at(jobs.input->lines, difference.atom - 1)},
-      "the geometry " + describe(difference) + ", against " + std::string(jobs.sign_name(0)) +
-          (only_shifted ? ": only a shift, which does no harm"
-                        : ": forces and dipoles are taken to belong to the axes of this one"),
-      0);
+  report.warn({place.file, at(jobs.input->lines, difference.atom - 1)}, {0}, "the geometry ",
+              describe(difference), ", against ", jobs.sign_name(0),
+              only_shifted ? ": only a shift, which does no harm"
+                           : ": forces and dipoles are taken to belong to the axes of this one");
 }
 
 }  // namespace check

@@ -27,20 +27,17 @@ void check_masses(const JobData& jobs, const Thresholds& limits, Report& report)
     if (std::fabs(mass - nearest) <= limits.mass) continue;
     const bool average = analysis::is_average_mass(number, mass);
     report.add(average ? Severity::note : Severity::warning,
-               sign_line(jobs, 0, at(geometry->lines, a)),
-               "atom " + std::to_string(a + 1) + " has the mass " + io::shown(mass) + " amu" +
-                   (average ? ", the average of its element" : "") +
-                   "; the nearest isotope of atomic number " + std::to_string(number) + " has " +
-                   io::shown(nearest),
-               0);
+               sign_line(jobs, 0, at(geometry->lines, a)), {0}, "atom ", a + 1, " has the mass ",
+               mass, " amu", average ? ", the average of its element" : "",
+               "; the nearest isotope of atomic number ", number, " has ", nearest);
   }
   report.figure("largest distance from an isotope (amu)", furthest);
   std::string numbers;
   for (const int number : unknown)
     numbers += (numbers.empty() ? "" : ", ") + std::to_string(number);
   if (!numbers.empty()) {
-    report.note(place_of(jobs, 0),
-                "not looked at: no isotopes are known here of atomic number " + numbers);
+    report.note(place_of(jobs, 0), "not looked at: no isotopes are known here of atomic number ",
+                numbers);
   }
 }
 

@@ -37,10 +37,8 @@ void check_names(const JobData& jobs, const Thresholds&, Report& report) {
                 static_cast<double>(std::count(wrong.begin(), wrong.end(), 1)));
   for (const auto& [i, first] : first_with_same_file(jobs)) {
     if (first == i) continue;
-    report.add(Severity::error, list_line(jobs, i),
-               job_text(jobs, i) + " reads the same sign file as " + job_text(jobs, first) + ": " +
-                   std::string(jobs.sign_name(i)),
-               i);
+    report.error(list_line(jobs, i), {i}, job_text(jobs, i), " reads the same sign file as ",
+                 job_text(jobs, first), ": ", jobs.sign_name(i));
   }
   std::vector<int> unordered;
   for (int i = 0; i <= jobs.run.n6; ++i) {
@@ -48,11 +46,9 @@ void check_names(const JobData& jobs, const Thresholds&, Report& report) {
   }
   if (unordered.empty()) return;
   const int first = unordered.front();
-  report.add(Severity::error, list_line(jobs, first),
-             "expected job " + std::to_string(first) + ", found the number " +
-                 std::to_string(*jobs.job(first).number) +
-                 ": jobs count in the order of the lines (" +
-                 counted(std::ssize(unordered), "line") + " out of order)");
+  report.error(list_line(jobs, first), {}, "expected job ", first, ", found the number ",
+               *jobs.job(first).number, ": jobs count in the order of the lines (",
+               counted(std::ssize(unordered), "line"), " out of order)");
 }
 
 }  // namespace check

@@ -1,47 +1,14 @@
 // A molecule that floats freely feels no net force and no net torque, at any geometry: the sums
 // over the atoms of each job vanish, and so do their differences.
-#include "check/support/net_force.hpp"
-
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <utility>
 
-#include "analysis/dipoles.hpp"
-#include "analysis/median.hpp"
 #include "check/checks.hpp"
-#include "flib/units_of_measure.hpp"
 
 namespace check {
 
 namespace {
-
-// At the displaced geometry, where the torque vanishes exactly. x: places from the centre of the
-// atoms, Bohr; size: their root mean square length.
-Sums sums_of(const JobData& jobs, int job, const Eigen::Matrix3Xd& x, double size) {
-  const Eigen::Map<const Eigen::Matrix3Xd> forces(jobs.forces(job).data(), 3, x.cols());
-  Eigen::Vector3d force = Eigen::Vector3d::Zero(), torque = Eigen::Vector3d::Zero();
-  for (Eigen::Index a = 0; a < x.cols(); ++a) {
-    force += forces.col(a);
-    torque += x.col(a).cross(forces.col(a));
-  }
-  const Eigen::Vector3d moved = jobs.step(job) * Eigen::Vector3d::Unit((job - 1) / 2 % 3);
-  torque += moved.cross(forces.col((job - 1) / 6));
-  if (size > 0.0) torque /= size;
-  return (Sums() << force, torque).finished();
-}
-
-// The median of each sum over the jobs: what the sums are when nothing is wrong.
-Sums usual_sums(const NetForces& sums) {
-  Sums usual;
-  for (int k = 0; k < usual.size(); ++k) {
-    std::vector<double> values;
-    std::copy_if(sums.of_job.row(k).begin(), sums.of_job.row(k).end(), std::back_inserter(values),
-                 [](double value) { return std::isfinite(value); });
-    usual(k) = analysis::median(std::move(values));
-  }
-  return usual;
-}
 
 double distance_from_usual(const NetForces& sums, int job) {
   return (sums.of_job.col(job) - sums.usual).cwiseAbs().maxCoeff();
@@ -60,28 +27,26 @@ std::vector<int> suspects(const JobData& jobs, int column) {
 
 std::string describe(const JobData& jobs, int column) {
   const NetForces& sums = jobs.context.sums;
-  return std::string("net ") + (sums.torque(column) > sums.force(column) ? "torque" : "force") +
-         " in the column of " + coordinate_text(jobs, column + 1) + ": " +
-         rounded(sums.largest(column)) + " Hartree/Bohr**2, ";
+  return io::joined("net ", sums.torque(column) > sums.force(column) ? "torque" : "force",
+                    " in the column of ", coordinate_text(jobs, column + 1), ": ",
+                    rounded(sums.largest(column)), " Hartree/Bohr**2, ");
 }
 
-// What print rounding may make of the sums: the worst case, all errors in one direction. A torque
-// sums over two components, with lever arms of about the size.
-double rounding_of_sums(const JobData& jobs, int job, int other) {
-  const double digits = jobs.rounding(job) + jobs.rounding(other);
-  return 2.0 * jobs.run.natom * digits / std::fabs(2.0 * jobs.run.dx);
+// What a net force or torque must exceed to stand out.
+double allowed(const JobData& jobs, double rounding, const Thresholds& limits) {
+  constexpr double stands_out = 10.0;  // times the median column
+  return std::max(limits.net_force + rounding, stands_out * jobs.context.common_cause.net_force);
 }
 
 void report_columns(const JobData& jobs, const std::map<std::vector<int>, int>& columns,
                     const Thresholds& limits, Report& report) {
   const NetForces& sums = jobs.context.sums;
   for (const auto& [blamed, k] : columns) {
-    std::string text = describe(jobs, k) + "at most " +
-                       rounded(net_force_allowed(jobs, sums.rounding(k), limits)) + " expected";
-    if (blamed.size() > 1) text += "; this job or " + std::string(jobs.sign_name(blamed[1]));
     report.add(jobs.layered ? Severity::note : Severity::warning,
-               forces_place(jobs, blamed.front()), std::move(text), blamed.front(), blamed,
-               sums.largest(k));
+               forces_place(jobs, blamed.front()), {blamed.front(), blamed, sums.largest(k)},
+               describe(jobs, k), "at most ", rounded(allowed(jobs, sums.rounding(k), limits)),
+               " expected", blamed.size() > 1 ? "; this job or " : "",
+               blamed.size() > 1 ? jobs.sign_name(blamed[1]) : "");
   }
 }
 
@@ -104,69 +69,24 @@ void add_figures(const JobData& jobs, Report& report) {
   const NetForces& sums = jobs.context.sums;
   Eigen::VectorXd torque = sums.torque;
   if (!jobs.has_geometry()) torque.setConstant(not_known);
-  report.figure("largest net force (Hartree/Bohr**2)",
-                largest_known({sums.force.begin(), sums.force.end()}));
+  report.figure("largest net force (Hartree/Bohr**2)", largest_known(sums.force));
   report.figure("largest net torque over the size of the molecule (Hartree/Bohr**2)",
-                largest_known({torque.begin(), torque.end()}));
+                largest_known(torque));
   report.figure("net force of each coordinate (Hartree/Bohr**2)", sums.force);
   report.figure("net torque of each coordinate (Hartree/Bohr**2)", torque);
 }
 
 }  // namespace
 
-NetForces sum_forces(const JobData& jobs) {
-  const zandor::RunData& run = jobs.run;
-  Eigen::Matrix3Xd x =
-      Eigen::Map<const Eigen::Matrix3Xd>(run.xa.data(), 3, run.natom) / flib::angstrom_per_bohr;
-  x.colwise() -= x.rowwise().mean().eval();
-  const double size = std::sqrt(x.squaredNorm() / run.natom);
-  NetForces sums;
-  sums.of_job.setConstant(6, run.n6 + 1, not_known);
-  for (int i = 1; i <= run.n6; ++i) {
-    if (jobs.usable(i)) sums.of_job.col(i) = sums_of(jobs, i, x, size);
-  }
-  sums.usual = usual_sums(sums);
-  sums.force.setConstant(run.n3, not_known);
-  sums.torque = sums.largest = sums.rounding = sums.force;
-  for (int k = 0; k < run.n3; ++k) {
-    if (!jobs.usable_column(k + 1)) continue;
-    const int a = 2 * k + 1, b = 2 * k + 2;
-    const Sums column =
-        (sums.of_job.col(a) - sums.of_job.col(b)).cwiseAbs() / std::fabs(2.0 * run.dx);
-    sums.force(k) = column.head<3>().maxCoeff();
-    sums.torque(k) = column.tail<3>().maxCoeff();
-    sums.largest(k) = std::max(sums.force(k), sums.torque(k));
-    sums.rounding(k) = rounding_of_sums(jobs, a, b);
-  }
-  return sums;
-}
-
-double median_over_jobs(const JobData& jobs, const Eigen::VectorXd& of_column) {
-  std::map<std::pair<int, int>, double> of_jobs;
-  for (int k = 0; k < of_column.size(); ++k) {
-    if (std::isnan(of_column(k))) continue;
-    const auto sources = std::minmax({jobs.source(2 * k + 1), jobs.source(2 * k + 2)});
-    double& largest = of_jobs.emplace(sources, of_column(k)).first->second;
-    largest = std::max(largest, of_column(k));
-  }
-  std::vector<double> values;
-  for (const auto& [sources, value] : of_jobs) values.push_back(value);
-  if (values.size() < 2) return 0.0;
-  if (values.size() == 2) return std::min(values[0], values[1]);
-  return analysis::median(std::move(values));
-}
-
-double net_force_allowed(const JobData& jobs, double rounding, const Thresholds& limits) {
-  constexpr double stands_out = 10.0;  // times the median column
-  return std::max(limits.net_force + rounding, stands_out * jobs.context.common_cause.net_force);
-}
-
 std::vector<int> jobs_with_net_force(const JobData& jobs, const Thresholds& limits) {
   std::vector<int> found;
   if (jobs.layered) return found;
   for (const int i : jobs.read) {
     const double excess = distance_from_usual(jobs.context.sums, i) / std::fabs(2.0 * jobs.run.dx);
-    if (excess > net_force_allowed(jobs, rounding_of_sums(jobs, i, i), limits)) found.push_back(i);
+    const double rounding = jobs.rounding(i) / std::fabs(jobs.run.dx);
+    if (excess > allowed(jobs, rounding_of_sums(jobs.run.natom, rounding), limits)) {
+      found.push_back(i);
+    }
   }
   return found;
 }
@@ -177,7 +97,7 @@ void check_net_force(const JobData& jobs, const Thresholds& limits, Report& repo
   const auto smaller = [&](int k, int l) { return sums.largest(k) < sums.largest(l); };
   std::map<std::vector<int>, int> standing_out;  // the worst of those that blame the same jobs
   for (const int k : columns) {
-    if (!(sums.largest(k) > net_force_allowed(jobs, sums.rounding(k), limits))) continue;
+    if (!(sums.largest(k) > allowed(jobs, sums.rounding(k), limits))) continue;
     int& worst = standing_out.emplace(suspects(jobs, k), k).first->second;
     worst = std::max(worst, k, smaller);
   }
@@ -189,9 +109,9 @@ void check_net_force(const JobData& jobs, const Thresholds& limits, Report& repo
   add_figures(jobs, report);
   const CommonCause& cause = jobs.context.common_cause;
   if (const char* const meaning = meaning_of(cause.kind); meaning != nullptr) {
-    report.add(jobs.layered ? Severity::note : Severity::warning, whole_list,
-               describe(jobs, *std::max_element(columns.begin(), columns.end(), smaller)) +
-                   rounded(cause.net_force) + " in the median column: " + meaning);
+    report.add(jobs.layered ? Severity::note : Severity::warning, whole_list, {},
+               describe(jobs, *std::max_element(columns.begin(), columns.end(), smaller)),
+               rounded(cause.net_force), " in the median column: ", meaning);
   }
   if (cause.is(CommonCause::Kind::none) || cause.is(CommonCause::Kind::loose)) {
     report_columns(jobs, standing_out, limits, report);

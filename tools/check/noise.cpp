@@ -3,14 +3,13 @@
 // 30 of them.
 #include "analysis/rigid_motions.hpp"
 #include "check/checks.hpp"
-#include "check/support/projected_modes.hpp"
 
 namespace check {
 
 void check_noise(const JobData& jobs, const Thresholds& limits, Report& report) {
   const ProjectedModes& modes = jobs.context.modes;
   if (!modes.missing.empty()) {
-    report.note({jobs.run.com_name.content()}, "not looked at: " + modes.missing);
+    report.note({jobs.run.com_name.content()}, "not looked at: ", modes.missing);
     return;
   }
   const auto below = (modes.eigenvalues.array().abs() < limits.noise).count();
@@ -19,10 +18,9 @@ void check_noise(const JobData& jobs, const Thresholds& limits, Report& report) 
   report.figure("noise floor (cm-1)", floor);
   report.figure("projected frequencies below it", static_cast<double>(below));
   if (below <= rigid) return;
-  report.note(whole_list, std::to_string(below) + " projected frequencies below " + rounded(floor) +
-                              " cm-1, the noise of the eigenvalues, where " +
-                              std::to_string(rigid) +
-                              " rigid motions are expected: the others mean nothing");
+  report.note(whole_list, below, " projected frequencies below ", rounded(floor),
+              " cm-1, the noise of the eigenvalues, where ", rigid,
+              " rigid motions are expected: the others mean nothing");
 }
 
 }  // namespace check

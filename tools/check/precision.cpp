@@ -7,7 +7,6 @@
 
 #include "analysis/rigid_motions.hpp"
 #include "check/checks.hpp"
-#include "check/support/projected_modes.hpp"
 
 namespace check {
 
@@ -54,12 +53,11 @@ void check_jobs(const JobData& jobs, const Thresholds& limits, Report& report) {
     const double effect = jobs.rounding(i) / std::fabs(2.0 * jobs.run.dx);
     const bool matters = effect > limits.net_force;
     report.add(matters ? Severity::warning : Severity::note, forces_place(jobs, i),
-               "the forces are printed with " + counted(decimals_of(jobs.rounding(i)), "decimal") +
-                   ", those of the other jobs with " +
-                   std::to_string(decimals_of(jobs.rounding(*middle))) +
-                   ": force constants of this job are uncertain by " + rounded(effect) +
-                   " Hartree/Bohr**2",
-               i, matters ? std::vector{i} : std::vector<int>{}, effect);
+               {i, matters ? std::vector{i} : std::vector<int>{}, effect},
+               "the forces are printed with ", counted(decimals_of(jobs.rounding(i)), "decimal"),
+               ", those of the other jobs with ", decimals_of(jobs.rounding(*middle)),
+               ": force constants of this job are uncertain by ", rounded(effect),
+               " Hartree/Bohr**2");
   }
 }
 
@@ -95,11 +93,11 @@ void report_shifts(const JobData& jobs, const Thresholds& limits, Report& report
   }
   report.figure("largest shift of a frequency by print rounding (cm-1)", largest);
   if (above == 0) return;
-  report.add(largest > limits.rounding ? Severity::warning : Severity::note, whole_list,
-             "the digits of the forces leave the frequency of mode " + std::to_string(mode) + " (" +
-                 rounded(wavenumber(modes.eigenvalues(mode - 1))) + " cm-1) uncertain by " +
-                 rounded(largest) + " cm-1, and " + counted(above, "mode") + " by more than " +
-                 rounded(limits.rounding_note) + ": print more decimals");
+  report.add(largest > limits.rounding ? Severity::warning : Severity::note, whole_list, {},
+             "the digits of the forces leave the frequency of mode ", mode, " (",
+             rounded(wavenumber(modes.eigenvalues(mode - 1))), " cm-1) uncertain by ",
+             rounded(largest), " cm-1, and ", counted(above, "mode"), " by more than ",
+             rounded(limits.rounding_note), ": print more decimals");
 }
 
 }  // namespace

@@ -13,17 +13,17 @@ void check_state(const JobData& jobs, const Thresholds&, Report& report) {
   if (!cause.is(CommonCause::Kind::degenerate)) return;
   std::string why;
   if (!std::isnan(cause.even)) {
-    why += ": the even part of the forces is " + rounded(cause.even) +
-           " of the odd one in the median coordinate";
+    why = io::joined(": the even part of the forces is ", rounded(cause.even),
+                     " of the odd one in the median coordinate");
   }
   if (!std::isnan(cause.along_line)) {
-    why += (why.empty() ? ": " : ", ") + rounded(cause.along_line) +
-           " of the transition dipoles lie along one line";
+    why += io::joined(why.empty() ? ": " : ", ", rounded(cause.along_line),
+                      " of the transition dipoles lie along one line");
   }
-  report.add(Severity::warning, whole_list,
-             "the state is degenerate or crosses another one at the reference" + why +
-                 "; force constants, frequencies and dipole derivatives mean nothing, and running "
-                 "jobs again cannot help");
+  report.warn(
+      whole_list, {}, "the state is degenerate or crosses another one at the reference", why,
+      "; force constants, frequencies and dipole derivatives mean nothing, and running jobs "
+      "again cannot help");
 }
 
 }  // namespace check

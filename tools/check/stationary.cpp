@@ -16,10 +16,9 @@ void check_stationary(const JobData& jobs, const Thresholds& limits, Report& rep
   if (force <= limits.stationary_note) return;
   const int ih = static_cast<int>(largest) + 1;
   report.add(force > limits.stationary ? Severity::warning : Severity::note,
-             sign_line(jobs, 0, at(jobs.sign_file(0).force_lines, (ih - 1) / 3)),
-             "the reference is not a stationary point: the force on " + coordinate_text(jobs, ih) +
-                 " is " + rounded(forces(largest)) + " Hartree/Bohr",
-             0);
+             sign_line(jobs, 0, at(jobs.sign_file(0).force_lines, (ih - 1) / 3)), {0},
+             "the reference is not a stationary point: the force on ", coordinate_text(jobs, ih),
+             " is ", rounded(forces(largest)), " Hartree/Bohr");
 }
 
 }  // namespace check

@@ -5,7 +5,6 @@
 
 #include "analysis/isotopes.hpp"
 #include "check/checks.hpp"
-#include "flib/string.hpp"
 #include "io/values.hpp"
 
 namespace check {
@@ -27,13 +26,12 @@ struct Atom {
 };
 
 std::string text(const Atom& atom) {
-  return "'" + io::printable(atom.symbol) + "' " + std::to_string(atom.number);
+  return io::joined("'", io::printable(atom.symbol), "' ", atom.number);
 }
 
 // Unknown symbols are compared by their letters alone.
 bool same(const Atom& a, const Atom& b) {
-  return a.number == b.number &&
-         (a.symbol == b.symbol || flib::strlowcase(a.symbol) == flib::strlowcase(b.symbol));
+  return a.number == b.number && io::equal_in_any_case(a.symbol, b.symbol);
 }
 
 // Atom a, from 0.
@@ -58,8 +56,7 @@ void compare_list_with_itself(const JobData& jobs, const Add& add) {
     const int number = analysis::element_number(of_list(jobs, a).symbol);
     if (number == 0 || number == of_list(jobs, a).number) continue;
     add(a, {zandor::job_list_name, at(jobs.run.atom_line, a)},
-        text(of_list(jobs, a)) + ", but the number of that symbol is " + std::to_string(number),
-        -1);
+        io::joined(text(of_list(jobs, a)), ", but the number of that symbol is ", number), -1);
   }
 }
 
@@ -96,7 +93,7 @@ void check_symbols(const JobData& jobs, const Thresholds&, Report& report) {
   int unlike = 0;
   const Add add = [&](int a, const io::Place& place, const std::string& is, int job) {
     ++unlike;
-    report.add(Severity::warning, place, "atom " + std::to_string(a + 1) + " is " + is, job);
+    report.warn(place, {job}, "atom ", a + 1, " is ", is);
   };
   compare_list_with_itself(jobs, add);
   for (int i = 0; i <= jobs.run.n6; ++i) compare_sign_file(jobs, i, add);

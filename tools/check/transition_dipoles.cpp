@@ -3,19 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
-#include <sstream>
 
-#include "analysis/characters.hpp"
 #include "analysis/dipoles.hpp"
+#include "analysis/prepared_dipoles.hpp"
 #include "check/checks.hpp"
-#include "check/support/dipole_fit.hpp"
-#include "check/support/dipole_signs.hpp"
+#include "check/support/dipoles.hpp"
 
 namespace check {
 
 namespace {
-
-using analysis::SettledSigns;
 
 // Why nothing can be looked at; empty when it can.
 std::string obstacle(const JobData& jobs) {
@@ -26,75 +22,39 @@ std::string obstacle(const JobData& jobs) {
   return {};
 }
 
-int without_dipole(const JobData& jobs) {
-  int missing = 0;
-  for (int i = 1; i <= jobs.run.n6; ++i) missing += jobs.usable(i) ? 0 : 1;
-  return missing;
-}
-
-struct Candidate {
-  SettledSigns signs;
-  analysis::Characters characters;  // of the operations; empty where no job is derived
-  bool passes = true;               // through the reference's dipole, from one step to the other
-};
-
-Candidate search(const JobData& jobs, const Thresholds& limits) {
-  const analysis::PreparedDipoles settled = settle_dipoles(jobs, limits);
-  if (!settled.characters) return {settled.signs, {}};
-  return {settled.signs, settled.characters->characters,
-          analysis::goes_through_reference(jobs.run, settled.dipoles)};
-}
-
-// The dipoles as they stand; without the sum rules only those of computed jobs.
-JobDipoles dipoles_of(const JobData& jobs, const Candidate& found, const Thresholds& limits,
-                      bool all) {
-  JobDipoles at{analysis::job_dipoles(jobs.run),
-                found.characters,
-                {},
-                all,
-                {limits.dipole_bounds, limits.dipole_relative, limits.dipole_noise},
-                limits.dipole_mean};
-  if (!at.characters.empty()) analysis::derive_dipoles(jobs.run, at.characters, at.dipoles);
-  const auto has_own = [&](int i) { return jobs.usable(i) && (all || jobs.job(i).is_calc); };
-  for (int ih = 1; ih <= jobs.run.n3; ++ih) {
-    at.looked.push_back(has_own(2 * ih - 1) && has_own(2 * ih) ? 1 : 0);
-  }
-  return at;
-}
-
 // Turned signs are worth a word when they leave much less, and everything fits with them.
-bool is_worth_a_word(const JobData& jobs, const SettledSigns& signs, JobDipoles at, double limit) {
+bool is_worth_a_word(const JobData& jobs, Dipoles at, double limit) {
+  const analysis::SettledSigns& signs = at.signs;
   if (signs.jobs.empty() || 3.0 * signs.settled.absolute > signs.as_read.absolute) return false;
-  analysis::turn_signs(jobs.run, signs.jobs, at.dipoles);
+  analysis::turn_signs(jobs.run, signs.jobs, at.of_job);
   return dipoles_fit(jobs, at, limit);
 }
 
-void report_signs(const JobData& jobs, const SettledSigns& signs, std::string text,
-                  Report& report) {
-  if (std::any_of(signs.jobs.begin(), signs.jobs.end(), [&](int i) { return report.blames(i); })) {
-    report.add(
-        Severity::warning, place_of(jobs, signs.jobs.front()),
-        text + "; first see to what else is said of " + analysis::job_names(jobs.run, signs.jobs),
-        signs.jobs.front());
-    return;
-  }
-  text += "; turn the sign of ";
-  for (std::size_t k = 0; k < signs.jobs.size(); ++k) {
-    text += (k > 0 ? " and of " : "") + job_text(jobs, signs.jobs[k]) + ", " +
-            std::string(jobs.job(signs.jobs[k]).sgn_name.content());
-  }
-  report.add(Severity::warning, place_of(jobs, signs.jobs.front()),
-             text + ": that leaves " + rounded(signs.settled.absolute), signs.jobs.front());
+std::string misses_text(const analysis::SumRuleResidual& residual) {
+  return io::joined("the transition dipoles miss their sum rules: residual ",
+                    rounded(residual.absolute), " au (", rounded(residual.relative),
+                    " of its terms, ", rounded(residual.worst_ratio),
+                    " times what print rounding allows)");
 }
 
-std::string misses_text(const analysis::SumRuleResidual& residual) {
-  return "the transition dipoles miss their sum rules: residual " + rounded(residual.absolute) +
-         " au (" + rounded(residual.relative) + " of its terms, " + rounded(residual.worst_ratio) +
-         " times what print rounding allows)";
+void report_signs(const JobData& jobs, const analysis::SettledSigns& signs, Report& report) {
+  const int first = signs.jobs.front();
+  const std::string misses = misses_text(signs.as_read);
+  if (std::any_of(signs.jobs.begin(), signs.jobs.end(), [&](int i) { return report.blames(i); })) {
+    report.warn(place_of(jobs, first), {first}, misses, "; first see to what else is said of ",
+                analysis::job_names(jobs.run, signs.jobs));
+    return;
+  }
+  std::string which;
+  for (const int i : signs.jobs) {
+    which += io::joined(i == first ? "" : " and of ", job_text(jobs, i), ", ", jobs.sign_name(i));
+  }
+  report.warn(place_of(jobs, first), {first}, misses, "; turn the sign of ", which,
+              ": that leaves ", rounded(signs.settled.absolute));
 }
 
 std::string dipole_text(const Eigen::Vector3d& dipole) {
-  return rounded(dipole(0)) + " " + rounded(dipole(1)) + " " + rounded(dipole(2));
+  return io::joined(rounded(dipole(0)), " ", rounded(dipole(1)), " ", rounded(dipole(2)));
 }
 
 std::string unit_hint(const Eigen::Vector3d& found, const Eigen::Vector3d& expected) {
@@ -103,27 +63,24 @@ std::string unit_hint(const Eigen::Vector3d& found, const Eigen::Vector3d& expec
   return is_debye ? " (Debye?)" : "";
 }
 
-void report_wrong(const JobData& jobs, const JobDipoles& at, const WrongDipole& wrong,
+void report_wrong(const JobData& jobs, const Dipoles& at, const WrongDipole& wrong,
                   Report& report) {
-  const Eigen::Vector3d found = at.dipoles.col(wrong.job);
+  const Eigen::Vector3d found = at.of_job.col(wrong.job);
   const std::string others =
       wrong.other < 0 ? ""
-                      : "; another one of " + job_text(jobs, wrong.other) + ", " +
-                            std::string(place_of(jobs, wrong.other).file) + ", would do as well";
+                      : io::joined("; another one of ", job_text(jobs, wrong.other), ", ",
+                                   place_of(jobs, wrong.other).file, ", would do as well");
   if ((found + wrong.expected).norm() <= 0.1 * found.norm()) {
-    report.add(Severity::warning, place_of(jobs, wrong.job),
-               "the transition dipole of " + job_text(jobs, wrong.job) +
-                   " has the other sign: turn it" + others,
-               wrong.job);
+    report.warn(place_of(jobs, wrong.job), {wrong.job}, "the transition dipole of ",
+                job_text(jobs, wrong.job), " has the other sign: turn it", others);
     return;
   }
   std::vector<int> rerun = {wrong.job};
   if (wrong.other >= 0) rerun.push_back(wrong.other);
-  report.add(Severity::warning, place_of(jobs, wrong.job),
-             "the transition dipole of " + job_text(jobs, wrong.job) +
-                 " does not fit the others: " + dipole_text(found) + " au, expected about " +
-                 dipole_text(wrong.expected) + unit_hint(found, wrong.expected) + others,
-             wrong.job, rerun);
+  report.warn(place_of(jobs, wrong.job), {wrong.job, rerun}, "the transition dipole of ",
+              job_text(jobs, wrong.job), " does not fit the others: ", dipole_text(found),
+              " au, expected about ", dipole_text(wrong.expected), unit_hint(found, wrong.expected),
+              others);
 }
 
 // The job whose dipole is further from the reference's: as it stands, if signs are what is wrong.
@@ -135,34 +92,32 @@ int further_job(const Eigen::Matrix3Xd& dipoles, int ih, bool signs) {
   return distance(2 * ih) > distance(2 * ih - 1) ? 2 * ih : 2 * ih - 1;
 }
 
-void report_mean(const JobData& jobs, const JobDipoles& at, const DipoleMeans& means, int ih,
+void report_mean(const JobData& jobs, const Dipoles& at, const DipoleMeans& means, int ih,
                  Report& report) {
-  const double even = analysis::sign_free_steps(jobs.run, at.dipoles).even.col(ih - 1).norm();
+  const double even = analysis::sign_free_steps(jobs.run, at.of_job).even.col(ih - 1).norm();
   const bool signs = even <= means.limit;
-  const int job = further_job(at.dipoles, ih, signs);
+  const int job = further_job(at.of_job, ih, signs);
   const int other = job % 2 == 0 ? job - 1 : job + 1;
   std::vector<int> rerun;
   if (!signs) rerun.push_back(jobs.source(job));
-  report.add(Severity::warning, place_of(jobs, job),
-             "the transition dipoles of " + coordinate_text(jobs, ih) +
-                 " do not lie on either side of the reference's: their mean is " +
-                 rounded(means.sizes(ih - 1)) + " au off, " + rounded(means.limit) +
-                 " at most is expected: " +
-                 (signs ? "a sign has turned" : "a state has changed, or a dipole is wrong") +
-                 " (the other job is " + io::printable(place_of(jobs, other).file) + ")",
-             job, rerun);
+  report.warn(
+      place_of(jobs, job), {job, rerun}, "the transition dipoles of ", coordinate_text(jobs, ih),
+      " do not lie on either side of the reference's: their mean is ", rounded(means.sizes(ih - 1)),
+      " au off, ", rounded(means.limit), " at most is expected: ",
+      signs ? "a sign has turned" : "a state has changed, or a dipole is wrong",
+      " (the other job is ", io::printable(place_of(jobs, other).file), ")");
 }
 
 // A wrong dipole may favour wrong signs of the operations: then the others are tried, and it is
 // named where all that help name the same job.
-std::optional<WrongDipole> find_wrong(const JobData& jobs, const JobDipoles& at,
+std::optional<WrongDipole> find_wrong(const JobData& jobs, const Dipoles& at,
                                       const DipoleMeans& means) {
   std::optional<WrongDipole> found = find_wrong_dipole(jobs, at, means);
   if (found || at.characters.empty()) return found;
-  JobDipoles with = at;
+  Dipoles with = at;
   for (const analysis::Characters& characters : analysis::allowed_characters(jobs.run)) {
     with.characters = characters;
-    analysis::derive_dipoles(jobs.run, characters, with.dipoles);
+    analysis::derive_dipoles(jobs.run, characters, with.of_job);
     const auto wrong = find_wrong_dipole(jobs, with, dipole_means(jobs, with));
     if (wrong && found && wrong->job != found->job) return std::nullopt;
     if (wrong) found = wrong;
@@ -172,20 +127,19 @@ std::optional<WrongDipole> find_wrong(const JobData& jobs, const JobDipoles& at,
 
 // Of what explains everything the simplest: turned signs, one wrong dipole; else coordinate by
 // coordinate what stands out, and the sum rules.
-void report_misfit(const JobData& jobs, const JobDipoles& at, const DipoleMeans& means,
-                   const Candidate& found, Report& report) {
-  const analysis::SumRuleResidual& residual = found.signs.as_read;
-  if (at.all && is_worth_a_word(jobs, found.signs, at, means.limit)) {
-    report_signs(jobs, found.signs, misses_text(residual), report);
+void report_misfit(const JobData& jobs, const Dipoles& at, const DipoleMeans& means,
+                   Report& report) {
+  const analysis::SumRuleResidual& residual = at.signs.as_read;
+  if (at.all && is_worth_a_word(jobs, at, means.limit)) {
+    report_signs(jobs, at.signs, report);
     return;
   }
-  const bool rules_met = !at.all || at.limits.explain(residual);
-  const bool shifts_met = residual.translation_ratio <= at.limits.bounds ||
-                          residual.translation_relative <= at.limits.relative;
+  const bool rules_met = !at.all || at.explain(residual);
+  const bool shifts_met = residual.translation_ratio <= at.limits.dipole_bounds ||
+                          residual.translation_relative <= at.limits.dipole_relative;
   if (jobs.layered && shifts_met && means.off.empty() && !rules_met) {
-    report.note(
-        {zandor::job_list_name},
-        misses_text(residual) + ": those of turns alone, which need not hold in a layered job");
+    report.note(whole_list, misses_text(residual),
+                ": those of turns alone, which need not hold in a layered job");
     return;
   }
   if (const auto wrong = find_wrong(jobs, at, means)) {
@@ -194,14 +148,12 @@ void report_misfit(const JobData& jobs, const JobDipoles& at, const DipoleMeans&
   }
   for (const int ih : means.off) report_mean(jobs, at, means, ih, report);
   if (!rules_met) {
-    report.add(Severity::warning, {zandor::job_list_name},
-               misses_text(residual) + "; no single job explains it: " +
-                   (found.signs.refusal.empty() ? "a state has changed" : found.signs.refusal));
-  } else if (!found.passes) {
-    report.add(
-        Severity::warning, {zandor::job_list_name},
-        "whatever the signs of the operations, the transition dipoles of derived jobs and of "
-        "their sources do not lie on either side of the reference's");
+    report.warn(whole_list, {}, misses_text(residual), "; no single job explains it: ",
+                at.signs.refusal.empty() ? "a state has changed" : at.signs.refusal);
+  } else if (!at.passes) {
+    report.warn(whole_list, {},
+                "whatever the signs of the operations, the transition dipoles of derived jobs and "
+                "of their sources do not lie on either side of the reference's");
   }
 }
 
@@ -209,32 +161,30 @@ void report_misfit(const JobData& jobs, const JobDipoles& at, const DipoleMeans&
 
 void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Report& report) {
   if (const std::string why = obstacle(jobs); !why.empty()) {
-    report.note({zandor::job_list_name}, "not looked at: " + why);
+    report.note(whole_list, "not looked at: ", why);
     return;
   }
-  const int missing = without_dipole(jobs);
-  if (missing > 0) {
-    report.note({zandor::job_list_name},
-                "the sum rules are not looked at: " + counted(missing, "job") +
-                    " without a dipole, and the sums need all");
+  const Dipoles at = dipoles_at_hand(jobs, limits);
+  if (!at.all) {
+    report.note(whole_list,
+                "the sum rules are not looked at: ", counted(jobs.without_results(), "job"),
+                " without a dipole, and the sums need all");
   }
-  const Candidate found = missing > 0 ? Candidate{} : search(jobs, limits);
-  const JobDipoles at = dipoles_of(jobs, found, limits, missing == 0);
   const DipoleMeans means = dipole_means(jobs, at);
-  const analysis::SumRuleResidual& residual = found.signs.as_read;
-  report.figure("residual (atomic units)", missing == 0 ? residual.absolute : not_known);
-  if (missing == 0) {
+  const analysis::SumRuleResidual& residual = at.signs.as_read;
+  report.figure("residual (atomic units)", at.all ? residual.absolute : not_known);
+  if (at.all) {
     report.figure("residual over its terms (1)", residual.relative);
     report.figure("residual that print rounding allows (atomic units)", residual.bound);
     report.figure("largest condition over its rounding (1)", residual.worst_ratio);
   }
-  report.figure("largest distance of a mean (au)",
-                largest_known({means.sizes.begin(), means.sizes.end()}));
+  const double largest = largest_known(means.sizes);
+  report.figure("largest distance of a mean (au)", largest);
   report.figure("what is expected of it at most (au)", means.limit);
-  const double noise = analysis::dipole_noise(analysis::sign_free_steps(jobs.run, at.dipoles));
-  const bool is_noise = !(means.sizes.maxCoeff() > limits.dipole_noise * noise);
-  if ((found.passes || is_noise) && dipoles_fit(jobs, at, means.limit)) return;
-  report_misfit(jobs, at, means, found, report);
+  const double noise = analysis::dipole_noise(analysis::sign_free_steps(jobs.run, at.of_job));
+  const bool is_noise = !(largest > limits.dipole_noise * noise);
+  if ((at.passes || is_noise) && dipoles_fit(jobs, at, means.limit)) return;
+  report_misfit(jobs, at, means, report);
 }
 
 }  // namespace check

@@ -1,13 +1,13 @@
-#include "check/support/common_cause.hpp"
-
+// Whether one cause explains what is wrong with most jobs.
 #include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
 
 #include "analysis/rigid_motions.hpp"
-#include "check/support/force_constants.hpp"
-#include "check/support/net_force.hpp"
+#include "check/support/context.hpp"
+#include "check/support/job_data.hpp"
 #include "check/support/report.hpp"
+#include "check/support/thresholds.hpp"
 
 namespace check {
 

@@ -1,5 +1,3 @@
-#include "check/support/dipole_fit.hpp"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,6 +7,7 @@
 
 #include "analysis/dipoles.hpp"
 #include "analysis/median.hpp"
+#include "check/support/dipoles.hpp"
 #include "check/support/report.hpp"
 
 namespace check {
@@ -23,12 +22,12 @@ constexpr double roundings = 2.0;
 constexpr double as_good = 2.0;
 constexpr double far_off = 30.0;
 
-bool is_looked_at(const JobDipoles& at, int ih) {
+bool is_looked_at(const Dipoles& at, int ih) {
   return at.looked[static_cast<std::size_t>(ih - 1)] != 0;
 }
 
 // 3 x n3, zero where not looked at.
-Eigen::Matrix3Xd even_parts(const JobData& jobs, const JobDipoles& at,
+Eigen::Matrix3Xd even_parts(const JobData& jobs, const Dipoles& at,
                             const Eigen::Matrix3Xd& dipoles) {
   Eigen::Matrix3Xd parts = analysis::dipole_midpoints(jobs.run, dipoles) * jobs.run.dx;
   for (int ih = 1; ih <= jobs.run.n3; ++ih) {
@@ -62,7 +61,7 @@ bool has_offset(const Eigen::Matrix3Xd& parts, double ratio, double rounding) {
 // Every condition over what one error in the dipoles makes of it (`errors`, of the sum rules):
 // linear in the dipoles.
 using SumRuleErrors = Eigen::Matrix<double, analysis::sum_rule_count, 1>;
-Eigen::VectorXd conditions(const JobData& jobs, const JobDipoles& at, const SumRuleErrors& errors,
+Eigen::VectorXd conditions(const JobData& jobs, const Dipoles& at, const SumRuleErrors& errors,
                            const Eigen::Matrix3Xd& dipoles) {
   Eigen::VectorXd all = Eigen::VectorXd::Zero(analysis::sum_rule_count + 3 * jobs.run.n3);
   if (at.all) {
@@ -83,7 +82,7 @@ struct Fitted {
 // once: the sum rules take each job by itself.
 using Effects = std::array<std::pair<Eigen::Matrix3Xd, analysis::SumRuleVectors>, 3>;
 
-Effects unit_effects(const JobData& jobs, const JobDipoles& at, const SumRuleErrors& errors) {
+Effects unit_effects(const JobData& jobs, const Dipoles& at, const SumRuleErrors& errors) {
   Effects effects;
   for (Eigen::Index k = 0; k < 3; ++k) {
     auto& [dipoles, rules] = effects[static_cast<std::size_t>(k)];
@@ -98,7 +97,7 @@ Effects unit_effects(const JobData& jobs, const JobDipoles& at, const SumRuleErr
   return effects;
 }
 
-Fitted fit_job(const JobData& jobs, const JobDipoles& at, const Effects& effects, int job,
+Fitted fit_job(const JobData& jobs, const Dipoles& at, const Effects& effects, int job,
                const Eigen::VectorXd& as_read) {
   Eigen::MatrixX3d effect = Eigen::MatrixX3d::Zero(as_read.size(), 3);
   for (Eigen::Index k = 0; k < 3; ++k) {
@@ -131,16 +130,16 @@ std::set<int> candidates(const JobData& jobs, const DipoleMeans& means) {
   return found;
 }
 
-JobDipoles put_right(const JobData& jobs, JobDipoles at, const Fitted& fitted) {
-  at.dipoles.col(fitted.job) += fitted.change;
-  if (!at.characters.empty()) analysis::derive_dipoles(jobs.run, at.characters, at.dipoles);
+Dipoles put_right(const JobData& jobs, Dipoles at, const Fitted& fitted) {
+  at.of_job.col(fitted.job) += fitted.change;
+  if (!at.characters.empty()) analysis::derive_dipoles(jobs.run, at.characters, at.of_job);
   return at;
 }
 
 }  // namespace
 
-DipoleMeans dipole_means(const JobData& jobs, const JobDipoles& at) {
-  const Eigen::Matrix3Xd parts = even_parts(jobs, at, at.dipoles);
+DipoleMeans dipole_means(const JobData& jobs, const Dipoles& at) {
+  const Eigen::Matrix3Xd parts = even_parts(jobs, at, at.of_job);
   const double rounding = roundings * analysis::print_rounding(jobs.run).maxCoeff();
   DipoleMeans means;
   means.sizes = parts.colwise().norm();
@@ -153,26 +152,24 @@ DipoleMeans dipole_means(const JobData& jobs, const JobDipoles& at) {
       sizes.push_back(size);
     }
   }
-  means.limit = at.ratio * typical_size(sizes, rounding);
+  means.limit = at.limits.dipole_mean * typical_size(sizes, rounding);
   for (int ih = 1; ih <= jobs.run.n3; ++ih) {
     if (means.sizes(ih - 1) > means.limit) means.off.push_back(ih);
   }
-  means.reference_off = has_offset(parts, at.ratio, rounding);
+  means.reference_off = has_offset(parts, at.limits.dipole_mean, rounding);
   return means;
 }
 
-bool dipoles_fit(const JobData& jobs, const JobDipoles& at, double limit) {
+bool dipoles_fit(const JobData& jobs, const Dipoles& at, double limit) {
   const DipoleMeans means = dipole_means(jobs, at);
-  return !(largest_known({means.sizes.begin(), means.sizes.end()}) >
-           std::min(limit, means.limit)) &&
-         !means.reference_off &&
-         (!at.all || at.limits.explain(analysis::sum_rule_residual(jobs.run, at.dipoles)));
+  return !(largest_known(means.sizes) > std::min(limit, means.limit)) && !means.reference_off &&
+         (!at.all || at.explain(analysis::sum_rule_residual(jobs.run, at.of_job)));
 }
 
-std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const JobDipoles& at,
+std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const Dipoles& at,
                                              const DipoleMeans& means) {
   const SumRuleErrors errors = analysis::sum_rule_errors(jobs.run);
-  const Eigen::VectorXd as_read = conditions(jobs, at, errors, at.dipoles);
+  const Eigen::VectorXd as_read = conditions(jobs, at, errors, at.of_job);
   const Effects effects = unit_effects(jobs, at, errors);
   std::vector<Fitted> fits;
   for (const int job : candidates(jobs, means))
@@ -185,14 +182,14 @@ std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const JobDipol
   });
   if (fits.empty()) return std::nullopt;
   const auto expected = [&](const Fitted& fitted) -> Eigen::Vector3d {
-    return at.dipoles.col(fitted.job) + fitted.change;
+    return at.of_job.col(fitted.job) + fitted.change;
   };
   if (fits.size() == 1 || fits[1].left > as_good * fits[0].left) {
     return WrongDipole{fits[0].job, expected(fits[0])};
   }
   // Of two that do, the one whose dipole then comes nearer to the reference's.
   const auto distance = [&](const Fitted& fitted) {
-    return (expected(fitted) - at.dipoles.col(0)).norm();
+    return (expected(fitted) - at.of_job.col(0)).norm();
   };
   if (fits[0].job > 0 && distance(fits[1]) < distance(fits[0])) std::swap(fits[0], fits[1]);
   WrongDipole wrong{fits[0].job, expected(fits[0])};

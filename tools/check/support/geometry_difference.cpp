@@ -69,25 +69,24 @@ GeometryDifference compare_geometries(const Geometry& a, const Geometry& b, doub
 
 std::string describe(const GeometryDifference& difference) {
   const auto& shift = difference.shift;
-  const std::string by =
-      rounded(shift(0)) + ", " + rounded(shift(1)) + ", " + rounded(shift(2)) + " Angstrom";
   switch (difference.kind) {
     case Kind::none:
       return "agrees";
     case Kind::shifted:
-      return "is shifted by " + by;
+      return io::joined("is shifted by ", rounded(shift(0)), ", ", rounded(shift(1)), ", ",
+                        rounded(shift(2)), " Angstrom");
     case Kind::turned:
       return "is turned by " + rounded(difference.angle) + " degrees (distances agree)";
     case Kind::mirrored:
       return "is a mirror image (distances agree)";
     case Kind::reordered:
-      return "has its atoms in another order: atom " + std::to_string(difference.atom) +
-             " stands at the place of atom " + std::to_string(difference.stands_for);
+      return io::joined("has its atoms in another order: atom ", difference.atom,
+                        " stands at the place of atom ", difference.stands_for);
     case Kind::other:
       break;
   }
-  return "is another geometry: atom " + std::to_string(difference.atom) + " is " +
-         rounded(difference.largest) + " Angstrom away";
+  return io::joined("is another geometry: atom ", difference.atom, " is ",
+                    rounded(difference.largest), " Angstrom away");
 }
 
 }  // namespace check

@@ -136,8 +136,8 @@ std::string complaint_about_forces(const JobData& jobs, int i) {
     return "all forces of " + job_text(jobs, i) + " are exactly zero";
   }
   if (size <= most * std::fabs(jobs.run.dx)) return {};
-  return "expected forces, found " + rounded(forces(largest)) + " Hartree/Bohr on " +
-         coordinate_text(jobs, static_cast<int>(largest) + 1);
+  return io::joined("expected forces, found ", rounded(forces(largest)), " Hartree/Bohr on ",
+                    coordinate_text(jobs, static_cast<int>(largest) + 1));
 }
 
 void read_computed(JobData& jobs, int i) {
@@ -181,6 +181,12 @@ bool JobData::usable(int i) const {
   return from > 0 && !reading(from).failed && at(context.wrong_images, i) == 0;
 }
 
+int JobData::without_results() const {
+  int missing = 0;
+  for (int i = 1; i <= run.n6; ++i) missing += usable(i) ? 0 : 1;
+  return missing;
+}
+
 void read_job_data(const std::string& control_file, JobData& jobs) {
   zandor::RunData& run = jobs.run;
   read_control_and_list(control_file, jobs);
@@ -193,14 +199,14 @@ void read_job_data(const std::string& control_file, JobData& jobs) {
 
 std::string coordinate_text(const JobData& jobs, int ih) {
   const int atom = (ih - 1) / 3 + 1;
-  return "atom " + std::to_string(atom) + " (" +
-         std::string(at(jobs.run.symbol, atom - 1).content()) + ") " + "xyz"[(ih - 1) % 3];
+  return io::joined("atom ", atom, " (", at(jobs.run.symbol, atom - 1).content(), ") ",
+                    std::string_view("xyz").substr((ih - 1) % 3, 1));
 }
 
 std::string job_text(const JobData& jobs, int i) {
   if (i == 0) return "the reference";
-  return "job " + std::to_string(i) + " (" + coordinate_text(jobs, (i + 1) / 2) +
-         (analysis::step_sign(jobs.run, i) > 0 ? "+" : "-") + ")";
+  return io::joined("job ", i, " (", coordinate_text(jobs, (i + 1) / 2),
+                    analysis::step_sign(jobs.run, i) > 0 ? "+)" : "-)");
 }
 
 io::Place place_of(const JobData& jobs, int i) {

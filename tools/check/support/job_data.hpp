@@ -83,6 +83,8 @@ struct JobData {
 
   // Whether forces and dipole of job i (1..n6) can be used.
   bool usable(int i) const;
+  // How many of 1..n6 cannot.
+  int without_results() const;
   // Whether those of both jobs of coordinate ih can.
   bool usable_column(int ih) const { return usable(2 * ih - 1) && usable(2 * ih); }
 };

@@ -24,7 +24,7 @@ std::ptrdiff_t jobs_read(const JobData& jobs) {
 }
 
 std::string shown_or_unknown(double value, const char* unit) {
-  return std::isnan(value) ? "not known" : rounded(value) + " " + unit;
+  return std::isnan(value) ? "not known" : io::joined(rounded(value), " ", unit);
 }
 
 std::set<int> jobs_to_rerun(const Report& report) {
@@ -61,7 +61,7 @@ std::vector<Finding> summed_up(const JobData& jobs, const Report& report) {
     Finding& sum = findings.emplace_back(finding);
     if (group.size() <= few) continue;
     for (const Finding* other : group) sum.figure = std::fmax(sum.figure, other->figure);
-    sum.text += "; " + std::to_string(group.size()) + " jobs alike";
+    sum.text += io::joined("; ", group.size(), " jobs alike");
     if (!std::isnan(sum.figure)) sum.text += ", " + rounded(sum.figure) + " at the worst";
     for (std::size_t k = 0; k < std::min(group.size(), most_names); ++k) {
       sum.text += (k == 0 ? ": " : ", ") + base_name(jobs.job(group[k]->job));
@@ -102,11 +102,12 @@ int exit_status(const Report& report) {
 
 void print_text(const JobData& jobs, const Report& report) {
   for (const Finding& finding : summed_up(jobs, report)) io::print_line(line_of(finding));
-  io::print_line(counted(jobs_read(jobs), "job") + " read, " +
-                 counted(count_of(report, Severity::error), "error") + ", " +
-                 counted(count_of(report, Severity::warning), "warning") + "; worst asymmetry " +
-                 shown_or_unknown(report.headline("asymmetry"), "Hartree/Bohr**2") +
-                 ", sum-rule residual " + shown_or_unknown(report.headline("dipole-sum"), "au"));
+  io::print_line(
+      io::joined(counted(jobs_read(jobs), "job"), " read, ",
+                 counted(count_of(report, Severity::error), "error"), ", ",
+                 counted(count_of(report, Severity::warning), "warning"), "; worst asymmetry ",
+                 shown_or_unknown(report.headline("asymmetry"), "Hartree/Bohr**2"),
+                 ", sum-rule residual ", shown_or_unknown(report.headline("dipole-sum"), "au")));
 }
 
 void print_list(const JobData& jobs, const Report& report) {

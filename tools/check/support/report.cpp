@@ -1,7 +1,6 @@
 #include "check/support/report.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace check {
@@ -26,10 +25,9 @@ const char* name_of(Severity severity) {
 }
 
 std::string line_of(const Finding& finding) {
-  std::string line = io::printable(finding.file);
-  if (finding.line > 0) line += ":" + std::to_string(finding.line);
-  return line + ": " + name_of(finding.severity) + ": " + io::printable(finding.text) + " [" +
-         finding.check + "]";
+  return io::joined(
+      io::printable(finding.file), finding.line > 0 ? io::joined(":", finding.line) : "", ": ",
+      name_of(finding.severity), ": ", io::printable(finding.text), " [", finding.check, "]");
 }
 
 std::string words_of(const Finding& finding) {
@@ -45,19 +43,8 @@ std::string words_of(const Finding& finding) {
   return words;
 }
 
-std::string rounded(double value) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, 4).ptr};
-}
-
-double largest_known(const std::vector<double>& values) {
-  double largest = not_known;
-  for (const double value : values) largest = std::fmax(largest, value);
-  return largest;
-}
-
 std::string counted(long long count, std::string_view what) {
-  return std::to_string(count) + " " + std::string(what) + (count == 1 ? "" : "s");
+  return io::joined(count, " ", what, count == 1 ? "" : "s");
 }
 
 }  // namespace check

@@ -17,19 +17,25 @@ inline constexpr double not_known = std::numeric_limits<double>::quiet_NaN();
 
 enum class Severity { note, warning, error };
 
-struct Finding {
+// Whom a finding blames.
+struct Blame {
+  int job = -1;                 // the job that it is about; -1: the directory as a whole
+  std::vector<int> rerun = {};  // computed jobs that may have to be run again because of it
+  double figure = not_known;    // how bad it is, beside others that are alike
+};
+
+struct Finding : Blame {
   Severity severity = Severity::note;
   std::string check;
   std::string file;    // the sign file, where a job is blamed
   long long line = 0;  // 0 for the file as a whole
   std::string text;
-  int job = -1;               // the job that it is about; -1: the directory as a whole
-  std::vector<int> rerun;     // computed jobs that may have to be run again because of it
-  double figure = not_known;  // how bad it is, beside others that are alike
 };
 
 // The largest of the numbers that are known; not_known where none is.
-double largest_known(const std::vector<double>& values);
+inline double largest_known(const Eigen::VectorXd& values) {
+  return values.maxCoeff<Eigen::PropagateNumbers>();
+}
 
 // One figure of a check: a number, or one number per coordinate or job in their order.
 struct Figure {
@@ -45,13 +51,23 @@ struct Report {
   std::vector<Finding> findings;
   std::vector<Figure> figures;
 
-  void add(Severity severity, const io::Place& place, std::string text, int job = -1,
-           std::vector<int> rerun = {}, double figure = not_known) {
-    findings.push_back({severity, check, std::string(place.file), place.line, std::move(text), job,
-                        std::move(rerun), figure});
+  // The text is that of its parts in a row (io::joined).
+  template <class... Parts>
+  void add(Severity severity, const io::Place& place, Blame blame, const Parts&... parts) {
+    findings.push_back({std::move(blame), severity, check, std::string(place.file), place.line,
+                        io::joined(parts...)});
   }
-  void note(const io::Place& place, std::string text, int job = -1) {
-    add(Severity::note, place, std::move(text), job);
+  template <class... Parts>
+  void error(const io::Place& place, Blame blame, const Parts&... parts) {
+    add(Severity::error, place, std::move(blame), parts...);
+  }
+  template <class... Parts>
+  void warn(const io::Place& place, Blame blame, const Parts&... parts) {
+    add(Severity::warning, place, std::move(blame), parts...);
+  }
+  template <class... Parts>
+  void note(const io::Place& place, const Parts&... parts) {
+    add(Severity::note, place, {}, parts...);
   }
   // The first figure of a check; not_known where it has none yet.
   double headline(std::string_view of_check) const;
@@ -75,7 +91,9 @@ std::string line_of(const Finding& finding);
 std::string words_of(const Finding& finding);
 
 // A number in a sentence: four significant digits.
-std::string rounded(double value);
+inline std::string rounded(double value) {
+  return io::rounded(value, std::chars_format::general, 4);
+}
 
 // "1 job", "3 jobs".
 std::string counted(long long count, std::string_view what);

@@ -7,7 +7,8 @@
 #include <iterator>
 #include <set>
 
-#include "check/support/dipole_signs.hpp"
+#include "analysis/prepared_dipoles.hpp"
+#include "check/support/dipoles.hpp"
 #include "check/support/report.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
@@ -71,7 +72,7 @@ bool turn_density(std::string& text, long long line, double value) {
 }
 
 std::string turned_file(const JobData& jobs, int job) {
-  const std::string name(jobs.job(job).sgn_name.content());
+  const std::string name(jobs.sign_name(job));
   std::string text = content_of(name);
   const SignHeader& header = jobs.sign_file(job).header;
   const double* const dipole = job == 0 ? jobs.run.dipole0.data() : jobs.run.tdip.column(job);
@@ -106,11 +107,11 @@ std::string write_turned(const JobData& jobs, const Thresholds& limits, const st
   std::vector<std::pair<std::string, std::string>> files;
   std::set<std::string> names;
   for (const int job : turned) {
-    const std::string name(jobs.job(job).sgn_name.content());
+    const std::string name(jobs.sign_name(job));
     if (names.insert(name).second) files.emplace_back(folder + "/" + name, turned_file(jobs, job));
   }
   if (!is_there && !fs::create_directory(folder, error)) {
-    io::fatal_stop({folder}, "cannot make the folder: " + error.message());
+    io::fatal_stop({folder}, "cannot make the folder: ", error.message());
   }
   allow_many_files();
   const auto stop = io::collect([&] {
@@ -126,8 +127,8 @@ std::string write_turned(const JobData& jobs, const Thresholds& limits, const st
     if (!is_there) fs::remove(folder, error);
     io::fatal_stop({stop->file, stop->line}, stop->message);
   }
-  return counted(static_cast<long long>(files.size()), "sign file") + " written to " +
-         io::printable(folder) + ", with the sign turned: " + analysis::job_names(jobs.run, turned);
+  return io::joined(counted(std::ssize(files), "sign file"), " written to ", io::printable(folder),
+                    ", with the sign turned: ", analysis::job_names(jobs.run, turned));
 }
 
 }  // namespace check
