@@ -4,10 +4,8 @@
 
 #include <algorithm>
 #include <functional>
-#include <iomanip>
 #include <map>
 #include <random>
-#include <sstream>
 
 #include "job_folder.hpp"
 
@@ -16,21 +14,11 @@ namespace dipole_faults {
 namespace {
 
 using namespace job_folder;
-using Dipole = std::array<double, 3>;
 
 constexpr const char* formaldehyde = PROJECT_FOLDER "/examples/formaldehyde-s1";
 constexpr const char* derived = PROJECT_FOLDER "/examples/formaldehyde-s1-c2v";
 constexpr const char* ammonia = PROJECT_FOLDER "/examples/ammonia-s1-c3v";
 constexpr const char* water = PROJECT_FOLDER "/tests/check/cases/water-s1";
-
-void set_dipole(const std::string& name, const Dipole& dipole) {
-  Lines lines = read_lines(name);
-  std::ostringstream row;
-  row << " S0->S1 1" << std::fixed << std::setprecision(5);
-  for (const double x : dipole) row << " " << x;
-  lines[dipole_at(lines)] = row.str();
-  write_lines(name, lines);
-}
 
 // A working folder with a copy of a real directory, and what it holds.
 struct Directory {
@@ -187,7 +175,7 @@ TEST(DipoleFaults, headers_are_believed_where_dipoles_do_not_fit) {
   EXPECT_NE(moved.find("note: tden_maxloc is not the reference's in 3 jobs"), std::string::npos);
   const std::string blamed = said([](const Directory& at) {
     support::edit_file(at.name(3), "18      7", "17 8");
-    std::vector<double> forces = forces_of(at.name(3), 4);
+    std::vector<double> forces = forces_of(at.name(3));
     forces[0] += 1e-3;
     set_forces(at.name(3), forces);
   });
@@ -207,7 +195,7 @@ TEST(DipoleFaults, no_sign_is_suggested_of_a_job_that_is_blamed) {
   const Directory at(formaldehyde);
   turn_dipole(at.name(3));
   EXPECT_NE(lines_of(look()).find("turn the sign of"), std::string::npos);
-  set_forces(at.name(3), forces_of(at.name(7), 4));
+  set_forces(at.name(3), forces_of(at.name(7)));
   const std::string lines = lines_of(look());
   EXPECT_EQ(lines.find("turn the sign of"), std::string::npos) << lines;
   EXPECT_NE(lines.find("first see to what else is said of " + at.name(3)), std::string::npos)

@@ -32,7 +32,7 @@ TEST(FalseAlarms, none_on_real_directories_with_rounded_forces) {
       for (int i = 0; i <= jobs.run.n6; ++i) {
         const std::string name(jobs.job(i).sgn_name.content());
         if (i > 0 && !jobs.job(i).is_calc) continue;
-        set_forces(name, forces_of(name, jobs.run.natom), decimals);
+        set_forces(name, forces_of(name), decimals);
       }
       for (const check::Finding& finding : look().findings) {
         EXPECT_TRUE(finding.severity == check::Severity::note || known.contains(kind_of(finding)))
@@ -67,7 +67,7 @@ void change_forces(const std::function<void(std::vector<double>& forces)>& chang
   for (const auto& entry : std::filesystem::directory_iterator(".")) {
     const std::string name = entry.path().filename();
     if (!name.ends_with(".sgn")) continue;
-    std::vector<double> forces = forces_of(name, 4);
+    std::vector<double> forces = forces_of(name);
     change(forces);
     set_forces(name, forces);
   }
@@ -90,8 +90,8 @@ void turn_forces() {
 }
 
 void lengthen_step() {
-  const std::vector<double> reference = forces_of("coord-c2h2-ref.sgn", 4);
-  std::vector<double> forces = forces_of("coord-c2h2-03mz.sgn", 4);
+  const std::vector<double> reference = forces_of("coord-c2h2-ref.sgn");
+  std::vector<double> forces = forces_of("coord-c2h2-03mz.sgn");
   for (std::size_t k = 0; k < forces.size(); ++k) forces[k] += 0.1 * (forces[k] - reference[k]);
   set_forces("coord-c2h2-03mz.sgn", forces);
 }
@@ -157,7 +157,7 @@ TEST(FalseAlarms, none_on_atoms_and_linear_molecules) {
     model_molecule::write_jobs(model, {.disp_sign = -1});
     EXPECT_EQ(lines_of(look()), "") << natom;
     if (natom < 3) continue;
-    set_forces("coord-d5.sgn", forces_of("coord-d6.sgn", natom));
+    set_forces("coord-d5.sgn", forces_of("coord-d6.sgn"));
     EXPECT_NE(lines_of(look({"asymmetry"})).find("coord-d5.sgn:"), std::string::npos);
   }
 }

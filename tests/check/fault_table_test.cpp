@@ -105,16 +105,16 @@ class FaultTable : public testing::Test {
 };
 
 void FaultTable::spoil_forces(int i) {
-  const std::vector<double> reference = forces_of(name(0), natom);
-  const std::vector<double> forces = forces_of(name(i), natom);
+  const std::vector<double> reference = forces_of(name(0));
+  const std::vector<double> forces = forces_of(name(i));
   const auto replace = [&](const std::string& fault, const std::vector<double>& with) {
     set_forces(name(i), with);
     look_and_mend(fault, i);
   };
   replace("forces of the reference", reference);
   const int partner = i % 2 == 0 ? i - 1 : i + 1;
-  if (computed(partner)) replace("forces of the partner", forces_of(name(partner), natom));
-  if (computed(i + 2)) replace("forces of the next coordinate", forces_of(name(i + 2), natom));
+  if (computed(partner)) replace("forces of the partner", forces_of(name(partner)));
+  if (computed(i + 2)) replace("forces of the next coordinate", forces_of(name(i + 2)));
   std::vector<double> half = forces;
   std::vector<double> noisy = forces;
   std::vector<double> exchanged = forces;
@@ -183,8 +183,8 @@ void FaultTable::spoil_pairs() {
     std::filesystem::rename(name(i + 1), name(i));
     std::filesystem::rename("x", name(i + 1));
     look_and_mend("files of + and - exchanged", {name(i), name(i + 1)}, {i, i + 1});
-    const std::vector<double> forces = forces_of(name(i), natom);
-    set_forces(name(i), forces_of(name(i + 1), natom));
+    const std::vector<double> forces = forces_of(name(i));
+    set_forces(name(i), forces_of(name(i + 1)));
     set_forces(name(i + 1), forces);
     look_and_mend("forces of + and - exchanged", {name(i), name(i + 1)}, {i, i + 1});
   }
@@ -220,7 +220,7 @@ void FaultTable::spoil_forces_of_all() {
     std::vector<std::string> files = {said};
     for (int i = 0; i <= n6; ++i) {
       if (!computed(i)) continue;
-      std::vector<double> forces = forces_of(name(i), natom);
+      std::vector<double> forces = forces_of(name(i));
       for (double& force : forces) force *= factor;
       set_forces(name(i), forces, decimals);
       files.push_back(name(i));

@@ -40,14 +40,13 @@ std::size_t dipole_at(const Lines& sign_file) {
   return behind(sign_file, "transition electric dipole", 0);
 }
 
-std::vector<double> forces_of(const std::string& name, int natom) {
+std::vector<double> forces_of(const std::string& name) {
   const Lines lines = read_lines(name);
   std::vector<double> forces;
-  for (int a = 0; a < natom; ++a) {
-    std::istringstream row(lines[forces_at(lines) + static_cast<std::size_t>(a)]);
-    std::string word;
-    double x = 0.0, y = 0.0, z = 0.0;
-    row >> word >> x >> y >> z;
+  for (std::size_t k = forces_at(lines); k < lines.size(); ++k) {
+    std::istringstream row(lines[k]);
+    double number = 0.0, x = 0.0, y = 0.0, z = 0.0;
+    if (!(row >> number >> x >> y >> z)) break;
     forces.insert(forces.end(), {x, y, z});
   }
   return forces;
@@ -64,16 +63,27 @@ void set_forces(const std::string& name, const std::vector<double>& forces, int 
   write_lines(name, lines);
 }
 
-void turn_dipole(const std::string& name) {
-  Lines lines = read_lines(name);
+Dipole dipole_of(const std::string& name) {
+  const Lines lines = read_lines(name);
   std::istringstream row(lines[dipole_at(lines)]);
-  std::ostringstream turned;
-  for (std::string word; row >> word;) {
-    const bool number = word.find('.') != std::string::npos;
-    turned << " " << (!number ? word : word[0] == '-' ? word.substr(1) : "-" + word);
-  }
-  lines[dipole_at(lines)] = turned.str();
+  std::string word;
+  Dipole dipole{};
+  row >> word >> word >> dipole[0] >> dipole[1] >> dipole[2];
+  return dipole;
+}
+
+void set_dipole(const std::string& name, const Dipole& dipole, int decimals) {
+  Lines lines = read_lines(name);
+  std::ostringstream row;
+  row << " S0->S1 1" << std::fixed << std::setprecision(decimals);
+  for (const double x : dipole) row << " " << x;
+  lines[dipole_at(lines)] = row.str();
   write_lines(name, lines);
+}
+
+void scale_dipole(const std::string& name, double factor) {
+  const Dipole m = dipole_of(name);
+  set_dipole(name, {m[0] * factor, m[1] * factor, m[2] * factor});
 }
 
 void copy_here(const std::string& folder) {

@@ -2,6 +2,7 @@
 // say about them.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -21,9 +22,14 @@ std::size_t geometry_at(const Lines& sign_file);
 std::size_t dipole_at(const Lines& sign_file);
 
 // Forces of a sign file, 3 per atom.
-std::vector<double> forces_of(const std::string& name, int natom);
+std::vector<double> forces_of(const std::string& name);
 void set_forces(const std::string& name, const std::vector<double>& forces, int decimals = 10);
-void turn_dipole(const std::string& name);
+
+using Dipole = std::array<double, 3>;
+Dipole dipole_of(const std::string& name);
+void set_dipole(const std::string& name, const Dipole& dipole, int decimals = 5);
+void scale_dipole(const std::string& name, double factor);
+inline void turn_dipole(const std::string& name) { scale_dipole(name, -1.0); }
 
 // Copies the files of a folder into the working folder.
 void copy_here(const std::string& folder);

@@ -104,47 +104,40 @@ struct Suspect {
 };
 using Suspects = std::vector<Suspect>;
 
-Suspects suspects_among(const Search& search, double& total) {
+Suspects suspects_among(const Search& search) {
   const Eigen::MatrixXd squares = search.asymmetry.cwiseAbs2();
   const Eigen::VectorXd sums = squares.colwise().sum();
-  total = sums.sum();
   Suspects all;
   for (const Group& group : search.groups) {
     const Columns& columns = group.columns;
     const double share = 2.0 * sums(columns).sum() - squares(columns, columns).sum();
-    all.push_back({group, std::max(total - share, 0.0)});
+    all.push_back({group, std::max(sums.sum() - share, 0.0)});
   }
   return all;
 }
 
 // The likeliest first: the group without which least is left. Of those that leave nearly as little,
-// one with a net force; else the smallest. Where nothing but size decides, the others are suspects,
-// too, if hardly anything is left without them.
+// one with a net force; else the smallest, and where nothing but size decides, the others are
+// suspects, too.
 Suspects find_suspects(const Search& search) {
-  constexpr double nearly = 1.5;   // with 1, noise of a second bad job makes a sound one look worst
-  constexpr double hardly = 0.02;  // of the sum of all squares; else four sound jobs are listed
-                                   // beside one with half a step and no reference to tell
-  double total = 0.0;
-  Suspects alike = suspects_among(search, total);
-  const auto least =
-      std::min_element(alike.begin(), alike.end(),
-                       [](const Suspect& a, const Suspect& b) { return a.rest < b.rest; });
+  // With 1, noise of a second bad job makes a sound one look worst; with 4, a sound one leaves as
+  // little beside a second bad one.
+  constexpr double nearly = 1.5;
+  Suspects alike = suspects_among(search);
+  const auto least = std::ranges::min_element(
+      alike, [](const Suspect& a, const Suspect& b) { return a.rest < b.rest; });
   const double most = nearly * least->rest + search.limits.asymmetry * search.limits.asymmetry;
   std::erase_if(alike, [&](const Suspect& suspect) { return suspect.rest > most; });
   const auto has_net_force = [&](const Suspect& suspect) {
     return !common(suspect.group.jobs, search.marked).empty();
   };
-  const auto marked = std::count_if(alike.begin(), alike.end(), has_net_force);
+  const auto marked = std::ranges::count_if(alike, has_net_force);
   const bool by_size = marked == 0 || marked == std::ssize(alike);
   if (marked > 0) std::erase_if(alike, std::not_fn(has_net_force));
-  std::stable_sort(alike.begin(), alike.end(), [](const Suspect& a, const Suspect& b) {
+  std::ranges::stable_sort(alike, [](const Suspect& a, const Suspect& b) {
     return a.group.columns.size() < b.group.columns.size();
   });
-  alike.erase(std::remove_if(alike.begin() + 1, alike.end(),
-                             [&](const Suspect& suspect) {
-                               return !by_size || suspect.rest >= hardly * total;
-                             }),
-              alike.end());
+  if (!by_size) alike.erase(alike.begin() + 1, alike.end());
   return alike;
 }
 
@@ -232,8 +225,7 @@ void add_figures(const Search& search, Report& report) {
   Eigen::VectorXd largest = Eigen::VectorXd::Constant(search.jobs.run.n3, not_known);
   for (const int k : search.columns) largest(k) = search.asymmetry.col(k).maxCoeff();
   Columns ranked = search.columns;
-  std::stable_sort(ranked.begin(), ranked.end(),
-                   [&](int i, int j) { return largest(i) > largest(j); });
+  std::ranges::stable_sort(ranked, [&](int i, int j) { return largest(i) > largest(j); });
   report.figure("largest of each coordinate (Hartree/Bohr**2)", largest);
   report.figure(
       "coordinates by it, the largest first",

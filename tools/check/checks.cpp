@@ -46,7 +46,7 @@ std::span<const NamedCheck> all_checks() { return list; }
 
 Report run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std::string>& only) {
   const auto wanted = [&](std::string_view name) {
-    return only.empty() || std::find(only.begin(), only.end(), name) != only.end();
+    return only.empty() || std::ranges::find(only, name) != only.end();
   };
   Report report;
   jobs.context.wrong_images = find_wrong_images(jobs, limits);
@@ -63,8 +63,8 @@ Report run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std
     }
   }
   drop_wrong_names(jobs, report);
-  std::stable_sort(report.findings.begin(), report.findings.end(),
-                   [](const Finding& a, const Finding& b) { return a.job < b.job; });
+  std::ranges::stable_sort(report.findings,
+                           [](const Finding& a, const Finding& b) { return a.job < b.job; });
   return report;
 }
 

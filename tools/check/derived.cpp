@@ -86,12 +86,12 @@ void pass_on_list_warnings(const JobData& jobs, Report& report) {
   }
 }
 
-// What is wrong with derived jobs goes to the report, if there is one; the result tells for the
-// jobs 0..n6 whether they have a wrong source or operation.
-std::vector<char> look_at_images(const JobData& jobs, double tolerance, Report* report) {
+// What is wrong with derived jobs goes to the report; the result tells for the jobs 0..n6 whether
+// they have a wrong source or operation.
+std::vector<char> look_at_images(const JobData& jobs, double tolerance, Report& report) {
   std::vector<char> wrong(jobs.run.jobs.size(), 0);
   const auto add = [&](int i, const auto&... parts) {
-    if (report != nullptr) report->error(list_line(jobs, i), {i}, parts...);
+    report.error(list_line(jobs, i), {i}, parts...);
   };
   for (const auto& [k, derived] : jobs_by_operation(jobs)) {
     const std::string complaint = complaint_about(jobs, k, tolerance);
@@ -118,7 +118,8 @@ std::vector<char> look_at_images(const JobData& jobs, double tolerance, Report* 
 
 std::vector<char> find_wrong_images(const JobData& jobs, const Thresholds& limits) {
   if (!jobs.has_geometry()) return std::vector<char>(jobs.run.jobs.size(), 0);
-  std::vector<char> wrong = look_at_images(jobs, limits.derived, nullptr);
+  Report ignored;
+  std::vector<char> wrong = look_at_images(jobs, limits.derived, ignored);
   for (int i = 1; i <= jobs.run.n6; ++i) {  // jobs derived from wrong ones are wrong, too
     if (jobs.job(i).is_calc || jobs.source(i) == 0) continue;
     at(wrong, i) |= at(wrong, jobs.job(i).calc_m);
@@ -137,7 +138,7 @@ void check_derived(const JobData& jobs, const Thresholds& limits, Report& report
   double worst = 0.0;
   for (const auto& [k, derived] : used) worst = std::max(worst, misfit_of(jobs, k).forward);
   report.figure("largest misfit of an operation (Angstrom)", worst);
-  look_at_images(jobs, limits.derived, &report);
+  look_at_images(jobs, limits.derived, report);
 }
 
 }  // namespace check

@@ -13,7 +13,8 @@ namespace {
 // rounding makes of it.
 bool is_rounding(const RawForceConstants& raw, const Eigen::VectorXd& change,
                  const std::vector<int>& others) {
-  constexpr double roundings = 4.0;  // the difference of two elements has two of them, either way
+  // The difference of two elements has two of them, and what two steps change alike another two.
+  constexpr double roundings = 4.0;
   return (change(others).array().abs() <= roundings * raw.rounding(others).array()).all();
 }
 

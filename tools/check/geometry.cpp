@@ -52,7 +52,7 @@ double common_factor(const JobData& jobs, const std::vector<Displacement>& all, 
   const double enough = most * static_cast<double>(all.size());
   if (factors.size() < 2 || static_cast<double>(factors.size()) < enough) return 1.0;
   const double middle = analysis::median(factors);
-  const auto near = std::count_if(factors.begin(), factors.end(), [&](double factor) {
+  const auto near = std::ranges::count_if(factors, [&](double factor) {
     return std::fabs(factor - middle) * std::fabs(step(jobs)) <= tolerance;
   });
   return static_cast<double>(near) >= enough &&
@@ -102,14 +102,14 @@ std::string complaint(const JobData& jobs, const Displacement& d, const Eigen::M
   const std::string wanted = io::joined(" where ", coordinate_text(jobs, ih),
                                         " should have moved by ", rounded(distance), " Angstrom");
   if (d.coordinate == 0) return "holds the reference geometry" + wanted;
-  if (d.coordinate < 0) {
-    return "the geometry " +
-           describe(
-               compare_geometries(jobs.geometry(d.job), jobs.geometry(0) + expected, tolerance)) +
-           "," + wanted;
+  if (d.coordinate > 0) {
+    return io::joined("moved ", coordinate_text(jobs, d.coordinate), " by ", rounded(d.distance()),
+                      " Angstrom", wanted, fitting_job(jobs, d, distance, tolerance));
   }
-  return "moved " + coordinate_text(jobs, d.coordinate) + " by " + rounded(d.distance()) +
-         " Angstrom" + wanted + fitting_job(jobs, d, distance, tolerance);
+  const Eigen::Matrix3Xd right = jobs.geometry(0) + expected;
+  return io::joined("the geometry ",
+                    describe(compare_geometries(jobs.geometry(d.job), right, tolerance)), ",",
+                    wanted);
 }
 
 // Where most sign files repeat the reference's block, they say nothing, unless the forces repeat,
@@ -123,19 +123,19 @@ bool report_repeated_blocks(const JobData& jobs, std::vector<Displacement>& all,
       static_cast<double>(repeated.size()) < most * static_cast<double>(all.size())) {
     return false;
   }
-  const bool forces_differ = std::any_of(repeated.begin(), repeated.end(), [&](int i) {
-    return jobs.forces(i) != jobs.forces(repeated.front());
-  });
+  const bool forces_differ = std::ranges::any_of(
+      repeated, [&](int i) { return jobs.forces(i) != jobs.forces(repeated.front()); });
   const bool is_all = repeated.size() == all.size();
   const std::string files =
       is_all ? "every displaced sign file" : counted(std::ssize(repeated), "sign file");
-  const std::string verb = is_all ? "s" : "";
+  const char* const verb = is_all ? "s" : "";
   std::erase_if(all, [](const Displacement& d) { return d.coordinate == 0; });
-  report.add(forces_differ ? Severity::note : Severity::error, whole_list, {},
-             forces_differ
-                 ? "not looked at: " + files + " repeat" + verb + " the reference geometry"
-                 : files + " hold" + verb +
-                       " the reference geometry, and all the same forces: nothing was displaced");
+  if (forces_differ) {
+    report.note(whole_list, "not looked at: ", files, " repeat", verb, " the reference geometry");
+  } else {
+    report.error(whole_list, {}, files, " hold", verb,
+                 " the reference geometry, and all the same forces: nothing was displaced");
+  }
   return true;
 }
 

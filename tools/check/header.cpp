@@ -1,6 +1,7 @@
 // The keyword headers of the displaced jobs against that of the reference.
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "analysis/prepared_dipoles.hpp"
 #include "check/checks.hpp"
@@ -33,16 +34,15 @@ double change_of_size(const SignHeader& header, const SignHeader& reference) {
   return std::fabs(std::fabs(*header.tden_maxval / *reference.tden_maxval) - 1.0);
 }
 
-// What a check before this one says of the dipoles with their signs as they are.
-enum class Dipoles { not_looked_at, fit, misfit };
-Dipoles dipoles_of(const Report& report) {
+// What a check before this one says of the dipoles with their signs as they are, if it has looked.
+std::optional<bool> dipoles_fit(const Report& report) {
   constexpr std::string_view name = "dipole-sum";
-  if (std::any_of(report.findings.begin(), report.findings.end(), [&](const Finding& finding) {
+  if (std::ranges::any_of(report.findings, [&](const Finding& finding) {
         return finding.check == name && finding.severity != Severity::note;
       })) {
-    return Dipoles::misfit;
+    return false;
   }
-  return std::isnan(report.headline(name)) ? Dipoles::not_looked_at : Dipoles::fit;
+  return std::isnan(report.headline(name)) ? std::nullopt : std::optional(true);
 }
 
 // What it means that value k of a job is not the reference's.
@@ -68,12 +68,10 @@ Meaning meaning_of(const JobData& jobs, int job, std::size_t k, double limit,
   if (is_moved) return {};
   if (change > limit) return {"the state has changed"};
   if (*header.tden_maxval * *reference.tden_maxval >= 0.0) return {};
-  const Dipoles dipoles = dipoles_of(report);
-  return {dipoles == Dipoles::misfit
-              ? "the sign of the state has turned; the dipoles do not fit as they stand, so turn "
-                "that of this job"
-              : "the sign of the state has turned",
-          dipoles == Dipoles::fit};
+  const std::string turned = "the sign of the state has turned";
+  const std::optional<bool> fit = dipoles_fit(report);
+  if (fit.value_or(true)) return {turned, fit.has_value()};
+  return {turned + "; the dipoles do not fit as they stand, so turn that of this job"};
 }
 
 io::Place header_line(const JobData& jobs, int i, std::size_t k) {
@@ -112,7 +110,7 @@ void compare_value(const JobData& jobs, std::size_t k, double limit, Report& rep
   }
   note_harmless(jobs, harmless, k, report);
   const bool all_alike = compared > 1 && std::ssize(different) == compared &&
-                         std::all_of(different.begin(), different.end(), [&](const auto& d) {
+                         std::ranges::all_of(different, [&](const auto& d) {
                            return k == maxval ? d.second == different[0].second
                                               : text_of(d.first) == text_of(different[0].first);
                          });
@@ -133,7 +131,7 @@ void compare_value(const JobData& jobs, std::size_t k, double limit, Report& rep
 }
 
 bool has_any(const SignHeader& header) {
-  return std::any_of(header.lines.begin(), header.lines.end(), [](long long l) { return l > 0; });
+  return std::ranges::any_of(header.lines, [](long long l) { return l > 0; });
 }
 
 }  // namespace

@@ -110,7 +110,7 @@ void check_net_force(const JobData& jobs, const Thresholds& limits, Report& repo
   const CommonCause& cause = jobs.context.common_cause;
   if (const char* const meaning = meaning_of(cause.kind); meaning != nullptr) {
     report.add(jobs.layered ? Severity::note : Severity::warning, whole_list, {},
-               describe(jobs, *std::max_element(columns.begin(), columns.end(), smaller)),
+               describe(jobs, *std::ranges::max_element(columns, smaller)),
                rounded(cause.net_force), " in the median column: ", meaning);
   }
   if (cause.is(CommonCause::Kind::none) || cause.is(CommonCause::Kind::loose)) {

@@ -22,11 +22,10 @@ std::string obstacle(const JobData& jobs) {
   return {};
 }
 
-// Turned signs are worth a word when they leave much less, and everything fits with them.
-bool is_worth_a_word(const JobData& jobs, Dipoles at, double limit) {
-  const analysis::SettledSigns& signs = at.signs;
-  if (signs.jobs.empty() || 3.0 * signs.settled.absolute > signs.as_read.absolute) return false;
-  analysis::turn_signs(jobs.run, signs.jobs, at.of_job);
+// Whether everything fits with the signs that are settled.
+bool signs_explain(const JobData& jobs, Dipoles at, double limit) {
+  if (at.signs.jobs.empty()) return false;
+  analysis::turn_signs(jobs.run, at.signs.jobs, at.of_job);
   return dipoles_fit(jobs, at, limit);
 }
 
@@ -40,7 +39,7 @@ std::string misses_text(const analysis::SumRuleResidual& residual) {
 void report_signs(const JobData& jobs, const analysis::SettledSigns& signs, Report& report) {
   const int first = signs.jobs.front();
   const std::string misses = misses_text(signs.as_read);
-  if (std::any_of(signs.jobs.begin(), signs.jobs.end(), [&](int i) { return report.blames(i); })) {
+  if (std::ranges::any_of(signs.jobs, [&](int i) { return report.blames(i); })) {
     report.warn(place_of(jobs, first), {first}, misses, "; first see to what else is said of ",
                 analysis::job_names(jobs.run, signs.jobs));
     return;
@@ -59,18 +58,20 @@ std::string dipole_text(const Eigen::Vector3d& dipole) {
 
 std::string unit_hint(const Eigen::Vector3d& found, const Eigen::Vector3d& expected) {
   constexpr double debye_per_au = 2.541746;  // CODATA 2018
-  const bool is_debye = (found - debye_per_au * expected).norm() <= 0.02 * found.norm();
+  constexpr double alike = 0.02;             // of its length: the fit gives it within 1 %
+  const bool is_debye = (found - debye_per_au * expected).norm() <= alike * found.norm();
   return is_debye ? " (Debye?)" : "";
 }
 
 void report_wrong(const JobData& jobs, const Dipoles& at, const WrongDipole& wrong,
                   Report& report) {
+  constexpr double turned = 0.1;  // of its length: a small one is expected no better
   const Eigen::Vector3d found = at.of_job.col(wrong.job);
   const std::string others =
       wrong.other < 0 ? ""
                       : io::joined("; another one of ", job_text(jobs, wrong.other), ", ",
                                    place_of(jobs, wrong.other).file, ", would do as well");
-  if ((found + wrong.expected).norm() <= 0.1 * found.norm()) {
+  if ((found + wrong.expected).norm() <= turned * found.norm()) {
     report.warn(place_of(jobs, wrong.job), {wrong.job}, "the transition dipole of ",
                 job_text(jobs, wrong.job), " has the other sign: turn it", others);
     return;
@@ -130,7 +131,7 @@ std::optional<WrongDipole> find_wrong(const JobData& jobs, const Dipoles& at,
 void report_misfit(const JobData& jobs, const Dipoles& at, const DipoleMeans& means,
                    Report& report) {
   const analysis::SumRuleResidual& residual = at.signs.as_read;
-  if (at.all && is_worth_a_word(jobs, at, means.limit)) {
+  if (at.all && signs_explain(jobs, at, means.limit)) {
     report_signs(jobs, at.signs, report);
     return;
   }

@@ -34,7 +34,7 @@ double smallest_own_trace(const JobData& jobs) {
   for (const auto& [atom, block] : own_force_constants(jobs)) {
     traces.push_back(std::fabs(block.trace()));
   }
-  return traces.empty() ? 0.0 : *std::min_element(traces.begin(), traces.end());
+  return traces.empty() ? 0.0 : *std::ranges::min_element(traces);
 }
 
 // |h(i,j) - h(j,i)|, the largest of each column, over the largest |h(i,j)| of it, in the median;
@@ -59,9 +59,9 @@ Asymmetry median_asymmetry(const JobData& jobs) {
 // them share. Not known where most are not of the length of the reference's, or that is dark.
 double share_along_line(const JobData& jobs) {
   constexpr double kept = 0.05;  // 0.016 and 0.012 in a Pi and an E state
-  constexpr double dark = 1e-3;  // au
-  constexpr double most = 0.75;  // of the jobs
-  constexpr double few = 4.0;    // fewer jobs tell nothing
+  constexpr double dark = 1e-3;  // au: a hundred last digits of five decimals
+  constexpr double most = 0.75;  // of the jobs: one of four may be wrong
+  constexpr double few = 4.0;    // of fewer jobs one wrong dipole would make the share
   const zandor::RunData& run = jobs.run;
   const double length = Eigen::Map<const Eigen::Vector3d>(run.dipole0.data()).norm();
   Eigen::Matrix3d sum = Eigen::Matrix3d::Zero();

@@ -17,10 +17,9 @@ namespace {
 // mu(+) + mu(-) - 2 mu0 may be off by four half units of the last digit, its half by two.
 constexpr double roundings = 2.0;
 
-// A second job explains nearly as much when it leaves no more than this times as much, unless its
-// dipole would have to be so many times further from the reference's.
-constexpr double as_good = 2.0;
-constexpr double far_off = 30.0;
+// A second job explains nearly as much when it leaves no more than this times as much. Where one
+// dipole is 1 % off, the next best leaves 6 times as much and more.
+constexpr double as_good = 3.0;
 
 bool is_looked_at(const Dipoles& at, int ih) {
   return at.looked[static_cast<std::size_t>(ih - 1)] != 0;
@@ -40,9 +39,9 @@ Eigen::Matrix3Xd even_parts(const JobData& jobs, const Dipoles& at,
 // among coordinates that symmetry keeps at zero has nothing else above rounding beside it.
 double typical_size(std::vector<double> sizes, double rounding) {
   if (sizes.empty()) return rounding;
-  std::sort(sizes.begin(), sizes.end(), std::greater<>());
+  std::ranges::sort(sizes, std::greater<>());
   const auto above = static_cast<std::size_t>(
-      std::count_if(sizes.begin(), sizes.end(), [&](double size) { return size > rounding; }));
+      std::ranges::count_if(sizes, [&](double size) { return size > rounding; }));
   return std::max(rounding, sizes[std::max(above, (sizes.size() + 1) / 2) / 2]);
 }
 
@@ -174,8 +173,7 @@ std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const Dipoles&
   std::vector<Fitted> fits;
   for (const int job : candidates(jobs, means))
     fits.push_back(fit_job(jobs, at, effects, job, as_read));
-  std::sort(fits.begin(), fits.end(),
-            [](const Fitted& a, const Fitted& b) { return a.left < b.left; });
+  std::ranges::sort(fits, [](const Fitted& a, const Fitted& b) { return a.left < b.left; });
   fits.resize(std::min<std::size_t>(fits.size(), 2));
   std::erase_if(fits, [&](const Fitted& fitted) {
     return !dipoles_fit(jobs, put_right(jobs, at, fitted), means.limit);
@@ -192,9 +190,7 @@ std::optional<WrongDipole> find_wrong_dipole(const JobData& jobs, const Dipoles&
     return (expected(fitted) - at.of_job.col(0)).norm();
   };
   if (fits[0].job > 0 && distance(fits[1]) < distance(fits[0])) std::swap(fits[0], fits[1]);
-  WrongDipole wrong{fits[0].job, expected(fits[0])};
-  if (distance(fits[1]) < far_off * distance(fits[0])) wrong.other = fits[1].job;
-  return wrong;
+  return WrongDipole{fits[0].job, expected(fits[0]), fits[1].job};
 }
 
 }  // namespace check

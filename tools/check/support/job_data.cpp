@@ -66,8 +66,7 @@ std::vector<Fault> faults_besides(const JobData& jobs, int i) {
 // Adds faults of files that have none yet: the phase stops at its first one.
 void add_faults_of_other_files(const std::vector<Fault>& more, std::vector<Fault>& faults) {
   for (const Fault& fault : more) {
-    if (std::none_of(faults.begin(), faults.end(),
-                     [&](const Fault& f) { return f.file == fault.file; })) {
+    if (std::ranges::none_of(faults, [&](const Fault& f) { return f.file == fault.file; })) {
       faults.push_back(fault);
     }
   }
@@ -79,9 +78,9 @@ void complete_reference(JobData& jobs) {
   const auto& geometry = jobs.sign_file(0).geometry;
   std::fill_n(run.xa.data(), run.xa.size(), 0.0);
   if (!geometry) return;
-  std::copy(geometry->x.begin(), geometry->x.end(), run.xa.data());
-  std::transform(geometry->masses.begin(), geometry->masses.end(), run.mass.data(),
-                 [](double amu) { return amu * flib::electron_masses_per_amu; });
+  std::ranges::copy(geometry->x, run.xa.data());
+  std::ranges::transform(geometry->masses, run.mass.data(),
+                         [](double amu) { return amu * flib::electron_masses_per_amu; });
 }
 
 void read_reference_files(JobData& jobs) {

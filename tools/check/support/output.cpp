@@ -15,8 +15,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 long long count_of(const Report& report, Severity severity) {
-  return std::count_if(report.findings.begin(), report.findings.end(),
-                       [&](const Finding& f) { return f.severity == severity; });
+  return std::ranges::count_if(report.findings,
+                               [&](const Finding& f) { return f.severity == severity; });
 }
 
 std::ptrdiff_t jobs_read(const JobData& jobs) {
@@ -41,7 +41,7 @@ std::vector<std::string> names_to_rerun(const JobData& jobs, const Report& repor
   std::vector<std::string> names;
   for (const int job : jobs_to_rerun(report)) {
     std::string name = base_name(jobs.job(job));
-    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+    if (std::ranges::find(names, name) == names.end()) names.push_back(name);
   }
   return names;
 }

@@ -6,16 +6,15 @@
 namespace check {
 
 bool Report::blames(int job) const {
-  return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
+  return std::ranges::any_of(findings, [&](const Finding& finding) {
     return finding.severity != Severity::note && finding.check != check &&
-           (finding.job == job ||
-            std::find(finding.rerun.begin(), finding.rerun.end(), job) != finding.rerun.end());
+           (finding.job == job || std::ranges::find(finding.rerun, job) != finding.rerun.end());
   });
 }
 
 double Report::headline(std::string_view of_check) const {
-  const auto first = std::find_if(figures.begin(), figures.end(),
-                                  [&](const Figure& f) { return f.check == of_check; });
+  const auto first =
+      std::ranges::find_if(figures, [&](const Figure& f) { return f.check == of_check; });
   return first == figures.end() ? not_known : first->values.front();
 }
 
