@@ -113,16 +113,21 @@ void bend_forces(double by) {
   });
 }
 
-// Rounds all dipoles, and takes two of one coordinate apart: their mean stays.
-void spread_dipoles(int decimals, double by) {
+// Rounds all dipoles, and adds to that of one job.
+void push_dipole(const std::string& name, int decimals, double by) {
   edit_all(
       [&](const std::string& n) {
         Dipole dipole = dipole_of(n);
-        if (n.ends_with("01mx.sgn")) dipole[2] -= by;
-        if (n.ends_with("01px.sgn")) dipole[2] += by;
+        if (n == name) dipole[2] += by;
         set_dipole(n, dipole, decimals);
       },
       true);
+}
+
+// The same of two jobs, whose mean stays.
+void spread_dipoles(const std::string& molecule, int decimals, double by) {
+  push_dipole("coord-" + molecule + "-01mx.sgn", 8, -by);
+  push_dipole("coord-" + molecule + "-01px.sgn", decimals, by);
 }
 
 void leave_jobs(double count) {
@@ -140,12 +145,6 @@ void repeat_reference_geometry(double count) {
                 lines.begin() + static_cast<long>(geometry_at(lines)));
     write_lines(name, lines);
   });
-}
-
-void push_first_atom() {
-  std::vector<double> forces = forces_of(spoilt);
-  forces[0] += 1e-4;
-  set_forces(spoilt, forces);
 }
 
 const Row rows[] = {
@@ -194,14 +193,10 @@ const Row rows[] = {
     {"header", [] { edit(spoilt, "18      7", "18 6"); },
      "01px.sgn:14: note: tden_maxloc is not the reference's in 1 job (coord-ch2o-s1-01px.sgn), "
      "but"},
-    {"header", [] { edit(spoilt, "0.3075126970", "-0.3075"); }, "the sign of the state has turned"},
     {"symbols", [] { edit("files.out", "2   O        8", "2   O        7"); },
      "files.out:30: warning: atom 2 is 'O' 7, but the number of that symbol is 8"},
     {"symbols", [] { edit(input, " O ", " S "); }, "ref.com:9: warning: atom 2 is 'S'"},
     {"symbols", [] { edit(input, " O ", " 8 "); }, ""},
-    {"masses", [] { edit(reference_file, "15.994910", "15.9"); },
-     "ref.sgn:25: warning: atom 2 has the mass 15.9 amu; the nearest isotope of atomic number 8 "
-     "has 15.994915"},
     {"masses", [] { edit(reference_file, "8      15.994910", "17 35.45"); },
      "ref.sgn:25: note: atom 2 has the mass 35.45 amu, the average of its element; the nearest"},
     {"masses", [] { edit(reference_file, "  O         8", "  Pm       61"); },
@@ -225,8 +220,6 @@ const Row rows[] = {
      "warning: the geometry is turned by 120 degrees"},
     {"input", [] { swap_lines(input, nullptr); },
      "in another order: atom 3 stands at the place of atom 4"},
-    {"input", [] { edit(input, "0.71205659", "0.76205659"); },
-     "ref.com:9: warning: the geometry is another geometry: atom 2 is 0.05 Angstrom away"},
     {"derived", [] { edit("files.out", "-1.0000000000    0.0", "-1.0000000000    0.5"); },
      "error: operation 2 of job 1 (atom 1 (C) x-) and 8 more jobs is not orthogonal", derived},
     {"derived",
@@ -242,13 +235,6 @@ const Row rows[] = {
     {"duplicate", [] { set_forces(spoilt, forces_of(reference_file)); },
      "01px.sgn:32: error: the forces of job 2 (atom 1 (C) x+) are those of the reference, digit"},
     {"stationary", drop_forces_of_reference, "note: not looked at"},
-    {"asymmetry",
-     [] {
-       drop_forces_of_reference();
-       scale_forces(spoilt, 0.5);
-     },
-     "01mx.sgn:32: warning: the forces do not fit those of the other jobs: h(i,j) - h(j,i) is "
-     "0.003"},
     {"asymmetry",
      [] {
        drop_forces_of_reference();
@@ -271,10 +257,9 @@ const Row rows[] = {
        });
      },
      "files.out: note: not looked at: 12 coordinates without two jobs that can be used"},
-    {"net-force", push_first_atom, "01px.sgn:32: warning: net force in the column of atom 1 (C) x"},
     {"net-force",
      [] {
-       push_first_atom();
+       push(spoilt, 0, 5e-3);
        support::write_file("coord-ch2o-s1-ref.log", oniom);
      },
      "01px.sgn:32: note: net force in the column of atom 1 (C) x"},
@@ -297,14 +282,6 @@ const Row rows[] = {
      "01px.sgn: warning: the transition dipole of job 2 (atom 1 (C) x+) does not fit the others: "
      "0.3 0 0 au, expected about ",
      derived},
-    {"frame",
-     [] {
-       write_input([](double x, double y, double z) {
-         return numbers(x, 0.8 * y + 0.6 * z, 0.8 * z - 0.6 * y);
-       });
-     },
-     "ref.com: note: the axes are 36.87 degrees off the principal axes"},
-    {"frame", [] {}, "ref.com: warning: the axes are 35.26 degrees off", ammonia},
     {"frame", [] { support::write_file("coord-nh3-ref.log", oniom); },
      "ref.com: note: the axes are 35.26 degrees off", ammonia},
 };
@@ -454,19 +431,20 @@ const Limit limits[] = {
      water},
     {"dipole-sum", [](double f) { scale_dipole("coord-h2o-01px.sgn", f); }, "has the other sign",
      -1.2, -1.05, water},
-    {"dipole-sum", [](double d) { spread_dipoles(5, d); }, "miss their sum rules", 3e-4, 1e-3,
-     water},
-    {"dipole-sum", [](double d) { spread_dipoles(3, d); }, "miss their sum rules", 0.01, 0.03},
-    {"dipole-sum", [](double d) { spread_dipoles(6, d); }, "miss their sum rules", 4e-5, 1e-4},
+    {"dipole-sum", [](double d) { spread_dipoles("h2o", 5, d); }, "miss their sum rules", 3e-4,
+     1e-3, water},
+    {"dipole-sum", [](double d) { spread_dipoles("ch2o-s1", 3, d); }, "miss their sum rules", 0.01,
+     0.03},
+    {"dipole-sum", [](double d) { spread_dipoles("ch2o-s1", 7, d); }, "miss their sum rules",
+     3.5e-5, 1e-4},
     {"dipole-sum",
      [](double d) {
-       spread_dipoles(3, 0.0);
        std::filesystem::remove("coord-h2o-03mz.sgn");
-       Dipole dipole = dipole_of("coord-h2o-01px.sgn");
-       dipole[2] += d;
-       set_dipole("coord-h2o-01px.sgn", dipole, 3);
+       push_dipole("coord-h2o-01px.sgn", 3, d);
      },
      "expected about", 0.012, 0.04, water},
+    {"dipole-sum", [](double d) { push_dipole("coord-h2o-02pz.sgn", 4, d); }, "would do as well",
+     6e-3, 1.5e-3, water},
 };
 
 TEST(Checks, keep_silent_within_each_limit_and_speak_beyond) {

@@ -7,6 +7,7 @@
 #include <map>
 #include <random>
 
+#include "analysis/dipoles.hpp"
 #include "job_folder.hpp"
 
 namespace dipole_faults {
@@ -30,10 +31,9 @@ struct Directory {
     }
   }
   std::string name(int i) const { return std::string(jobs.job(i).sgn_name.content()); }
-  Dipole dipole(int i) const {
-    if (i == 0) return jobs.run.dipole0;
-    const double* const mu = jobs.run.tdip.column(i);
-    return {mu[0], mu[1], mu[2]};
+  Dipole dipole(int i) const {  // as it was
+    const auto dipoles = analysis::job_dipoles(jobs.run);
+    return {dipoles(0, i), dipoles(1, i), dipoles(2, i)};
   }
   std::vector<int> with_dipoles() const {
     std::vector<int> found;
@@ -62,12 +62,12 @@ void count(const Directory& at, int i, Count& counts) {
   counts.listed += report.findings.back().rerun == std::vector<int>{i} ? 1 : 0;
 }
 
+std::function<Dipole(const Dipole&)> times(double f) {
+  return [f](const Dipole& m) { return Dipole{m[0] * f, m[1] * f, m[2] * f}; };
+}
 const std::map<std::string, std::function<Dipole(const Dipole&)>> faults = {
-    {"Debye",
-     [](const Dipole& m) {
-       return Dipole{m[0] * 2.5417, m[1] * 2.5417, m[2] * 2.5417};
-     }},
-    {"zero", [](const Dipole&) { return Dipole{}; }},
+    {"Debye", times(2.5417)},
+    {"zero", times(0.0)},
     {"permuted",
      [](const Dipole& m) {
        return Dipole{m[2], m[0], m[1]};
@@ -76,14 +76,8 @@ const std::map<std::string, std::function<Dipole(const Dipole&)>> faults = {
      [](const Dipole&) {
        return Dipole{0.21, -0.34, 0.15};
      }},
-    {"1 % off",
-     [](const Dipole& m) {
-       return Dipole{m[0] * 1.01, m[1] * 1.01, m[2] * 1.01};
-     }},
-    {"turned",
-     [](const Dipole& m) {
-       return Dipole{-m[0], -m[1], -m[2]};
-     }},
+    {"1 % off", times(1.01)},
+    {"turned", times(-1.0)},
 };
 
 struct Expected {
