@@ -112,7 +112,7 @@ TEST_F(ZandorCheck, prints_everything_as_json) {
   }
   EXPECT_TRUE(turned) << outcome.out;
   EXPECT_FALSE(document["rerun"].empty()) << "columns above 1e-5";
-  EXPECT_EQ(document["thresholds"].size(), check::threshold_names().size());
+  EXPECT_EQ(document["thresholds"].size(), std::size(check::threshold_names));
   EXPECT_NE(document["figures"].dump().find("net force of each coordinate"), std::string::npos);
 }
 

@@ -52,7 +52,7 @@ void add_options(CLI::App& app, Options& options) {
   app.add_option("--only", options.only, "the checks to run, separated by commas")
       ->delimiter(',')
       ->check(CLI::IsMember(names));
-  for (const ThresholdName& threshold : threshold_names()) {
+  for (const ThresholdName& threshold : threshold_names) {
     if (*threshold.meaning == '\0') continue;
     app.add_option("--" + std::string(threshold.name), options.limits.*threshold.value,
                    std::string(threshold.meaning) + " (" + threshold.unit + ")")

@@ -130,7 +130,7 @@ void print_json(const std::string& control_file, const JobData& jobs, const Thre
                        {"name", figure.name},
                        {"value", figure.is_list ? Json(figure.values) : Json(figure.values[0])}});
   }
-  for (const ThresholdName& name : threshold_names()) {
+  for (const ThresholdName& name : threshold_names) {
     thresholds.push_back({{"name", name.name}, {"value", limits.*name.value}, {"unit", name.unit}});
   }
   const Json document = {{"program", io::program_name},
