@@ -468,9 +468,9 @@ TEST(Checks, note_frequencies_within_the_noise) {
   EXPECT_EQ(lines_of(look(jobs, {"noise"}), true), "");
   for (const double eigenvalue : {3e-10, 6e-10}) {
     jobs.context.modes.eigenvalues(11) = eigenvalue;
-    check::Report report;
-    check::check_noise(jobs, {}, report);
-    EXPECT_EQ(lines_of(report, true).find("7 projected frequencies below 4.604 cm-1") ==
+    check::Findings findings;
+    check::check_noise(jobs, {}, findings);
+    EXPECT_EQ(lines_of(findings, true).find("7 projected frequencies below 4.604 cm-1") ==
                   std::string::npos,
               eigenvalue > 5e-10);
   }

@@ -53,13 +53,13 @@ struct Count {
 
 // Of the findings above a note; named: by the file; listed: this job and no other.
 void count(const Directory& at, int i, Count& counts) {
-  const check::Report report = look({"dipole-sum"});
+  const check::Findings findings = look({"dipole-sum"});
   ++counts.cases;
-  const std::string lines = lines_of(report);
+  const std::string lines = lines_of(findings);
   if (lines.empty()) return;
   ++counts.found;
   counts.named += lines.find(at.name(i)) != std::string::npos ? 1 : 0;
-  counts.listed += report.findings.back().rerun == std::vector<int>{i} ? 1 : 0;
+  counts.listed += findings.list.back().rerun == std::vector<int>{i} ? 1 : 0;
 }
 
 std::function<Dipole(const Dipole&)> times(double f) {

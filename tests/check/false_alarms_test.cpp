@@ -27,14 +27,14 @@ TEST(FalseAlarms, none_on_real_directories_with_rounded_forces) {
     copy_here(PROJECT_FOLDER + std::string(folder));
     check::JobData jobs;
     std::set<std::tuple<std::string, std::string, std::string>> known;
-    for (const check::Finding& finding : look(jobs).findings) known.insert(kind_of(finding));
+    for (const check::Finding& finding : look(jobs).list) known.insert(kind_of(finding));
     for (const int decimals : {6, 5}) {
       for (int i = 0; i <= jobs.run.n6; ++i) {
         const std::string name(jobs.job(i).sgn_name.content());
         if (i > 0 && !jobs.job(i).is_calc) continue;
         set_forces(name, forces_of(name), decimals);
       }
-      for (const check::Finding& finding : look().findings) {
+      for (const check::Finding& finding : look().list) {
         EXPECT_TRUE(finding.severity == check::Severity::note || known.contains(kind_of(finding)))
             << folder << ", " << decimals << " decimals: " << check::line_of(finding);
       }
@@ -51,7 +51,7 @@ TEST(FalseAlarms, none_on_consistent_molecules) {
                                               .dipole_decimals = decimals == 10 ? 6 : 5,
                                               .disp_sign = seed % 2 == 0 ? 1 : -1};
       model_molecule::write_jobs(model, printing);
-      for (const check::Finding& finding : look().findings) {
+      for (const check::Finding& finding : look().list) {
         // Off the principal axes the projection turns coarse forces into rigid motions, and soft
         // vibrations move: that is so.
         const bool is_so = finding.check == "frame" || finding.check == "precision";
@@ -131,7 +131,7 @@ TEST(FalseAlarms, what_most_jobs_have_in_common_is_said_once) {
     std::string said;
     std::set<std::string> rerun;
     int findings = 0;
-    for (const check::Finding& finding : look(jobs).findings) {
+    for (const check::Finding& finding : look(jobs).list) {
       if (finding.severity == check::Severity::note) continue;
       for (const int i : finding.rerun) rerun.insert(check::base_name(jobs.job(i)));
       const std::set<std::string> others = {"files", "header", "stationary", "frame", "dipole-sum"};

@@ -51,11 +51,11 @@ class FaultTable : public testing::Test {
                      std::vector<int> wanted) {
     Count& count = counts_[fault];
     ++count.cases;
-    const check::Report report = look();
+    const check::Findings findings = look();
     std::set<int> blamed;
     bool found = false;
     std::set<std::string> named;
-    for (const check::Finding& finding : report.findings) {
+    for (const check::Finding& finding : findings.list) {
       if (finding.severity == check::Severity::note) continue;
       if (clean_.find(check::line_of(finding)) != std::string::npos) continue;
       found = true;

@@ -95,19 +95,19 @@ void copy_here(const std::string& folder) {
   }
 }
 
-check::Report look(check::JobData& jobs, const std::vector<std::string>& only) {
+check::Findings look(check::JobData& jobs, const std::vector<std::string>& only) {
   check::read_job_data("control.inp", jobs);
   return check::run_checks(jobs, {}, only);
 }
 
-check::Report look(const std::vector<std::string>& only) {
+check::Findings look(const std::vector<std::string>& only) {
   check::JobData jobs;
   return look(jobs, only);
 }
 
-std::string lines_of(const check::Report& report, bool notes) {
+std::string lines_of(const check::Findings& findings, bool notes) {
   std::string text;
-  for (const check::Finding& finding : report.findings) {
+  for (const check::Finding& finding : findings.list) {
     if (notes || finding.severity != check::Severity::note) text += check::line_of(finding) + "\n";
   }
   return text;

@@ -35,10 +35,10 @@ inline void turn_dipole(const std::string& name) { scale_dipole(name, -1.0); }
 void copy_here(const std::string& folder);
 
 // Reads the working folder and runs the checks of these names, or all. `jobs` is filled with it.
-check::Report look(check::JobData& jobs, const std::vector<std::string>& only = {});
-check::Report look(const std::vector<std::string>& only = {});
+check::Findings look(check::JobData& jobs, const std::vector<std::string>& only = {});
+check::Findings look(const std::vector<std::string>& only = {});
 
 // The findings above a note, or all, one line each, as the program prints them.
-std::string lines_of(const check::Report& report, bool notes = false);
+std::string lines_of(const check::Findings& findings, bool notes = false);
 
 }  // namespace job_folder

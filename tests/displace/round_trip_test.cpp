@@ -177,7 +177,7 @@ std::vector<double> frequencies(const displace::Plan& plan, const Molecule& mole
   const zandor::RunData run = analysis::load_job_directory("control.inp");
   check::JobData jobs;
   check::read_job_data("control.inp", jobs);
-  for (const check::Finding& finding : check::run_checks(jobs, {}, {}).findings) {
+  for (const check::Finding& finding : check::run_checks(jobs, {}, {}).list) {
     EXPECT_EQ(finding.severity, check::Severity::note) << check::line_of(finding);
   }
   return {run.freqp.data(), run.freqp.data() + run.n3};

@@ -175,7 +175,7 @@ std::string names_of_columns(const JobData& jobs, const Columns& columns) {
 }
 
 void blame(const Search& search, const Suspects& suspects, const Element& worst, double typical,
-           Report& report) {
+           Findings& findings) {
   const JobData& jobs = search.jobs;
   const Group& group = suspects.front().group;
   std::vector<int> blamed = jobs_to_blame(search, group, search.without(group));
@@ -194,7 +194,7 @@ void blame(const Search& search, const Suspects& suspects, const Element& worst,
     text += "; nearly as much is explained by " + analysis::job_names(jobs.run, more);
     blamed.insert(blamed.end(), more.begin(), more.end());
   }
-  report.warn(forces_place(jobs, first), {first, std::move(blamed), worst.asymmetry}, text);
+  findings.warn(forces_place(jobs, first), {first, std::move(blamed), worst.asymmetry}, text);
 }
 
 // `typical` measures nothing where it is zero, which symmetry makes it, or where columns are
@@ -217,29 +217,29 @@ Thresholds limits_for(const JobData& jobs, bool all_columns, Thresholds limits) 
   return limits;
 }
 
-void add_figures(const Search& search, Report& report) {
+void add_figures(const Search& search, Findings& findings) {
   const Element worst = worst_element(search, search.columns);
-  report.figure("largest |h(i,j) - h(j,i)| (Hartree/Bohr**2)", worst.asymmetry);
-  report.figure("what print rounding allows there (Hartree/Bohr**2)",
-                search.allowed(worst.i, worst.j));
+  findings.figure("largest |h(i,j) - h(j,i)| (Hartree/Bohr**2)", worst.asymmetry);
+  findings.figure("what print rounding allows there (Hartree/Bohr**2)",
+                  search.allowed(worst.i, worst.j));
   Eigen::VectorXd largest = Eigen::VectorXd::Constant(search.jobs.run.n3, not_known);
   for (const int k : search.columns) largest(k) = search.asymmetry.col(k).maxCoeff();
   Columns ranked = search.columns;
   std::ranges::stable_sort(ranked, [&](int i, int j) { return largest(i) > largest(j); });
-  report.figure("largest of each coordinate (Hartree/Bohr**2)", largest);
-  report.figure(
+  findings.figure("largest of each coordinate (Hartree/Bohr**2)", largest);
+  findings.figure(
       "coordinates by it, the largest first",
       Eigen::Map<Eigen::VectorXi>(ranked.data(), std::ssize(ranked)).array().cast<double>() + 1.0);
 }
 
 }  // namespace
 
-void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_asymmetry(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   const RawForceConstants& raw = jobs.context.raw;
   const bool all_columns = std::ssize(raw.columns) == jobs.run.n3;
   if (!all_columns) {
-    report.note(whole_list, missing_columns(jobs),
-                "; the others are not held against their median");
+    findings.note(whole_list, missing_columns(jobs),
+                  "; the others are not held against their median");
   }
   if (raw.columns.size() < 2) return;
   Search search{.jobs = jobs,
@@ -248,7 +248,7 @@ void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& repo
                 .limits = limits_for(jobs, all_columns, limits),
                 .columns = raw.columns,
                 .asymmetry = raw.asymmetry()};
-  add_figures(search, report);
+  add_figures(search, findings);
   if (jobs.context.common_cause.forbids_comparison()) return;
   while (search.columns.size() >= 2) {
     const Suspects suspects = narrow_down(search, find_suspects(search));
@@ -258,7 +258,7 @@ void check_asymmetry(const JobData& jobs, const Thresholds& limits, Report& repo
     for (const int k : rest) others.push_back(search.asymmetry(rest, k).maxCoeff());
     const double typical = analysis::median(std::move(others));
     if (worst.i < 0 || !is_trouble(search, worst, typical)) return;
-    blame(search, suspects, worst, typical, report);
+    blame(search, suspects, worst, typical, findings);
     for (const Suspect& suspect : suspects) search.remove(suspect.group);
   }
 }

@@ -32,9 +32,9 @@ constexpr NamedCheck list[] = {
 
 // Jobs that the list gives wrongly are mended in the list, and are not run again unless their file
 // is bad.
-void drop_wrong_names(const JobData& jobs, Report& report) {
+void drop_wrong_names(const JobData& jobs, Findings& findings) {
   const std::vector<char> wrong = listed_wrongly(jobs);
-  for (Finding& finding : report.findings) {
+  for (Finding& finding : findings.list) {
     if (finding.check == "files") continue;
     std::erase_if(finding.rerun, [&](int i) { return wrong[static_cast<std::size_t>(i)] != 0; });
   }
@@ -44,11 +44,11 @@ void drop_wrong_names(const JobData& jobs, Report& report) {
 
 std::span<const NamedCheck> all_checks() { return list; }
 
-Report run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std::string>& only) {
+Findings run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std::string>& only) {
   const auto wanted = [&](std::string_view name) {
     return only.empty() || std::ranges::find(only, name) != only.end();
   };
-  Report report;
+  Findings findings;
   jobs.context.wrong_images = find_wrong_images(jobs, limits);
   form_context(jobs, limits,
                std::any_of(std::begin(list), std::end(list), [&](const NamedCheck& check) {
@@ -57,15 +57,15 @@ Report run_checks(JobData& jobs, const Thresholds& limits, const std::vector<std
   const bool touches = jobs.context.common_cause.is(CommonCause::Kind::degenerate);
   for (const NamedCheck& check : list) {
     if (!wanted(check.name) || (touches && check.needs_one_state)) continue;
-    report.check = check.name;
-    if (const auto stop = io::collect([&] { check.look(jobs, limits, report); })) {
-      report.note({stop->file, stop->line}, "not looked at: ", stop->message);
+    findings.check = check.name;
+    if (const auto stop = io::collect([&] { check.look(jobs, limits, findings); })) {
+      findings.note({stop->file, stop->line}, "not looked at: ", stop->message);
     }
   }
-  drop_wrong_names(jobs, report);
-  std::ranges::stable_sort(report.findings,
+  drop_wrong_names(jobs, findings);
+  std::ranges::stable_sort(findings.list,
                            [](const Finding& a, const Finding& b) { return a.job < b.job; });
-  return report;
+  return findings;
 }
 
 }  // namespace check

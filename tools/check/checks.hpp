@@ -1,18 +1,18 @@
 // The checks, in the order in which they run. Each looks at one thing in all jobs and adds what it
-// finds, and what it could not look at, to the report. docs/checks.md explains each of them.
+// finds, and what it could not look at, to the findings. docs/checks.md explains each of them.
 #pragma once
 
 #include <span>
 #include <string>
 #include <vector>
 
+#include "check/support/findings.hpp"
 #include "check/support/job_data.hpp"
-#include "check/support/report.hpp"
 #include "check/support/thresholds.hpp"
 
 namespace check {
 
-using Check = void(const JobData& jobs, const Thresholds& limits, Report& report);
+using Check = void(const JobData& jobs, const Thresholds& limits, Findings& findings);
 
 Check check_names;
 Check check_files;
@@ -57,7 +57,7 @@ std::span<const NamedCheck> all_checks();
 // Forms the context of the jobs and runs the checks of these names, all when there is none. The
 // findings are sorted: those about the directory as a whole first, then by job; of the same job in
 // the order of the checks.
-Report run_checks(JobData& jobs, const Thresholds& limits,
-                  const std::vector<std::string>& only = {});
+Findings run_checks(JobData& jobs, const Thresholds& limits,
+                    const std::vector<std::string>& only = {});
 
 }  // namespace check

@@ -76,22 +76,22 @@ std::map<int, std::vector<int>> jobs_by_operation(const JobData& jobs) {
 }
 
 // What the reader of the list says about derived jobs: sources without forces.
-void pass_on_list_warnings(const JobData& jobs, Report& report) {
+void pass_on_list_warnings(const JobData& jobs, Findings& findings) {
   for (const Fault& warning : jobs.list.warnings) {
     for (int i = 1; i <= jobs.run.n6; ++i) {
       if (jobs.job(i).is_calc || jobs.job(i).list_line != warning.line) continue;
-      report.add(jobs.source(i) == 0 ? Severity::error : Severity::warning,
-                 {warning.file, warning.line}, {i}, warning.message);
+      findings.add(jobs.source(i) == 0 ? Severity::error : Severity::warning,
+                   {warning.file, warning.line}, {i}, warning.message);
     }
   }
 }
 
-// What is wrong with derived jobs goes to the report; the result tells for the jobs 0..n6 whether
+// What is wrong with derived jobs goes to the findings; the result tells for the jobs 0..n6 whether
 // they have a wrong source or operation.
-std::vector<char> look_at_images(const JobData& jobs, double tolerance, Report& report) {
+std::vector<char> look_at_images(const JobData& jobs, double tolerance, Findings& findings) {
   std::vector<char> wrong(jobs.run.jobs.size(), 0);
   const auto add = [&](int i, const auto&... parts) {
-    report.error(list_line(jobs, i), {i}, parts...);
+    findings.error(list_line(jobs, i), {i}, parts...);
   };
   for (const auto& [k, derived] : jobs_by_operation(jobs)) {
     const std::string complaint = complaint_about(jobs, k, tolerance);
@@ -118,7 +118,7 @@ std::vector<char> look_at_images(const JobData& jobs, double tolerance, Report& 
 
 std::vector<char> find_wrong_images(const JobData& jobs, const Thresholds& limits) {
   if (!jobs.has_geometry()) return std::vector<char>(jobs.run.jobs.size(), 0);
-  Report ignored;
+  Findings ignored;
   std::vector<char> wrong = look_at_images(jobs, limits.derived, ignored);
   for (int i = 1; i <= jobs.run.n6; ++i) {  // jobs derived from wrong ones are wrong, too
     if (jobs.job(i).is_calc || jobs.source(i) == 0) continue;
@@ -127,18 +127,18 @@ std::vector<char> find_wrong_images(const JobData& jobs, const Thresholds& limit
   return wrong;
 }
 
-void check_derived(const JobData& jobs, const Thresholds& limits, Report& report) {
-  pass_on_list_warnings(jobs, report);
+void check_derived(const JobData& jobs, const Thresholds& limits, Findings& findings) {
+  pass_on_list_warnings(jobs, findings);
   const auto used = jobs_by_operation(jobs);
   if (used.empty()) return;
   if (!jobs.has_geometry()) {
-    report.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
+    findings.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
     return;
   }
   double worst = 0.0;
   for (const auto& [k, derived] : used) worst = std::max(worst, misfit_of(jobs, k).forward);
-  report.figure("largest misfit of an operation (Angstrom)", worst);
-  look_at_images(jobs, limits.derived, report);
+  findings.figure("largest misfit of an operation (Angstrom)", worst);
+  look_at_images(jobs, limits.derived, findings);
 }
 
 }  // namespace check

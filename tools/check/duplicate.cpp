@@ -25,17 +25,17 @@ std::vector<int> columns_without(const RawForceConstants& raw, int i, int j) {
 }
 
 // Nothing is said where, by the other columns, the step changes no force.
-void report_repeated_reference(const JobData& jobs, int i, Report& report) {
+void report_repeated_reference(const JobData& jobs, int i, Findings& findings) {
   const RawForceConstants& raw = jobs.context.raw;
   const std::vector<int> others = columns_without(raw, i, i);
   if (!others.empty() && is_rounding(raw, raw.h.row((i - 1) / 2), others)) return;
-  report.error(forces_place(jobs, i), {i, {i}}, "the forces of ", job_text(jobs, i),
-               " are those of the reference, digit for digit");
+  findings.error(forces_place(jobs, i), {i, {i}}, "the forces of ", job_text(jobs, i),
+                 " are those of the reference, digit for digit");
 }
 
 // Nothing is said where, by the other columns, the two steps change the forces alike, as opposite
 // steps of the two atoms of a diatomic do.
-void report_pair(const JobData& jobs, int i, int j, Report& report) {
+void report_pair(const JobData& jobs, int i, int j, Findings& findings) {
   const RawForceConstants& raw = jobs.context.raw;
   const std::vector<int> others = columns_without(raw, i, j);
   const double sign = jobs.step(i) == jobs.step(j) ? 1.0 : -1.0;
@@ -46,15 +46,15 @@ void report_pair(const JobData& jobs, int i, int j, Report& report) {
   const std::vector<int> copies = single_out(jobs, {i, j}, others);
   const int blamed = copies.size() == 1 ? copies.front() : j;
   const int other = blamed == i ? j : i;
-  report.error(forces_place(jobs, blamed), {blamed, copies}, "the forces of ",
-               job_text(jobs, blamed), " are those of ", job_text(jobs, other),
-               ", digit for digit (", jobs.sign_name(other),
-               copies.size() == 1 ? ")" : "); one of the two is a copy");
+  findings.error(forces_place(jobs, blamed), {blamed, copies}, "the forces of ",
+                 job_text(jobs, blamed), " are those of ", job_text(jobs, other),
+                 ", digit for digit (", jobs.sign_name(other),
+                 copies.size() == 1 ? ")" : "); one of the two is a copy");
 }
 
 }  // namespace
 
-void check_duplicate(const JobData& jobs, const Thresholds&, Report& report) {
+void check_duplicate(const JobData& jobs, const Thresholds&, Findings& findings) {
   std::unordered_map<std::string_view, int> first;  // by the bytes of the forces
   const auto first_with_forces_of = [&](int i) {
     const auto forces = jobs.forces(i);
@@ -71,15 +71,15 @@ void check_duplicate(const JobData& jobs, const Thresholds&, Report& report) {
     if (known == i) continue;
     ++repeated;
     if (known == 0) {
-      report_repeated_reference(jobs, i, report);
+      report_repeated_reference(jobs, i, findings);
     } else {
-      report_pair(jobs, known, i, report);
+      report_pair(jobs, known, i, findings);
     }
   }
-  report.figure("jobs whose forces repeat others", repeated);
+  findings.figure("jobs whose forces repeat others", repeated);
   if (const auto missing = std::ssize(jobs.computed) - std::ssize(jobs.read); missing > 0) {
-    report.note(whole_list, "not looked at: ", counted(missing, "job"),
-                " without forces that can be used");
+    findings.note(whole_list, "not looked at: ", counted(missing, "job"),
+                  " without forces that can be used");
   }
 }
 

@@ -24,7 +24,7 @@ bool pushes(const Eigen::Matrix3d& block) {
   return block.trace() < 0.0 && -values(0) > much_more * values(2);
 }
 
-void check_blocks(const JobData& jobs, Report& report) {
+void check_blocks(const JobData& jobs, Findings& findings) {
   const std::map<int, Eigen::Matrix3d> blocks = own_force_constants(jobs);
   double least = not_known;
   std::vector<int> pushing;
@@ -32,34 +32,34 @@ void check_blocks(const JobData& jobs, Report& report) {
     least = std::fmin(least, block.trace());
     if (pushes(block)) pushing.push_back(atom);
   }
-  report.figure("smallest trace of an atom's own force constants (Hartree/Bohr**2)", least);
+  findings.figure("smallest trace of an atom's own force constants (Hartree/Bohr**2)", least);
   if (pushing.empty()) return;
   const bool most = 2 * pushing.size() > blocks.size();
-  report.warn(whole_list, {}, "the own force constants of ", counted(std::ssize(pushing), "atom"),
-              " of ", blocks.size(), " push it away when it moves, first those of atom ",
-              pushing.front(), " (the sum of the three, at the least, is ", rounded(least),
-              " Hartree/Bohr**2)", most ? ": gradients for forces, or job order turned?" : "");
+  findings.warn(whole_list, {}, "the own force constants of ", counted(std::ssize(pushing), "atom"),
+                " of ", blocks.size(), " push it away when it moves, first those of atom ",
+                pushing.front(), " (the sum of the three, at the least, is ", rounded(least),
+                " Hartree/Bohr**2)", most ? ": gradients for forces, or job order turned?" : "");
 }
 
 }  // namespace
 
-void check_force_constants(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_force_constants(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   const CommonCause& cause = jobs.context.common_cause;
-  if (!cause.is(CommonCause::Kind::other_axes)) check_blocks(jobs, report);
+  if (!cause.is(CommonCause::Kind::other_axes)) check_blocks(jobs, findings);
   const ProjectedModes& modes = jobs.context.modes;
   if (!modes.missing.empty()) {
-    report.note(whole_list, "frequencies not looked at: ", modes.missing);
+    findings.note(whole_list, "frequencies not looked at: ", modes.missing);
     if (cause.is(CommonCause::Kind::other_units)) {
-      report.warn(whole_list, {}, "the own force constants of every atom sum up to ",
-                  rounded(cause.own_trace), " Hartree/Bohr**2 and more", other_units);
+      findings.warn(whole_list, {}, "the own force constants of every atom sum up to ",
+                    rounded(cause.own_trace), " Hartree/Bohr**2 and more", other_units);
     }
     return;
   }
   const double highest = wavenumber(modes.eigenvalues.cwiseAbs().maxCoeff());
-  report.figure("highest frequency (cm-1)", highest);
+  findings.figure("highest frequency (cm-1)", highest);
   if (highest <= limits.frequency) return;
-  report.warn(whole_list, {}, "the highest frequency, real or imaginary, is ", rounded(highest),
-              " cm-1", other_units);
+  findings.warn(whole_list, {}, "the highest frequency, real or imaginary, is ", rounded(highest),
+                " cm-1", other_units);
 }
 
 }  // namespace check

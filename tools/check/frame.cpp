@@ -22,31 +22,32 @@ double largest_rigid_frequency(const JobData& jobs, const analysis::RigidMotions
 
 }  // namespace
 
-void check_frame(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_frame(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   const io::Place place{jobs.run.com_name.content()};
   if (const std::string& missing = jobs.context.modes.missing; !missing.empty()) {
-    report.note(place, "not looked at: ", missing);
+    findings.note(place, "not looked at: ", missing);
     return;
   }
   const double angle = analysis::principal_axes(jobs.run).largest_angle;
   const analysis::RigidMotions rigid = analysis::rigid_motions(jobs.run);
   const double left = largest_rigid_frequency(jobs, rigid);
-  report.figure("largest angle to the principal axes (degree)", angle);
-  report.figure("largest projected rigid motion (cm-1)", left);
+  findings.figure("largest angle to the principal axes (degree)", angle);
+  findings.figure("largest projected rigid motion (cm-1)", left);
   const bool spurious = std::abs(left) > limits.frame;
   if (!spurious && angle <= limits.frame_angle) return;
   if (spurious && angle <= limits.frame_angle && rigid.rank == 5) {
-    report.warn(place, {0},
-                "the molecule is linear but for a hair: the projection of the report takes a bend "
-                "for a rotation, and leaves a rotation with ",
-                rounded(left), " cm-1; put the atoms on the line");
+    findings.warn(
+        place, {0},
+        "the molecule is linear but for a hair: the projection of the report takes a bend "
+        "for a rotation, and leaves a rotation with ",
+        rounded(left), " cm-1; put the atoms on the line");
     return;
   }
-  report.add(spurious && !jobs.layered ? Severity::warning : Severity::note, place, {0},
-             "the axes are ", rounded(angle),
-             " degrees off the principal axes of inertia, where the projection is exact: rigid "
-             "motions stay in the projected set with up to ",
-             rounded(left), " cm-1");
+  findings.add(spurious && !jobs.layered ? Severity::warning : Severity::note, place, {0},
+               "the axes are ", rounded(angle),
+               " degrees off the principal axes of inertia, where the projection is exact: rigid "
+               "motions stay in the projected set with up to ",
+               rounded(left), " cm-1");
 }
 
 }  // namespace check

@@ -73,16 +73,17 @@ std::string unit_hint(double factor) {
   return {};
 }
 
-void report_common_factor(const JobData& jobs, double factor, double tolerance, Report& report) {
+void report_common_factor(const JobData& jobs, double factor, double tolerance,
+                          Findings& findings) {
   if (factor < 0.0) {
-    report.error(list_line(jobs, 1), {},
-                 "every job holds the step of the other sign: disp_sign, or the order of the two "
-                 "jobs of each coordinate, is turned");
+    findings.error(list_line(jobs, 1), {},
+                   "every job holds the step of the other sign: disp_sign, or the order of the two "
+                   "jobs of each coordinate, is turned");
   }
   if (std::fabs(std::fabs(factor) - 1.0) * std::fabs(step(jobs)) > tolerance) {
-    report.error({zandor::job_list_name, 3}, {}, "the step is ", rounded(step(jobs)),
-                 " Angstrom, but the jobs moved by ", rounded(std::fabs(factor)), " times that",
-                 unit_hint(factor));
+    findings.error({zandor::job_list_name, 3}, {}, "the step is ", rounded(step(jobs)),
+                   " Angstrom, but the jobs moved by ", rounded(std::fabs(factor)), " times that",
+                   unit_hint(factor));
   }
 }
 
@@ -114,7 +115,8 @@ std::string complaint(const JobData& jobs, const Displacement& d, const Eigen::M
 
 // Where most sign files repeat the reference's block, they say nothing, unless the forces repeat,
 // too. Takes the repeated ones out.
-bool report_repeated_blocks(const JobData& jobs, std::vector<Displacement>& all, Report& report) {
+bool report_repeated_blocks(const JobData& jobs, std::vector<Displacement>& all,
+                            Findings& findings) {
   std::vector<int> repeated;
   for (const Displacement& d : all) {
     if (d.coordinate == 0) repeated.push_back(d.job);
@@ -131,16 +133,16 @@ bool report_repeated_blocks(const JobData& jobs, std::vector<Displacement>& all,
   const char* const verb = is_all ? "s" : "";
   std::erase_if(all, [](const Displacement& d) { return d.coordinate == 0; });
   if (forces_differ) {
-    report.note(whole_list, "not looked at: ", files, " repeat", verb, " the reference geometry");
+    findings.note(whole_list, "not looked at: ", files, " repeat", verb, " the reference geometry");
   } else {
-    report.error(whole_list, {}, files, " hold", verb,
-                 " the reference geometry, and all the same forces: nothing was displaced");
+    findings.error(whole_list, {}, files, " hold", verb,
+                   " the reference geometry, and all the same forces: nothing was displaced");
   }
   return true;
 }
 
 // Those of all jobs that can be used and hold a geometry.
-std::vector<Displacement> displacements(const JobData& jobs, double tolerance, Report& report) {
+std::vector<Displacement> displacements(const JobData& jobs, double tolerance, Findings& findings) {
   std::vector<Displacement> all;
   std::vector<int> without;
   for (const int i : jobs.read) {
@@ -151,23 +153,23 @@ std::vector<Displacement> displacements(const JobData& jobs, double tolerance, R
     }
   }
   if (!without.empty()) {
-    report.note(whole_list, "not looked at: ", counted(std::ssize(without), "sign file"),
-                " without a geometry block that can be read (",
-                analysis::job_names(jobs.run, without), ")");
+    findings.note(whole_list, "not looked at: ", counted(std::ssize(without), "sign file"),
+                  " without a geometry block that can be read (",
+                  analysis::job_names(jobs.run, without), ")");
   }
   return all;
 }
 
 }  // namespace
 
-void check_geometry(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_geometry(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   if (!jobs.has_geometry()) {
-    report.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
+    findings.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
     return;
   }
-  std::vector<Displacement> all = displacements(jobs, limits.geometry, report);
+  std::vector<Displacement> all = displacements(jobs, limits.geometry, findings);
   const auto read = static_cast<double>(all.size());
-  const bool repeated = report_repeated_blocks(jobs, all, report);
+  const bool repeated = report_repeated_blocks(jobs, all, findings);
   const double factor = repeated ? 1.0 : common_factor(jobs, all, limits.geometry);
   double largest = not_known;
   for (const Displacement& d : all) {
@@ -179,14 +181,14 @@ void check_geometry(const JobData& jobs, const Thresholds& limits, Report& repor
     if (deviation <= limits.geometry) continue;
     // The line of the atom that has moved, or should have.
     const int atom = ((d.first > 0 ? d.first : ih) - 1) / 3;
-    report.error(sign_line(jobs, d.job, at(jobs.sign_file(d.job).geometry->lines, atom)),
-                 {d.job, {d.job}}, complaint(jobs, d, expected, limits.geometry));
+    findings.error(sign_line(jobs, d.job, at(jobs.sign_file(d.job).geometry->lines, atom)),
+                   {d.job, {d.job}}, complaint(jobs, d, expected, limits.geometry));
   }
-  report.figure("largest deviation (Angstrom)", largest);
-  report.figure("displaced geometries", read);
+  findings.figure("largest deviation (Angstrom)", largest);
+  findings.figure("displaced geometries", read);
   if (all.empty()) return;
-  report.figure("steps of the jobs over the step of the list (1)", factor);
-  report_common_factor(jobs, factor, limits.geometry, report);
+  findings.figure("steps of the jobs over the step of the list (1)", factor);
+  report_common_factor(jobs, factor, limits.geometry, findings);
 }
 
 }  // namespace check

@@ -35,14 +35,14 @@ double change_of_size(const SignHeader& header, const SignHeader& reference) {
 }
 
 // What a check before this one says of the dipoles with their signs as they are, if it has looked.
-std::optional<bool> dipoles_fit(const Report& report) {
+std::optional<bool> dipoles_fit(const Findings& findings) {
   constexpr std::string_view name = "dipole-sum";
-  if (std::ranges::any_of(report.findings, [&](const Finding& finding) {
+  if (std::ranges::any_of(findings.list, [&](const Finding& finding) {
         return finding.check == name && finding.severity != Severity::note;
       })) {
     return false;
   }
-  return std::isnan(report.headline(name)) ? std::nullopt : std::optional(true);
+  return std::isnan(findings.headline(name)) ? std::nullopt : std::optional(true);
 }
 
 // What it means that value k of a job is not the reference's.
@@ -52,7 +52,7 @@ struct Meaning {
 };
 
 Meaning meaning_of(const JobData& jobs, int job, std::size_t k, double limit,
-                   const Report& report) {
+                   const Findings& findings) {
   const SignHeader& header = jobs.sign_file(job).header;
   const SignHeader& reference = jobs.sign_file(0).header;
   if (k < maxloc)
@@ -63,13 +63,13 @@ Meaning meaning_of(const JobData& jobs, int job, std::size_t k, double limit,
   if (k == maxloc) {
     if (!is_moved) return {};
     return {"another state, or orbitals in another order",
-            change <= same_state && !report.blames(job)};
+            change <= same_state && !findings.blames(job)};
   }
   if (is_moved) return {};
   if (change > limit) return {"the state has changed"};
   if (*header.tden_maxval * *reference.tden_maxval >= 0.0) return {};
   const std::string turned = "the sign of the state has turned";
-  const std::optional<bool> fit = dipoles_fit(report);
+  const std::optional<bool> fit = dipoles_fit(findings);
   if (fit.value_or(true)) return {turned, fit.has_value()};
   return {turned + "; the dipoles do not fit as they stand, so turn that of this job"};
 }
@@ -79,19 +79,19 @@ io::Place header_line(const JobData& jobs, int i, std::size_t k) {
 }
 
 void note_harmless(const JobData& jobs, const std::vector<int>& harmless, std::size_t k,
-                   Report& report) {
+                   Findings& findings) {
   if (harmless.empty()) return;
   const bool is_place = k == maxloc;
-  report.note(header_line(jobs, harmless.front(), k),
-              is_place ? "tden_maxloc is not the reference's in "
-                       : "tden_maxval has not the sign of the reference's in ",
-              counted(std::ssize(harmless), "job"), " (", analysis::job_names(jobs.run, harmless),
-              is_place ? "), but tden_maxval is: equivalent orbitals"
-                       : "), but the dipoles fit as they stand");
+  findings.note(header_line(jobs, harmless.front(), k),
+                is_place ? "tden_maxloc is not the reference's in "
+                         : "tden_maxval has not the sign of the reference's in ",
+                counted(std::ssize(harmless), "job"), " (", analysis::job_names(jobs.run, harmless),
+                is_place ? "), but tden_maxval is: equivalent orbitals"
+                         : "), but the dipoles fit as they stand");
 }
 
 // Value k in all jobs that have it.
-void compare_value(const JobData& jobs, std::size_t k, double limit, Report& report) {
+void compare_value(const JobData& jobs, std::size_t k, double limit, Findings& findings) {
   const auto text_of = [&](int i) { return value_text(jobs.sign_file(i).header, k); };
   const std::string expected = text_of(0);
   if (expected.empty()) return;
@@ -101,22 +101,22 @@ void compare_value(const JobData& jobs, std::size_t k, double limit, Report& rep
   for (const int i : jobs.read) {
     if (text_of(i).empty()) continue;
     ++compared;
-    const Meaning meaning = meaning_of(jobs, i, k, limit, report);
+    const Meaning meaning = meaning_of(jobs, i, k, limit, findings);
     if (meaning.harmless) {
       harmless.push_back(i);
     } else if (!meaning.text.empty()) {
       different.emplace_back(i, meaning.text);
     }
   }
-  note_harmless(jobs, harmless, k, report);
+  note_harmless(jobs, harmless, k, findings);
   const bool all_alike = compared > 1 && std::ssize(different) == compared &&
                          std::ranges::all_of(different, [&](const auto& d) {
                            return k == maxval ? d.second == different[0].second
                                               : text_of(d.first) == text_of(different[0].first);
                          });
   const auto warn = [&](int i, const auto&... parts) {
-    report.warn(header_line(jobs, i, k), {i, k < maxloc ? std::vector{i} : std::vector<int>{}},
-                SignHeader::names[k], " is ", parts...);
+    findings.warn(header_line(jobs, i, k), {i, k < maxloc ? std::vector{i} : std::vector<int>{}},
+                  SignHeader::names[k], " is ", parts...);
   };
   if (all_alike) {
     const std::string first = text_of(different[0].first);
@@ -136,7 +136,7 @@ bool has_any(const SignHeader& header) {
 
 }  // namespace
 
-void check_header(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_header(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   const SignHeader& reference = jobs.sign_file(0).header;
   std::vector<int> without;
   double largest = not_known;
@@ -148,14 +148,15 @@ void check_header(const JobData& jobs, const Thresholds& limits, Report& report)
     }
   }
   for (std::size_t k = 0; k < SignHeader::names.size(); ++k) {
-    compare_value(jobs, k, limits.header_change, report);
+    compare_value(jobs, k, limits.header_change, findings);
   }
-  report.figure("largest relative change of tden_maxval (1)", largest);
+  findings.figure("largest relative change of tden_maxval (1)", largest);
   if (!has_any(reference)) {
-    report.note(place_of(jobs, 0), "not looked at: the reference's sign file holds no header");
+    findings.note(place_of(jobs, 0), "not looked at: the reference's sign file holds no header");
   } else if (!without.empty()) {
-    report.note(whole_list, "not looked at: ", counted(std::ssize(without), "displaced sign file"),
-                " without a header (", analysis::job_names(jobs.run, without), ")");
+    findings.note(whole_list,
+                  "not looked at: ", counted(std::ssize(without), "displaced sign file"),
+                  " without a header (", analysis::job_names(jobs.run, without), ")");
   }
 }
 

@@ -7,10 +7,10 @@
 
 namespace check {
 
-void check_masses(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_masses(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   const auto& geometry = jobs.sign_file(0).geometry;
   if (!geometry) {
-    report.note(place_of(jobs, 0), "not looked at: the reference's masses are missing");
+    findings.note(place_of(jobs, 0), "not looked at: the reference's masses are missing");
     return;
   }
   double furthest = not_known;
@@ -26,18 +26,18 @@ void check_masses(const JobData& jobs, const Thresholds& limits, Report& report)
     furthest = std::fmax(furthest, std::fabs(mass - nearest));
     if (std::fabs(mass - nearest) <= limits.mass) continue;
     const bool average = analysis::is_average_mass(number, mass);
-    report.add(average ? Severity::note : Severity::warning,
-               sign_line(jobs, 0, at(geometry->lines, a)), {0}, "atom ", a + 1, " has the mass ",
-               mass, " amu", average ? ", the average of its element" : "",
-               "; the nearest isotope of atomic number ", number, " has ", nearest);
+    findings.add(average ? Severity::note : Severity::warning,
+                 sign_line(jobs, 0, at(geometry->lines, a)), {0}, "atom ", a + 1, " has the mass ",
+                 mass, " amu", average ? ", the average of its element" : "",
+                 "; the nearest isotope of atomic number ", number, " has ", nearest);
   }
-  report.figure("largest distance from an isotope (amu)", furthest);
+  findings.figure("largest distance from an isotope (amu)", furthest);
   std::string numbers;
   for (const int number : unknown)
     numbers += (numbers.empty() ? "" : ", ") + std::to_string(number);
   if (!numbers.empty()) {
-    report.note(place_of(jobs, 0), "not looked at: no isotopes are known here of atomic number ",
-                numbers);
+    findings.note(place_of(jobs, 0), "not looked at: no isotopes are known here of atomic number ",
+                  numbers);
   }
 }
 

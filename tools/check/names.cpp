@@ -31,14 +31,14 @@ std::vector<char> listed_wrongly(const JobData& jobs) {
   return wrong;
 }
 
-void check_names(const JobData& jobs, const Thresholds&, Report& report) {
+void check_names(const JobData& jobs, const Thresholds&, Findings& findings) {
   const std::vector<char> wrong = listed_wrongly(jobs);
-  report.figure("jobs listed wrongly",
-                static_cast<double>(std::count(wrong.begin(), wrong.end(), 1)));
+  findings.figure("jobs listed wrongly",
+                  static_cast<double>(std::count(wrong.begin(), wrong.end(), 1)));
   for (const auto& [i, first] : first_with_same_file(jobs)) {
     if (first == i) continue;
-    report.error(list_line(jobs, i), {i}, job_text(jobs, i), " reads the same sign file as ",
-                 job_text(jobs, first), ": ", jobs.sign_name(i));
+    findings.error(list_line(jobs, i), {i}, job_text(jobs, i), " reads the same sign file as ",
+                   job_text(jobs, first), ": ", jobs.sign_name(i));
   }
   std::vector<int> unordered;
   for (int i = 0; i <= jobs.run.n6; ++i) {
@@ -46,9 +46,9 @@ void check_names(const JobData& jobs, const Thresholds&, Report& report) {
   }
   if (unordered.empty()) return;
   const int first = unordered.front();
-  report.error(list_line(jobs, first), {}, "expected job ", first, ", found the number ",
-               *jobs.job(first).number, ": jobs count in the order of the lines (",
-               counted(std::ssize(unordered), "line"), " out of order)");
+  findings.error(list_line(jobs, first), {}, "expected job ", first, ", found the number ",
+                 *jobs.job(first).number, ": jobs count in the order of the lines (",
+                 counted(std::ssize(unordered), "line"), " out of order)");
 }
 
 }  // namespace check

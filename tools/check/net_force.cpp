@@ -39,14 +39,14 @@ double allowed(const JobData& jobs, double rounding, const Thresholds& limits) {
 }
 
 void report_columns(const JobData& jobs, const std::map<std::vector<int>, int>& columns,
-                    const Thresholds& limits, Report& report) {
+                    const Thresholds& limits, Findings& findings) {
   const NetForces& sums = jobs.context.sums;
   for (const auto& [blamed, k] : columns) {
-    report.add(jobs.layered ? Severity::note : Severity::warning,
-               forces_place(jobs, blamed.front()), {blamed.front(), blamed, sums.largest(k)},
-               describe(jobs, k), "at most ", rounded(allowed(jobs, sums.rounding(k), limits)),
-               " expected", blamed.size() > 1 ? "; this job or " : "",
-               blamed.size() > 1 ? jobs.sign_name(blamed[1]) : "");
+    findings.add(jobs.layered ? Severity::note : Severity::warning,
+                 forces_place(jobs, blamed.front()), {blamed.front(), blamed, sums.largest(k)},
+                 describe(jobs, k), "at most ", rounded(allowed(jobs, sums.rounding(k), limits)),
+                 " expected", blamed.size() > 1 ? "; this job or " : "",
+                 blamed.size() > 1 ? jobs.sign_name(blamed[1]) : "");
   }
 }
 
@@ -65,15 +65,15 @@ const char* meaning_of(CommonCause::Kind kind) {
   }
 }
 
-void add_figures(const JobData& jobs, Report& report) {
+void add_figures(const JobData& jobs, Findings& findings) {
   const NetForces& sums = jobs.context.sums;
   Eigen::VectorXd torque = sums.torque;
   if (!jobs.has_geometry()) torque.setConstant(not_known);
-  report.figure("largest net force (Hartree/Bohr**2)", largest_known(sums.force));
-  report.figure("largest net torque over the size of the molecule (Hartree/Bohr**2)",
-                largest_known(torque));
-  report.figure("net force of each coordinate (Hartree/Bohr**2)", sums.force);
-  report.figure("net torque of each coordinate (Hartree/Bohr**2)", torque);
+  findings.figure("largest net force (Hartree/Bohr**2)", largest_known(sums.force));
+  findings.figure("largest net torque over the size of the molecule (Hartree/Bohr**2)",
+                  largest_known(torque));
+  findings.figure("net force of each coordinate (Hartree/Bohr**2)", sums.force);
+  findings.figure("net torque of each coordinate (Hartree/Bohr**2)", torque);
 }
 
 }  // namespace
@@ -91,7 +91,7 @@ std::vector<int> jobs_with_net_force(const JobData& jobs, const Thresholds& limi
   return found;
 }
 
-void check_net_force(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_net_force(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   const NetForces& sums = jobs.context.sums;
   const std::vector<int>& columns = jobs.context.raw.columns;
   const auto smaller = [&](int k, int l) { return sums.largest(k) < sums.largest(l); };
@@ -102,19 +102,20 @@ void check_net_force(const JobData& jobs, const Thresholds& limits, Report& repo
     worst = std::max(worst, k, smaller);
   }
   if (static_cast<int>(columns.size()) < jobs.run.n3)
-    report.note(whole_list, missing_columns(jobs));
+    findings.note(whole_list, missing_columns(jobs));
   if (!jobs.has_geometry()) {
-    report.note(place_of(jobs, 0), "net torque not looked at: the reference's geometry is missing");
+    findings.note(place_of(jobs, 0),
+                  "net torque not looked at: the reference's geometry is missing");
   }
-  add_figures(jobs, report);
+  add_figures(jobs, findings);
   const CommonCause& cause = jobs.context.common_cause;
   if (const char* const meaning = meaning_of(cause.kind); meaning != nullptr) {
-    report.add(jobs.layered ? Severity::note : Severity::warning, whole_list, {},
-               describe(jobs, *std::ranges::max_element(columns, smaller)),
-               rounded(cause.net_force), " in the median column: ", meaning);
+    findings.add(jobs.layered ? Severity::note : Severity::warning, whole_list, {},
+                 describe(jobs, *std::ranges::max_element(columns, smaller)),
+                 rounded(cause.net_force), " in the median column: ", meaning);
   }
   if (cause.is(CommonCause::Kind::none) || cause.is(CommonCause::Kind::loose)) {
-    report_columns(jobs, standing_out, limits, report);
+    report_columns(jobs, standing_out, limits, findings);
   }
 }
 

@@ -6,21 +6,21 @@
 
 namespace check {
 
-void check_noise(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_noise(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   const ProjectedModes& modes = jobs.context.modes;
   if (!modes.missing.empty()) {
-    report.note({jobs.run.com_name.content()}, "not looked at: ", modes.missing);
+    findings.note({jobs.run.com_name.content()}, "not looked at: ", modes.missing);
     return;
   }
   const auto below = (modes.eigenvalues.array().abs() < limits.noise).count();
   const int rigid = analysis::rigid_motions(jobs.run).rank;
   const double floor = wavenumber(limits.noise);
-  report.figure("noise floor (cm-1)", floor);
-  report.figure("projected frequencies below it", static_cast<double>(below));
+  findings.figure("noise floor (cm-1)", floor);
+  findings.figure("projected frequencies below it", static_cast<double>(below));
   if (below <= rigid) return;
-  report.note(whole_list, below, " projected frequencies below ", rounded(floor),
-              " cm-1, the noise of the eigenvalues, where ", rigid,
-              " rigid motions are expected: the others mean nothing");
+  findings.note(whole_list, below, " projected frequencies below ", rounded(floor),
+                " cm-1, the noise of the eigenvalues, where ", rigid,
+                " rigid motions are expected: the others mean nothing");
 }
 
 }  // namespace check

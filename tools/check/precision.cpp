@@ -42,7 +42,7 @@ bool is_coarser(const JobData& jobs, int i, int usual) {
          longest_number(jobs, i) < longest_number(jobs, usual);
 }
 
-void check_jobs(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_jobs(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   if (jobs.read.empty()) return;
   std::vector<int> ranked = jobs.read;
   const auto middle = ranked.begin() + std::ssize(ranked) / 2;
@@ -52,12 +52,12 @@ void check_jobs(const JobData& jobs, const Thresholds& limits, Report& report) {
     if (!is_coarser(jobs, i, *middle)) continue;
     const double effect = jobs.rounding(i) / std::fabs(2.0 * jobs.run.dx);
     const bool matters = effect > limits.net_force;
-    report.add(matters ? Severity::warning : Severity::note, forces_place(jobs, i),
-               {i, matters ? std::vector{i} : std::vector<int>{}, effect},
-               "the forces are printed with ", counted(decimals_of(jobs.rounding(i)), "decimal"),
-               ", those of the other jobs with ", decimals_of(jobs.rounding(*middle)),
-               ": force constants of this job are uncertain by ", rounded(effect),
-               " Hartree/Bohr**2");
+    findings.add(matters ? Severity::warning : Severity::note, forces_place(jobs, i),
+                 {i, matters ? std::vector{i} : std::vector<int>{}, effect},
+                 "the forces are printed with ", counted(decimals_of(jobs.rounding(i)), "decimal"),
+                 ", those of the other jobs with ", decimals_of(jobs.rounding(*middle)),
+                 ": force constants of this job are uncertain by ", rounded(effect),
+                 " Hartree/Bohr**2");
   }
 }
 
@@ -71,7 +71,7 @@ double frequency_shift(double eigenvalue, double change) {
   return wavenumber(std::pow(std::sqrt(size + change) - std::sqrt(size), 2));
 }
 
-void report_shifts(const JobData& jobs, const Thresholds& limits, Report& report) {
+void report_shifts(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   const ProjectedModes& modes = jobs.context.modes;
   const int n3 = jobs.run.n3;
   const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(modes.force_constants);
@@ -91,26 +91,26 @@ void report_shifts(const JobData& jobs, const Thresholds& limits, Report& report
     largest = shift;
     mode = k + 1;
   }
-  report.figure("largest shift of a frequency by print rounding (cm-1)", largest);
+  findings.figure("largest shift of a frequency by print rounding (cm-1)", largest);
   if (above == 0) return;
-  report.add(largest > limits.rounding ? Severity::warning : Severity::note, whole_list, {},
-             "the digits of the forces leave the frequency of mode ", mode, " (",
-             rounded(wavenumber(modes.eigenvalues(mode - 1))), " cm-1) uncertain by ",
-             rounded(largest), " cm-1, and ", counted(above, "mode"), " by more than ",
-             rounded(limits.rounding_note), ": print more decimals");
+  findings.add(largest > limits.rounding ? Severity::warning : Severity::note, whole_list, {},
+               "the digits of the forces leave the frequency of mode ", mode, " (",
+               rounded(wavenumber(modes.eigenvalues(mode - 1))), " cm-1) uncertain by ",
+               rounded(largest), " cm-1, and ", counted(above, "mode"), " by more than ",
+               rounded(limits.rounding_note), ": print more decimals");
 }
 
 }  // namespace
 
-void check_precision(const JobData& jobs, const Thresholds& limits, Report& report) {
-  check_jobs(jobs, limits, report);
+void check_precision(const JobData& jobs, const Thresholds& limits, Findings& findings) {
+  check_jobs(jobs, limits, findings);
   if (!jobs.context.modes.missing.empty()) return;  // force-constants says so
   // No mode is moved by more than one of zero frequency of the lightest atom alone would be.
   const double lightest =
       *std::min_element(jobs.run.mass.data(), jobs.run.mass.data() + jobs.run.natom);
   const double change = deviations * jobs.context.raw.rounding.maxCoeff() / lightest;
   if (frequency_shift(0.0, change) <= limits.rounding_note) return;
-  report_shifts(jobs, limits, report);
+  report_shifts(jobs, limits, findings);
 }
 
 }  // namespace check

@@ -6,10 +6,10 @@
 
 namespace check {
 
-void check_state(const JobData& jobs, const Thresholds&, Report& report) {
+void check_state(const JobData& jobs, const Thresholds&, Findings& findings) {
   const CommonCause& cause = jobs.context.common_cause;
-  report.figure("even over odd part of the forces in the median coordinate (1)", cause.even);
-  report.figure("share of the transition dipoles along one line (1)", cause.along_line);
+  findings.figure("even over odd part of the forces in the median coordinate (1)", cause.even);
+  findings.figure("share of the transition dipoles along one line (1)", cause.along_line);
   if (!cause.is(CommonCause::Kind::degenerate)) return;
   std::string why;
   if (!std::isnan(cause.even)) {
@@ -20,7 +20,7 @@ void check_state(const JobData& jobs, const Thresholds&, Report& report) {
     why += io::joined(why.empty() ? ": " : ", ", rounded(cause.along_line),
                       " of the transition dipoles lie along one line");
   }
-  report.warn(
+  findings.warn(
       whole_list, {}, "the state is degenerate or crosses another one at the reference", why,
       "; force constants, frequencies and dipole derivatives mean nothing, and running jobs "
       "again cannot help");

@@ -89,23 +89,23 @@ void compare_input(const JobData& jobs, const Add& add) {
 
 }  // namespace
 
-void check_symbols(const JobData& jobs, const Thresholds&, Report& report) {
+void check_symbols(const JobData& jobs, const Thresholds&, Findings& findings) {
   int unlike = 0;
   const Add add = [&](int a, const io::Place& place, const std::string& is, int job) {
     ++unlike;
-    report.warn(place, {job}, "atom ", a + 1, " is ", is);
+    findings.warn(place, {job}, "atom ", a + 1, " is ", is);
   };
   compare_list_with_itself(jobs, add);
   for (int i = 0; i <= jobs.run.n6; ++i) compare_sign_file(jobs, i, add);
   if (!jobs.has_geometry()) {
-    report.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
+    findings.note(place_of(jobs, 0), "not looked at: the reference's geometry is missing");
   }
   if (jobs.input) {
     compare_input(jobs, add);
   } else {
-    report.note({jobs.run.com_name.content()}, "not looked at: the input could not be read");
+    findings.note({jobs.run.com_name.content()}, "not looked at: the input could not be read");
   }
-  report.figure("lines of the list and files that differ", unlike);
+  findings.figure("lines of the list and files that differ", unlike);
 }
 
 }  // namespace check

@@ -36,20 +36,20 @@ std::string misses_text(const analysis::SumRuleResidual& residual) {
                     " times what print rounding allows)");
 }
 
-void report_signs(const JobData& jobs, const analysis::SettledSigns& signs, Report& report) {
+void report_signs(const JobData& jobs, const analysis::SettledSigns& signs, Findings& findings) {
   const int first = signs.jobs.front();
   const std::string misses = misses_text(signs.as_read);
-  if (std::ranges::any_of(signs.jobs, [&](int i) { return report.blames(i); })) {
-    report.warn(place_of(jobs, first), {first}, misses, "; first see to what else is said of ",
-                analysis::job_names(jobs.run, signs.jobs));
+  if (std::ranges::any_of(signs.jobs, [&](int i) { return findings.blames(i); })) {
+    findings.warn(place_of(jobs, first), {first}, misses, "; first see to what else is said of ",
+                  analysis::job_names(jobs.run, signs.jobs));
     return;
   }
   std::string which;
   for (const int i : signs.jobs) {
     which += io::joined(i == first ? "" : " and of ", job_text(jobs, i), ", ", jobs.sign_name(i));
   }
-  report.warn(place_of(jobs, first), {first}, misses, "; turn the sign of ", which,
-              ": that leaves ", rounded(signs.settled.absolute));
+  findings.warn(place_of(jobs, first), {first}, misses, "; turn the sign of ", which,
+                ": that leaves ", rounded(signs.settled.absolute));
 }
 
 std::string dipole_text(const Eigen::Vector3d& dipole) {
@@ -64,7 +64,7 @@ std::string unit_hint(const Eigen::Vector3d& found, const Eigen::Vector3d& expec
 }
 
 void report_wrong(const JobData& jobs, const Dipoles& at, const WrongDipole& wrong,
-                  Report& report) {
+                  Findings& findings) {
   constexpr double turned = 0.1;  // of its length: a small one is expected no better
   const Eigen::Vector3d found = at.of_job.col(wrong.job);
   const std::string others =
@@ -72,16 +72,16 @@ void report_wrong(const JobData& jobs, const Dipoles& at, const WrongDipole& wro
                       : io::joined("; another one of ", job_text(jobs, wrong.other), ", ",
                                    place_of(jobs, wrong.other).file, ", would do as well");
   if ((found + wrong.expected).norm() <= turned * found.norm()) {
-    report.warn(place_of(jobs, wrong.job), {wrong.job}, "the transition dipole of ",
-                job_text(jobs, wrong.job), " has the other sign: turn it", others);
+    findings.warn(place_of(jobs, wrong.job), {wrong.job}, "the transition dipole of ",
+                  job_text(jobs, wrong.job), " has the other sign: turn it", others);
     return;
   }
   std::vector<int> rerun = {wrong.job};
   if (wrong.other >= 0) rerun.push_back(wrong.other);
-  report.warn(place_of(jobs, wrong.job), {wrong.job, rerun}, "the transition dipole of ",
-              job_text(jobs, wrong.job), " does not fit the others: ", dipole_text(found),
-              " au, expected about ", dipole_text(wrong.expected), unit_hint(found, wrong.expected),
-              others);
+  findings.warn(place_of(jobs, wrong.job), {wrong.job, rerun}, "the transition dipole of ",
+                job_text(jobs, wrong.job), " does not fit the others: ", dipole_text(found),
+                " au, expected about ", dipole_text(wrong.expected),
+                unit_hint(found, wrong.expected), others);
 }
 
 // The job whose dipole is further from the reference's: as it stands, if signs are what is wrong.
@@ -94,14 +94,14 @@ int further_job(const Eigen::Matrix3Xd& dipoles, int ih, bool signs) {
 }
 
 void report_mean(const JobData& jobs, const Dipoles& at, const DipoleMeans& means, int ih,
-                 Report& report) {
+                 Findings& findings) {
   const double even = analysis::sign_free_steps(jobs.run, at.of_job).even.col(ih - 1).norm();
   const bool signs = even <= means.limit;
   const int job = further_job(at.of_job, ih, signs);
   const int other = job % 2 == 0 ? job - 1 : job + 1;
   std::vector<int> rerun;
   if (!signs) rerun.push_back(jobs.source(job));
-  report.warn(
+  findings.warn(
       place_of(jobs, job), {job, rerun}, "the transition dipoles of ", coordinate_text(jobs, ih),
       " do not lie on either side of the reference's: their mean is ", rounded(means.sizes(ih - 1)),
       " au off, ", rounded(means.limit), " at most is expected: ",
@@ -129,63 +129,64 @@ std::optional<WrongDipole> find_wrong(const JobData& jobs, const Dipoles& at,
 // Of what explains everything the simplest: turned signs, one wrong dipole; else coordinate by
 // coordinate what stands out, and the sum rules.
 void report_misfit(const JobData& jobs, const Dipoles& at, const DipoleMeans& means,
-                   Report& report) {
+                   Findings& findings) {
   const analysis::SumRuleResidual& residual = at.signs.as_read;
   if (at.all && signs_explain(jobs, at, means.limit)) {
-    report_signs(jobs, at.signs, report);
+    report_signs(jobs, at.signs, findings);
     return;
   }
   const bool rules_met = !at.all || at.explain(residual);
   const bool shifts_met = residual.translation_ratio <= at.limits.dipole_bounds ||
                           residual.translation_relative <= at.limits.dipole_relative;
   if (jobs.layered && shifts_met && means.off.empty() && !rules_met) {
-    report.note(whole_list, misses_text(residual),
-                ": those of turns alone, which need not hold in a layered job");
+    findings.note(whole_list, misses_text(residual),
+                  ": those of turns alone, which need not hold in a layered job");
     return;
   }
   if (const auto wrong = find_wrong(jobs, at, means)) {
-    report_wrong(jobs, at, *wrong, report);
+    report_wrong(jobs, at, *wrong, findings);
     return;
   }
-  for (const int ih : means.off) report_mean(jobs, at, means, ih, report);
+  for (const int ih : means.off) report_mean(jobs, at, means, ih, findings);
   if (!rules_met) {
-    report.warn(whole_list, {}, misses_text(residual), "; no single job explains it: ",
-                at.signs.refusal.empty() ? "a state has changed" : at.signs.refusal);
+    findings.warn(whole_list, {}, misses_text(residual), "; no single job explains it: ",
+                  at.signs.refusal.empty() ? "a state has changed" : at.signs.refusal);
   } else if (!at.passes) {
-    report.warn(whole_list, {},
-                "whatever the signs of the operations, the transition dipoles of derived jobs and "
-                "of their sources do not lie on either side of the reference's");
+    findings.warn(
+        whole_list, {},
+        "whatever the signs of the operations, the transition dipoles of derived jobs and "
+        "of their sources do not lie on either side of the reference's");
   }
 }
 
 }  // namespace
 
-void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Report& report) {
+void check_dipole_sum(const JobData& jobs, const Thresholds& limits, Findings& findings) {
   if (const std::string why = obstacle(jobs); !why.empty()) {
-    report.note(whole_list, "not looked at: ", why);
+    findings.note(whole_list, "not looked at: ", why);
     return;
   }
   const Dipoles at = dipoles_at_hand(jobs, limits);
   if (!at.all) {
-    report.note(whole_list,
-                "the sum rules are not looked at: ", counted(jobs.without_results(), "job"),
-                " without a dipole, and the sums need all");
+    findings.note(whole_list,
+                  "the sum rules are not looked at: ", counted(jobs.without_results(), "job"),
+                  " without a dipole, and the sums need all");
   }
   const DipoleMeans means = dipole_means(jobs, at);
   const analysis::SumRuleResidual& residual = at.signs.as_read;
-  report.figure("residual (atomic units)", at.all ? residual.absolute : not_known);
+  findings.figure("residual (atomic units)", at.all ? residual.absolute : not_known);
   if (at.all) {
-    report.figure("residual over its terms (1)", residual.relative);
-    report.figure("residual that print rounding allows (atomic units)", residual.bound);
-    report.figure("largest condition over its rounding (1)", residual.worst_ratio);
+    findings.figure("residual over its terms (1)", residual.relative);
+    findings.figure("residual that print rounding allows (atomic units)", residual.bound);
+    findings.figure("largest condition over its rounding (1)", residual.worst_ratio);
   }
   const double largest = largest_known(means.sizes);
-  report.figure("largest distance of a mean (au)", largest);
-  report.figure("what is expected of it at most (au)", means.limit);
+  findings.figure("largest distance of a mean (au)", largest);
+  findings.figure("what is expected of it at most (au)", means.limit);
   const double noise = analysis::dipole_noise(analysis::sign_free_steps(jobs.run, at.of_job));
   const bool is_noise = !(largest > limits.dipole_noise * noise);
   if ((at.passes || is_noise) && dipoles_fit(jobs, at, means.limit)) return;
-  report_misfit(jobs, at, means, report);
+  report_misfit(jobs, at, means, findings);
 }
 
 }  // namespace check

@@ -77,15 +77,15 @@ int parse_and_check(int argc, char** argv) {
     io::close(unit);
     return 0;
   }
-  const Report report = run_checks(jobs, options.limits, options.only);
+  const Findings findings = run_checks(jobs, options.limits, options.only);
   if (options.as_json) {
-    print_json(options.control_file, jobs, options.limits, report);
+    print_json(options.control_file, jobs, options.limits, findings);
   } else if (!options.list.empty()) {
-    options.list == "names" ? print_list(jobs, report) : print_numbers(report);
+    options.list == "names" ? print_list(jobs, findings) : print_numbers(findings);
   } else {
-    print_text(jobs, report);
+    print_text(jobs, findings);
   }
-  return exit_status(report);
+  return exit_status(findings);
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 
 #include "analysis/rigid_motions.hpp"
 #include "check/support/context.hpp"
+#include "check/support/findings.hpp"
 #include "check/support/job_data.hpp"
-#include "check/support/report.hpp"
 #include "check/support/thresholds.hpp"
 
 namespace check {

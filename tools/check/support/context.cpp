@@ -6,8 +6,8 @@
 
 #include "analysis/dipoles.hpp"
 #include "analysis/median.hpp"
+#include "check/support/findings.hpp"
 #include "check/support/job_data.hpp"
-#include "check/support/report.hpp"
 #include "flib/com.hpp"
 #include "flib/formtrm1.hpp"
 #include "flib/units_of_measure.hpp"

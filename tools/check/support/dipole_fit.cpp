@@ -8,7 +8,7 @@
 #include "analysis/dipoles.hpp"
 #include "analysis/median.hpp"
 #include "check/support/dipoles.hpp"
-#include "check/support/report.hpp"
+#include "check/support/findings.hpp"
 
 namespace check {
 

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "analysis/best_turn.hpp"
-#include "check/support/report.hpp"
+#include "check/support/findings.hpp"
 
 namespace check {
 

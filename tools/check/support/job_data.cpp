@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "analysis/dipoles.hpp"
-#include "check/support/report.hpp"
+#include "check/support/findings.hpp"
 #include "flib/qm_file_ifoniom.hpp"
 #include "flib/units_of_measure.hpp"
 #include "io/process.hpp"

@@ -9,7 +9,7 @@
 
 #include "analysis/prepared_dipoles.hpp"
 #include "check/support/dipoles.hpp"
-#include "check/support/report.hpp"
+#include "check/support/findings.hpp"
 #include "io/process.hpp"
 #include "io/units.hpp"
 #include "io/values.hpp"

@@ -46,16 +46,16 @@ struct Figure {
 };
 
 // Filled by the checks in turn. `check` is the name of the one that is at work.
-struct Report {
+struct Findings {
   std::string check;
-  std::vector<Finding> findings;
+  std::vector<Finding> list;
   std::vector<Figure> figures;
 
   // The text is that of its parts in a row (io::joined).
   template <class... Parts>
   void add(Severity severity, const io::Place& place, Blame blame, const Parts&... parts) {
-    findings.push_back({std::move(blame), severity, check, std::string(place.file), place.line,
-                        io::joined(parts...)});
+    list.push_back({std::move(blame), severity, check, std::string(place.file), place.line,
+                    io::joined(parts...)});
   }
   template <class... Parts>
   void error(const io::Place& place, Blame blame, const Parts&... parts) {

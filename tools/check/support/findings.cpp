@@ -1,18 +1,18 @@
-#include "check/support/report.hpp"
+#include "check/support/findings.hpp"
 
 #include <algorithm>
 #include <cmath>
 
 namespace check {
 
-bool Report::blames(int job) const {
-  return std::ranges::any_of(findings, [&](const Finding& finding) {
+bool Findings::blames(int job) const {
+  return std::ranges::any_of(list, [&](const Finding& finding) {
     return finding.severity != Severity::note && finding.check != check &&
            (finding.job == job || std::ranges::find(finding.rerun, job) != finding.rerun.end());
   });
 }
 
-double Report::headline(std::string_view of_check) const {
+double Findings::headline(std::string_view of_check) const {
   const auto first =
       std::ranges::find_if(figures, [&](const Figure& f) { return f.check == of_check; });
   return first == figures.end() ? not_known : first->values.front();
