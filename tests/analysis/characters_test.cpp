@@ -78,7 +78,7 @@ TEST(characters, are_looked_for_among_so_many_operations) {
   EXPECT_TRUE(support::stops(2, "at most 256 different",
                              [] { patterns_of_turns(300, [](int k) { return 0.01 * k; }); }));
   zandor::RunData run = model::run_of(model::general());
-  set_operations(run, {{1, 1, 1}, {1, 1, 1.002}});
+  set_operations(run, {{1, 1, 1}, {1, 1, 1.003}});
   EXPECT_TRUE(support::stops(2, "expected orthogonal operations, found operation 2",
                              [&] { analysis::allowed_characters(run); }));
 }

@@ -169,6 +169,24 @@ TEST(signs, are_right_where_only_rounding_changes_dipoles) {
   EXPECT_TRUE(prepared.warnings.empty()) << prepared.warnings.front();
 }
 
+// Dipoles a last digit apart, whichever way that digit comes out as a binary fraction.
+TEST(signs, are_right_where_steps_differ_from_the_reference_by_a_last_digit) {
+  for (const char* folder : {"examples/formaldehyde-s1", "examples/formaldehyde-s1-c2v"}) {
+    zandor::RunData run = read(folder).run;
+    for (const int digits : {3, 6, 7, 15, 26, 28}) {
+      run.dipole0 = {0.0, digits / 1e5, 0.0};
+      for (int i = 1; i <= run.n6; ++i) {
+        const bool computed = run.jobs[static_cast<std::size_t>(i)].is_calc;
+        Eigen::Map<Eigen::Vector3d>(run.tdip.column(i)) =
+            Eigen::Vector3d(0.0, computed ? (digits + 1) / 1e5 : 0.0, 0.0);
+      }
+      const analysis::PreparedDipoles prepared = analysis::prepare_dipoles(run, {});
+      EXPECT_EQ(prepared.refusal, "") << folder << digits;
+      EXPECT_TRUE(prepared.signs.fits_as_read) << folder << digits;
+    }
+  }
+}
+
 // Numbers that no signs explain, and a state whose dipoles turn from job to job at equal length.
 TEST(signs, do_not_explain_everything) {
   zandor::RunData run = model::run_of(model::general());

@@ -120,6 +120,19 @@ TEST(ddiag, gives_an_eigenvalue_up_after_30_iterations) {
   EXPECT_EQ(sweeps, 30);
 }
 
+TEST(ddiag, tells_of_a_nan_whatever_the_kernels) {
+  for (const flib::Kernels* const* kernels = flib::usable_kernels(); *kernels != nullptr;
+       ++kernels) {
+    constexpr int n = 40;
+    std::vector<double> a(n * n, 0.5), d(n), e(n), z(n * n);
+    a[n / 2 * (n + 1)] = NAN;
+    int ierr = 0;
+    flib::tred2e(**kernels, n, n, a.data(), d.data(), e.data(), z.data());
+    flib::tql2e(**kernels, n, n, d.data(), e.data(), z.data(), ierr);
+    EXPECT_GT(ierr, 0) << (*kernels)->name;
+  }
+}
+
 // The sign of every vector is part of the contract: modes are compared across programs.
 TEST(ddiag, keeps_the_signs_of_the_published_routines) {
   const Solution s = solve(2, 2, {2, 1, 1, 2});

@@ -21,7 +21,7 @@ bool needs_characters(const zandor::RunData& run);
 bool is_identity(const zandor::RunData& run, int k);
 
 // All characters that the group allows: chi_k chi_l = chi_m wherever op_k op_l = op_m is in the
-// list (operations that are alike are one). A fatal stop when the list has
+// list (operations within same_within are one). A fatal stop when the list has
 // more than 256 different operations, when more than 4096 patterns are possible (operations that
 // are no group), or when a derived job uses an operation that is not orthogonal.
 std::vector<Characters> allowed_characters(const zandor::RunData& run);

@@ -127,7 +127,10 @@ double gradient_rounding(const zandor::RunData& run) {
 
 bool goes_through_reference(const zandor::RunData& run, const Eigen::Matrix3Xd& dipoles) {
   const Eigen::Matrix3Xd midpoints = dipole_midpoints(run, dipoles);
-  return midpoints.cwiseAbs().maxCoeff() <= 2.0 * gradient_rounding(run) ||
+  // Half a last digit in mu0, root 2 times as much in a dipole that an operation has turned, and
+  // what forming the difference adds.
+  constexpr double roundings = 3.0;
+  return midpoints.cwiseAbs().maxCoeff() <= roundings * gradient_rounding(run) ||
          midpoints.norm() <= 0.5 * dipole_gradient(run, dipoles).norm();
 }
 

@@ -45,7 +45,9 @@ bool may_go_through(const SignFreeSteps& steps, double rounding) {
   const Eigen::RowVectorXd off = steps.even.colwise().norm();
   const double largest = off.maxCoeff();
   const double others = std::sqrt(std::max(0.0, off.squaredNorm() - largest * largest));
-  return largest <= 2.0 * std::sqrt(3.0) * rounding || others <= passes_within * steps.change.norm();
+  // Print rounding makes 2 root 3 = 3.46 of it at most, and forming the difference adds to that.
+  constexpr double roundings = 3.5;
+  return largest <= roundings * rounding || others <= passes_within * steps.change.norm();
 }
 
 // One directory while its signs are settled.

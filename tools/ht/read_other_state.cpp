@@ -182,8 +182,9 @@ constexpr Kind kinds[] = {
 
 void read_arrays(std::size_t natom, OtherState& state) {
   const std::string first = first_words();
-  const auto* const kind = std::find_if(std::begin(kinds), std::end(kinds),
-                                        [&](const Kind& k) { return first.starts_with(k.first); });
+  const auto* const kind = std::find_if(std::begin(kinds), std::end(kinds), [&](const Kind& k) {
+    return first == k.first || (k.first == "{" && first.starts_with("{"));
+  });
   if (kind == std::end(kinds)) {
     io::fatal_stop({io::name(unit), 1},
                    "expected a formatted checkpoint file, an ORCA .hess file or the JSON of "

@@ -14,7 +14,7 @@ std::string right(const std::string& text, std::size_t width) {
 // What rounds to zero is printed without a sign.
 std::string fixed(double value, std::size_t width, int decimals) {
   const std::string text = io::rounded(value, std::chars_format::fixed, decimals);
-  const bool zero = text.find_first_of("123456789") == text.npos;
+  const bool zero = text.find_first_of("123456789in") == text.npos;  // nor inf or nan
   return right(zero && text.starts_with('-') ? text.substr(1) : text, width);
 }
 

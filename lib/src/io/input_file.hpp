@@ -24,9 +24,9 @@ class InputFile {
   InputFile& operator=(const InputFile&) = delete;
   ~InputFile();
 
-  // Opens an existing file; the result is 0 or the error number (EISDIR for a directory).
+  // Opens an existing file, once; the result is 0 or the error number (EISDIR for a directory).
   int open(const std::string& name);
-  // Reads from an open descriptor, which stays open.
+  // Reads from an open descriptor, which stays open; in place of open().
   void attach(int descriptor, const std::string& name) {
     descriptor_ = descriptor;
     name_ = name;
