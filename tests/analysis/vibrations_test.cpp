@@ -159,13 +159,8 @@ TEST(vibrations, are_paired_with_the_modes_of_the_report) {
     model::Molecule split = model::triangle();
     split.charge << std::sqrt(apart * 5.5e-4), std::sqrt(apart * 5.5e-4), 0.0;
     const zandor::RunData of = model::run_of(split);
-    EXPECT_EQ(
-        analysis::degenerate_groups(analysis::exact_vibrations(of, analysis::rigid_motions(of)))
-            .empty(),
-        apart > 0.1)
-        << (analysis::exact_vibrations(of, analysis::rigid_motions(of)).frequency *
-            flib::wavenumbers_per_au)
-               .transpose();
+    const auto parted = analysis::exact_vibrations(of, analysis::rigid_motions(of));
+    EXPECT_EQ(analysis::degenerate_groups(parted).empty(), apart > 0.1);
   }
   // Springs k = 0.3: omega**2 = 3k/m of the breathing mode, 3k/2m of the pair.
   EXPECT_NEAR(vibrations.frequency(2), std::sqrt(0.9 / 2000), 1e-14);
