@@ -19,10 +19,10 @@ struct Dipoles {
   Thresholds limits;
   bool all = false;          // every job has one: the sum rules can be looked at
   std::vector<char> looked;  // 1..n3: both jobs and the reference have dipoles
-  // Where every job has one: how the signs are settled if they do not fit as they are,
-  analysis::SettledSigns signs;
-  analysis::Characters characters;  // those of the operations, empty where no job is derived, and
-  bool passes = true;  // whether derived dipoles pass through the reference's between the steps
+  // The next three only where every job has one.
+  analysis::SettledSigns signs;     // how they are settled if they do not fit as they are
+  analysis::Characters characters;  // of the operations; empty where no job is derived
+  bool passes = true;  // derived dipoles pass through the reference's from one step to the other
 
   // Whether the sum rules are met.
   bool explain(const analysis::SumRuleResidual& residual) const;

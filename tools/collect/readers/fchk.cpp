@@ -12,8 +12,8 @@ namespace collect {
 namespace {
 
 constexpr int unit = 14;
-constexpr int most_values =
-    1'000'000;  // of an array that is believed: a repeat count may ask for all
+// More values of an array are not believed: by repeat counts a short file could ask for any memory.
+constexpr int most_values = 1'000'000;
 
 // Reads the arrays whose names are keys, all of which must be there.
 void read_arrays(const std::string& file, analysis::CheckpointArrays& arrays) {
